@@ -1,0 +1,258 @@
+#include "thread_mailbox.h"
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <shared_mutex>
+#include <unordered_map>
+
+namespace velk::core {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// A thread with an event loop looks at its events this often while it sleeps.
+constexpr std::chrono::milliseconds pumpInterval{20};
+
+struct Mailbox;
+
+// A posted call. Its state moves waiting -> running -> done, or from waiting to
+// one of the two ends in which it never runs; whoever makes the exchange
+// decides, so a call that is given up can never start afterwards.
+struct PostedCall {
+    enum State { waiting, running, done, givenUp, refused };
+
+    std::shared_ptr<RoutedCall> call;
+    std::shared_ptr<Mailbox> caller;
+    std::atomic<State> state{waiting};
+
+    bool move(State from, State to) noexcept { return state.compare_exchange_strong(from, to); }
+    bool ended() const noexcept { return state == done || state == refused; }
+};
+
+struct Mailbox {
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::deque<std::shared_ptr<PostedCall>> calls;
+    bool closed = false;
+
+    // Taking the mutex orders the wake-up after the waiter's look at the state.
+    void wake() noexcept {
+        { std::lock_guard const hold(mutex); }
+        changed.notify_all();
+    }
+
+    bool post(std::shared_ptr<PostedCall> const& posted) {
+        {
+            std::lock_guard const hold(mutex);
+            if (closed) {
+                return false;
+            }
+            calls.push_back(posted);
+        }
+        changed.notify_all();
+        return true;
+    }
+
+    // Takes back a call that the owner has not taken, so that what it refers to
+    // does not stay alive until the owner serves again.
+    void withdraw(std::shared_ptr<PostedCall> const& posted) noexcept {
+        std::lock_guard const hold(mutex);
+        auto const place = std::find(calls.begin(), calls.end(), posted);
+        if (place != calls.end()) {
+            calls.erase(place);
+        }
+    }
+};
+
+// All mailboxes by thread number. Lives as long as the process: threads may end
+// after the static objects of this library are gone.
+class Directory {
+public:
+    static Directory& instance() {
+        static Directory& directory = *new Directory;
+        return directory;
+    }
+
+    std::shared_ptr<Mailbox> open(std::int64_t thread) {
+        auto box = std::make_shared<Mailbox>();
+        std::unique_lock const hold(mutex_);
+        boxes_.emplace(thread, box);
+        return box;
+    }
+
+    std::shared_ptr<Mailbox> find(std::int64_t thread) const {
+        std::shared_lock const hold(mutex_);
+        auto const place = boxes_.find(thread);
+        return place == boxes_.end() ? nullptr : place->second;
+    }
+
+    void close(std::int64_t thread) noexcept {
+        std::shared_ptr<Mailbox> box;
+        {
+            std::unique_lock const hold(mutex_);
+            auto const place = boxes_.find(thread);
+            if (place == boxes_.end()) {
+                return;
+            }
+            box = std::move(place->second);
+            boxes_.erase(place);
+        }
+        std::deque<std::shared_ptr<PostedCall>> left;
+        {
+            std::lock_guard const hold(box->mutex);
+            box->closed = true;
+            left.swap(box->calls);
+        }
+        for (auto const& posted : left) {
+            if (posted->move(PostedCall::waiting, PostedCall::refused)) {
+                posted->caller->wake();
+            }
+        }
+    }
+
+private:
+    mutable std::shared_mutex mutex_;
+    std::unordered_map<std::int64_t, std::shared_ptr<Mailbox>> boxes_;
+};
+
+// Trivial, so that it can be read on every call at the cost of one load and
+// stays readable while the thread's other locals are being destroyed.
+thread_local std::int64_t threadNumber = 0;
+thread_local EventPump threadPump = nullptr;
+
+// Closes the thread's mailbox when the thread ends.
+struct MailboxOwner {
+    std::shared_ptr<Mailbox> box;
+
+    ~MailboxOwner() {
+        if (box) {
+            Directory::instance().close(threadNumber);
+        }
+    }
+};
+thread_local MailboxOwner threadMailbox;
+
+std::int64_t numberThisThread() noexcept {
+    static std::atomic<std::int64_t> last{0};
+    threadNumber = ++last;
+    threadMailbox.box = Directory::instance().open(threadNumber);
+    return threadNumber;
+}
+
+std::shared_ptr<Mailbox> ownMailbox() {
+    auto const box = Directory::instance().find(currentThreadNumber());
+    // A thread that is ending has closed its mailbox. It can still call others
+    // and needs something to wait on.
+    return box ? box : std::make_shared<Mailbox>();
+}
+
+// Runs the calls that are in the mailbox now. The mutex is free while one runs.
+unsigned serveWaiting(Mailbox& box) {
+    unsigned served = 0;
+    for (;;) {
+        std::shared_ptr<PostedCall> posted;
+        {
+            std::lock_guard const hold(box.mutex);
+            if (box.calls.empty()) {
+                return served;
+            }
+            posted = std::move(box.calls.front());
+            box.calls.pop_front();
+        }
+        if (!posted->move(PostedCall::waiting, PostedCall::running)) {
+            continue;
+        }
+        posted->call->run();
+        posted->state = PostedCall::done;
+        posted->caller->wake();
+        ++served;
+    }
+}
+
+// Waits until the call has ended or the deadline has passed, whichever is
+// first, and serves the waiting thread's own calls.
+void awaitEnd(PostedCall const& posted, Mailbox& own, Clock::time_point deadline) {
+    while (!posted.ended() && Clock::now() < deadline) {
+        {
+            std::unique_lock hold(own.mutex);
+            own.changed.wait_until(hold, deadline,
+                                   [&] { return posted.ended() || !own.calls.empty(); });
+        }
+        if (!posted.ended()) {
+            serveWaiting(own);
+        }
+    }
+}
+
+// Long enough for an owner that serves in a loop of half-second sleeps or is
+// busy for a moment; short enough that a user who waits gets an answer.
+std::atomic<std::int64_t> untilTakenMs{5'000};
+std::atomic<std::int64_t> untilDoneMs{300'000};
+
+} // namespace
+
+std::int64_t currentThreadNumber() noexcept {
+    std::int64_t const number = threadNumber;
+    return number != 0 ? number : numberThisThread();
+}
+
+RouteLimits routeLimits() noexcept {
+    return {std::chrono::milliseconds(untilTakenMs), std::chrono::milliseconds(untilDoneMs)};
+}
+
+RouteLimits setRouteLimits(RouteLimits limits) noexcept {
+    return {std::chrono::milliseconds(untilTakenMs.exchange(limits.untilTaken.count())),
+            std::chrono::milliseconds(untilDoneMs.exchange(limits.untilDone.count()))};
+}
+
+RouteOutcome runOnThread(std::int64_t owner, std::shared_ptr<RoutedCall> const& call) {
+    auto const box = Directory::instance().find(owner);
+    if (!box) {
+        return RouteOutcome::ownerEnded;
+    }
+    auto const posted = std::make_shared<PostedCall>();
+    posted->call = call;
+    posted->caller = ownMailbox();
+    if (!box->post(posted)) {
+        return RouteOutcome::ownerEnded;
+    }
+    RouteLimits const limits = routeLimits();
+    awaitEnd(*posted, *posted->caller, Clock::now() + limits.untilTaken);
+    if (posted->move(PostedCall::waiting, PostedCall::givenUp)) {
+        box->withdraw(posted);
+        return RouteOutcome::notServed;
+    }
+    awaitEnd(*posted, *posted->caller, Clock::now() + limits.untilDone);
+    switch (posted->state.load()) {
+    case PostedCall::done: return RouteOutcome::done;
+    case PostedCall::refused: return RouteOutcome::ownerEnded;
+    default: return RouteOutcome::stillRunning;
+    }
+}
+
+unsigned serveCalls(std::chrono::milliseconds duration) {
+    auto const deadline = Clock::now() + duration;
+    auto const box = ownMailbox();
+    unsigned served = 0;
+    do {
+        served += serveWaiting(*box);
+        auto until = deadline;
+        if (threadPump != nullptr) {
+            threadPump();
+            until = std::min(until, Clock::now() + pumpInterval);
+        }
+        std::unique_lock hold(box->mutex);
+        box->changed.wait_until(hold, until, [&] { return !box->calls.empty(); });
+    } while (Clock::now() < deadline);
+    return served + serveWaiting(*box);
+}
+
+void setThreadEventPump(EventPump pump) noexcept {
+    threadPump = pump;
+}
+
+} // namespace velk::core

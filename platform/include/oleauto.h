@@ -1,0 +1,77 @@
+/// Functions of OLE Automation.
+///
+/// Every function may be called on any thread; a value that several threads
+/// use at once needs a lock of its users.
+#pragma once
+
+#include "oaidl.h"
+
+// Text. A BSTR points at its first character; its length in bytes stands in
+// the four bytes before, and a zero character follows the text.
+WINOLEAUTAPI_(BSTR) SysAllocString(OLECHAR const* text);
+WINOLEAUTAPI_(BSTR) SysAllocStringLen(OLECHAR const* text, UINT length);
+WINOLEAUTAPI_(BSTR) SysAllocStringByteLen(LPCSTR bytes, UINT byteLength);
+WINOLEAUTAPI_(INT) SysReAllocString(BSTR* text, OLECHAR const* source);
+WINOLEAUTAPI_(INT) SysReAllocStringLen(BSTR* text, OLECHAR const* source, UINT length);
+WINOLEAUTAPI_(void) SysFreeString(BSTR text);
+WINOLEAUTAPI_(UINT) SysStringLen(BSTR text);
+WINOLEAUTAPI_(UINT) SysStringByteLen(BSTR text);
+
+// Values.
+#define VARIANT_NOVALUEPROP 0x1
+#define VARIANT_ALPHABOOL 0x2
+#define VARIANT_NOUSEROVERRIDE 0x4
+#define VARIANT_LOCALBOOL 0x10
+#define V_VT(value) ((value)->vt)
+#define V_ISBYREF(value) (((value)->vt & VT_BYREF) != 0)
+#define V_ISARRAY(value) (((value)->vt & VT_ARRAY) != 0)
+
+WINOLEAUTAPI_(void) VariantInit(VARIANTARG* value);
+WINOLEAUTAPI VariantClear(VARIANTARG* value);
+WINOLEAUTAPI VariantCopy(VARIANTARG* destination, VARIANTARG const* source);
+WINOLEAUTAPI VariantCopyInd(VARIANT* destination, VARIANTARG const* source);
+WINOLEAUTAPI VariantChangeType(VARIANTARG* destination, VARIANTARG const* source, USHORT flags,
+                               VARTYPE type);
+WINOLEAUTAPI VariantChangeTypeEx(VARIANTARG* destination, VARIANTARG const* source, LCID lcid,
+                                 USHORT flags, VARTYPE type);
+
+// Dates: days since 30 December 1899, the fraction is the time of day.
+WINOLEAUTAPI_(INT) SystemTimeToVariantTime(LPSYSTEMTIME time, DOUBLE* date);
+WINOLEAUTAPI_(INT) VariantTimeToSystemTime(DOUBLE date, LPSYSTEMTIME time);
+
+// Arrays.
+WINOLEAUTAPI SafeArrayAllocDescriptor(UINT dimensions, SAFEARRAY** array);
+WINOLEAUTAPI SafeArrayAllocDescriptorEx(VARTYPE type, UINT dimensions, SAFEARRAY** array);
+WINOLEAUTAPI SafeArrayAllocData(SAFEARRAY* array);
+WINOLEAUTAPI_(SAFEARRAY*) SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds);
+WINOLEAUTAPI_(SAFEARRAY*) SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG elements);
+WINOLEAUTAPI SafeArrayDestroy(SAFEARRAY* array);
+WINOLEAUTAPI SafeArrayDestroyData(SAFEARRAY* array);
+WINOLEAUTAPI SafeArrayDestroyDescriptor(SAFEARRAY* array);
+WINOLEAUTAPI SafeArrayCopy(SAFEARRAY* source, SAFEARRAY** copy);
+WINOLEAUTAPI SafeArrayLock(SAFEARRAY* array);
+WINOLEAUTAPI SafeArrayUnlock(SAFEARRAY* array);
+WINOLEAUTAPI SafeArrayAccessData(SAFEARRAY* array, void** data);
+WINOLEAUTAPI SafeArrayUnaccessData(SAFEARRAY* array);
+WINOLEAUTAPI_(UINT) SafeArrayGetDim(SAFEARRAY* array);
+WINOLEAUTAPI_(UINT) SafeArrayGetElemsize(SAFEARRAY* array);
+WINOLEAUTAPI SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound);
+WINOLEAUTAPI SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound);
+WINOLEAUTAPI SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type);
+
+// Type libraries.
+enum REGKIND { REGKIND_DEFAULT, REGKIND_REGISTER, REGKIND_NONE };
+WINOLEAUTAPI LoadTypeLib(LPCOLESTR file, ITypeLib** library);
+WINOLEAUTAPI LoadTypeLibEx(LPCOLESTR file, REGKIND kind, ITypeLib** library);
+WINOLEAUTAPI LoadRegTypeLib(REFGUID id, WORD major, WORD minor, LCID lcid, ITypeLib** library);
+WINOLEAUTAPI QueryPathOfRegTypeLib(REFGUID id, USHORT major, USHORT minor, LCID lcid, BSTR* path);
+WINOLEAUTAPI RegisterTypeLib(ITypeLib* library, LPCOLESTR path, LPCOLESTR helpFolder);
+WINOLEAUTAPI UnRegisterTypeLib(REFGUID id, WORD major, WORD minor, LCID lcid, SYSKIND system);
+WINOLEAUTAPI RegisterTypeLibForUser(ITypeLib* library, LPOLESTR path, LPOLESTR helpFolder);
+WINOLEAUTAPI UnRegisterTypeLibForUser(REFGUID id, WORD major, WORD minor, LCID lcid,
+                                      SYSKIND system);
+WINOLEAUTAPI_(ULONG) LHashValOfNameSys(SYSKIND system, LCID lcid, OLECHAR const* name);
+WINOLEAUTAPI DispGetIDsOfNames(ITypeInfo* type, LPOLESTR* names, UINT count, DISPID* ids);
+WINOLEAUTAPI DispInvoke(void* instance, ITypeInfo* type, DISPID member, WORD flags,
+                        DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
+                        UINT* argumentError);
