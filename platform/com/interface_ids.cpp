@@ -1,0 +1,24 @@
+/// The published values of the interface identifiers that the headers declare.
+///
+/// All but the null one belong to the family whose last eight bytes are
+/// C0 00 00 00 00 00 00 46; they differ in the first number only.
+#include <oaidl.h>
+
+namespace {
+
+constexpr GUID publishedId(std::uint32_t first) {
+    return {first, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+}
+
+}  // namespace
+
+constinit GUID const GUID_NULL = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
+constinit IID const IID_IUnknown = publishedId(0x00000000);
+constinit IID const IID_IClassFactory = publishedId(0x00000001);
+constinit IID const IID_IRecordInfo = publishedId(0x0000002F);
+constinit IID const IID_IDispatch = publishedId(0x00020400);
+constinit IID const IID_ITypeInfo = publishedId(0x00020401);
+constinit IID const IID_ITypeLib = publishedId(0x00020402);
+constinit IID const IID_ITypeComp = publishedId(0x00020403);
+constinit IID const IID_ITypeLib2 = publishedId(0x00020411);
+constinit IID const IID_ITypeInfo2 = publishedId(0x00020412);
