@@ -37,6 +37,7 @@ static_assert(sizeof(SAFEARRAY) == 32 && offsetof(SAFEARRAY, pvData) == 16 &&
 #define FADF_UNKNOWN 0x200
 #define FADF_DISPATCH 0x400
 #define FADF_VARIANT 0x800
+#define FADF_CREATEVECTOR 0x2000
 #define FADF_RESERVED 0xf008
 
 struct VARIANT {

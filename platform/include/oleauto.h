@@ -45,10 +45,16 @@ WINOLEAUTAPI SafeArrayAllocDescriptorEx(VARTYPE type, UINT dimensions, SAFEARRAY
 WINOLEAUTAPI SafeArrayAllocData(SAFEARRAY* array);
 WINOLEAUTAPI_(SAFEARRAY*) SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds);
 WINOLEAUTAPI_(SAFEARRAY*) SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG elements);
+WINOLEAUTAPI_(SAFEARRAY*)
+SafeArrayCreateEx(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds, PVOID extra);
+WINOLEAUTAPI_(SAFEARRAY*)
+SafeArrayCreateVectorEx(VARTYPE type, LONG lowerBound, ULONG elements, PVOID extra);
 WINOLEAUTAPI SafeArrayDestroy(SAFEARRAY* array);
 WINOLEAUTAPI SafeArrayDestroyData(SAFEARRAY* array);
 WINOLEAUTAPI SafeArrayDestroyDescriptor(SAFEARRAY* array);
 WINOLEAUTAPI SafeArrayCopy(SAFEARRAY* source, SAFEARRAY** copy);
+WINOLEAUTAPI SafeArrayCopyData(SAFEARRAY* source, SAFEARRAY* target);
+WINOLEAUTAPI SafeArrayRedim(SAFEARRAY* array, SAFEARRAYBOUND* bound);
 WINOLEAUTAPI SafeArrayLock(SAFEARRAY* array);
 WINOLEAUTAPI SafeArrayUnlock(SAFEARRAY* array);
 WINOLEAUTAPI SafeArrayAccessData(SAFEARRAY* array, void** data);
@@ -58,6 +64,13 @@ WINOLEAUTAPI_(UINT) SafeArrayGetElemsize(SAFEARRAY* array);
 WINOLEAUTAPI SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound);
 WINOLEAUTAPI SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound);
 WINOLEAUTAPI SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type);
+WINOLEAUTAPI SafeArrayPtrOfIndex(SAFEARRAY* array, LONG* indices, void** element);
+WINOLEAUTAPI SafeArrayGetElement(SAFEARRAY* array, LONG* indices, void* value);
+WINOLEAUTAPI SafeArrayPutElement(SAFEARRAY* array, LONG* indices, void* value);
+WINOLEAUTAPI SafeArraySetRecordInfo(SAFEARRAY* array, IRecordInfo* record);
+WINOLEAUTAPI SafeArrayGetRecordInfo(SAFEARRAY* array, IRecordInfo** record);
+WINOLEAUTAPI SafeArraySetIID(SAFEARRAY* array, REFGUID id);
+WINOLEAUTAPI SafeArrayGetIID(SAFEARRAY* array, GUID* id);
 
 // Type libraries.
 enum REGKIND { REGKIND_DEFAULT, REGKIND_REGISTER, REGKIND_NONE };

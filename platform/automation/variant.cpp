@@ -1,0 +1,173 @@
+#include <cstring>
+
+#include "oleauto.h"
+#include "variant_type.h"
+
+namespace velk::platform {
+namespace {
+
+HRESULT copyText(VARIANT& copy, VARIANT const& source) noexcept {
+    BSTR const text = source.bstrVal;
+    if (text == nullptr) return S_OK;
+    copy.bstrVal = SysAllocStringByteLen(reinterpret_cast<LPCSTR>(text), SysStringByteLen(text));
+    return copy.bstrVal == nullptr ? E_OUTOFMEMORY : S_OK;
+}
+
+HRESULT copyRecord(VARIANT& copy, VARIANT const& source) noexcept {
+    if (source.pRecInfo == nullptr) return source.pvRecord == nullptr ? S_OK : E_INVALIDARG;
+    copy.pvRecord = nullptr;
+    if (source.pvRecord != nullptr) {
+        HRESULT const result = source.pRecInfo->RecordCreateCopy(source.pvRecord, &copy.pvRecord);
+        if (FAILED(result)) return result;
+    }
+    source.pRecInfo->AddRef();
+    return S_OK;
+}
+
+// `copy` already is `source` bit by bit; this makes it own what it holds.
+HRESULT ownCopy(VARIANT& copy, VARIANT const& source) noexcept {
+    if (isByReference(source.vt)) return S_OK;
+    if (isArray(source.vt)) {
+        copy.parray = nullptr;
+        return source.parray == nullptr ? S_OK : SafeArrayCopy(source.parray, &copy.parray);
+    }
+    switch (source.vt) {
+        case VT_BSTR:
+            return copyText(copy, source);
+        case VT_UNKNOWN:
+        case VT_DISPATCH:
+            if (source.punkVal != nullptr) source.punkVal->AddRef();
+            return S_OK;
+        case VT_RECORD:
+            return copyRecord(copy, source);
+        default:
+            return S_OK;
+    }
+}
+
+HRESULT releaseContent(VARIANT& value) noexcept {
+    if (isByReference(value.vt)) return S_OK;
+    if (isArray(value.vt)) return SafeArrayDestroy(value.parray);
+    switch (value.vt) {
+        case VT_BSTR:
+            SysFreeString(value.bstrVal);
+            break;
+        case VT_UNKNOWN:
+        case VT_DISPATCH:
+            if (value.punkVal != nullptr) value.punkVal->Release();
+            break;
+        case VT_RECORD:
+            if (value.pRecInfo != nullptr) {
+                if (value.pvRecord != nullptr) value.pRecInfo->RecordDestroy(value.pvRecord);
+                value.pRecInfo->Release();
+            }
+            break;
+        default:
+            break;
+    }
+    return S_OK;
+}
+
+// The value that a reference points at, as a VARIANT that borrows it.
+HRESULT dereference(VARIANT const& reference, VARIANT& value) noexcept {
+    if (reference.byref == nullptr) return E_INVALIDARG;
+    VARTYPE const type = reference.vt & ~VT_BYREF;
+    VariantInit(&value);
+    if (type == VT_DECIMAL) {
+        value.decVal = *reference.pdecVal;
+    } else if (type == VT_RECORD) {
+        value.pvRecord = reference.pvRecord;
+        value.pRecInfo = reference.pRecInfo;
+    } else if (isArray(type)) {
+        value.parray = *reference.pparray;
+    } else {
+        switch (type) {
+            case VT_I1:
+            case VT_UI1:
+                value.bVal = *reference.pbVal;
+                break;
+            case VT_I2:
+            case VT_UI2:
+            case VT_BOOL:
+                value.iVal = *reference.piVal;
+                break;
+            case VT_I4:
+            case VT_UI4:
+            case VT_INT:
+            case VT_UINT:
+            case VT_R4:
+            case VT_ERROR:
+                value.lVal = *reference.plVal;
+                break;
+            default:
+                value.llVal = *reference.pllVal;
+                break;
+        }
+    }
+    value.vt = type;
+    return S_OK;
+}
+
+}  // namespace
+}  // namespace velk::platform
+
+using namespace velk::platform;
+
+void VariantInit(VARIANTARG* value) {
+    if (value != nullptr) std::memset(value, 0, sizeof *value);
+}
+
+HRESULT VariantClear(VARIANTARG* value) {
+    if (value == nullptr) return E_INVALIDARG;
+    if (!isVariantType(value->vt)) return DISP_E_BADVARTYPE;
+    HRESULT const result = releaseContent(*value);
+    if (SUCCEEDED(result)) VariantInit(value);
+    return result;
+}
+
+HRESULT VariantCopy(VARIANTARG* destination, VARIANTARG const* source) {
+    if (destination == nullptr || source == nullptr) return E_INVALIDARG;
+    if (!isVariantType(source->vt)) return DISP_E_BADVARTYPE;
+    if (destination == source) return S_OK;
+    HRESULT result = VariantClear(destination);
+    if (FAILED(result)) return result;
+    VARIANT copy = *source;
+    result = ownCopy(copy, *source);
+    if (SUCCEEDED(result)) *destination = copy;
+    return result;
+}
+
+HRESULT VariantCopyInd(VARIANT* destination, VARIANTARG const* source) {
+    if (destination == nullptr || source == nullptr) return E_INVALIDARG;
+    if (!isByReference(source->vt)) return VariantCopy(destination, source);
+    if (!isVariantType(source->vt)) return E_INVALIDARG;
+
+    VARIANT borrowed;
+    if (source->vt == (VT_BYREF | VT_VARIANT)) {
+        if (source->pvarVal == nullptr) return E_INVALIDARG;
+        borrowed = *source->pvarVal;
+        // One level only: a chain of references to VARIANTs is refused.
+        if (borrowed.vt == (VT_BYREF | VT_VARIANT)) return E_INVALIDARG;
+    } else {
+        borrowed = *source;
+    }
+    if (isByReference(borrowed.vt)) {
+        if (!isVariantType(borrowed.vt)) return E_INVALIDARG;
+        VARIANT const reference = borrowed;
+        HRESULT const result = dereference(reference, borrowed);
+        if (FAILED(result)) return result;
+    }
+    // Copied before the destination is cleared: the source may be a
+    // reference into the destination.
+    VARIANT copy;
+    VariantInit(&copy);
+    HRESULT result = VariantCopy(&copy, &borrowed);
+    if (FAILED(result)) return result;
+    if (destination != source) result = VariantClear(destination);
+    if (FAILED(result)) {
+        VariantClear(&copy);
+        return result;
+    }
+    *destination = copy;
+    return S_OK;
+}
