@@ -17,4 +17,8 @@ class proxyAutoRegisterT : public mzComServerStateEventC {
         proxyFactoryC::instance().registerClass(C::getStaticProxyTypeInfo());
         return mzSuccess;
     }
+    unsigned serverDone() override {
+        proxyFactoryC::instance().revokeClass(C::getStaticProxyTypeInfo());
+        return mzSuccess;
+    }
 };

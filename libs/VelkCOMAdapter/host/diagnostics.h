@@ -5,14 +5,11 @@
 /// What the runtime counts while it lives, so that a test can prove that
 /// nothing leaks.
 enum class mzLiveKindE : int {
-    /// Everything derived from `mzComRefObjectC`; counted by that class.
+    /// Everything derived from `mzComRefObjectC`, which counts it: script
+    /// objects, components, exceptions, script variables.
     hostObject,
-    /// Exception objects and script variables, which have their own count.
-    serviceObject,
     /// Strings owned by a `mzBstrHolderC`.
-    bstrHolder,
-    /// Values in thread-local slots.
-    threadValue
+    bstrHolder
 };
 
 /// Counts the birth (+1) or death (-1) of one object. Any thread; cheap.

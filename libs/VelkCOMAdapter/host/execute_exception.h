@@ -11,7 +11,7 @@
 class VELKCORE_API mzExecuteExceptionC : public std::exception {
   public:
     mzExecuteExceptionC(mzComStringC message, mzComStringC operation, int code);
-    mzExecuteExceptionC(mzExecuteExceptionC const&) noexcept;
+    mzExecuteExceptionC(mzExecuteExceptionC const&) = default;
     ~mzExecuteExceptionC() override;
 
     /// The text for the script.

@@ -9,6 +9,7 @@
 #include "host/auto_register.h"
 #include "host/auto_type_cast.h"
 #include "host/bstr_holder.h"
+#include "host/call_routing.h"
 #include "host/class_factory.h"
 #include "host/class_module.h"
 #include "host/cleanup.h"

@@ -21,9 +21,10 @@ struct mzLogRecordS {
 /// A logger with a threshold. A record is wanted when its level is at least
 /// the threshold. Any thread.
 ///
-/// `init` reads the environment: VELK_TRACE_LEVEL holds the threshold (without
-/// it nothing is wanted), VELK_TRACE_FILE the file that records are appended
-/// to (without it they go to the standard error output).
+/// `init` reads the threshold from the logger's environment variable; without
+/// it, or when it is no number, nothing is wanted. VELK_TRACE_FILE names the
+/// file that records are appended to; without it they go to the standard error
+/// output.
 class VELKCORE_API StaticLogger {
   public:
     /// The threshold of a logger that was not initialised yet.
@@ -34,7 +35,10 @@ class VELKCORE_API StaticLogger {
     /// Receives the records instead of the file.
     using Sink = void (*)(void* context, mzLogRecordS const& record);
 
-    constexpr StaticLogger() noexcept = default;
+    /// The environment variable that holds the threshold; the name must live
+    /// as long as the logger.
+    constexpr explicit StaticLogger(char const* levelVariable = "VELK_TRACE_LEVEL") noexcept
+        : levelVariable_(levelVariable) {}
     StaticLogger(StaticLogger const&) = delete;
     StaticLogger& operator=(StaticLogger const&) = delete;
 
@@ -43,7 +47,7 @@ class VELKCORE_API StaticLogger {
     /// Whether a record of this level is wanted; initialises the logger first
     /// when that was not done yet.
     bool wants(int level) {
-        if (threshold() == uninitialised) init();
+        if (threshold() == uninitialised) initOnce();
         return level >= threshold();
     }
 
@@ -60,8 +64,12 @@ class VELKCORE_API StaticLogger {
     void setSink(Sink sink, void* context);
 
   private:
+    /// `init`, unless another thread was faster.
+    void initOnce();
+
     std::atomic<std::int32_t> threshold_{uninitialised};
     std::atomic<unsigned> initCount_{0};
+    char const* levelVariable_;
     Sink sink_ = nullptr;
     void* sinkContext_ = nullptr;
 };
@@ -74,5 +82,5 @@ static_assert(sizeof(std::atomic<std::int32_t>) == sizeof(std::int32_t));
 extern VELKCORE_API StaticLogger codeTrackLogger;
 
 /// The log of the runtime itself: `baselog_singleton_changed` writes here, at
-/// level 1000. Its threshold comes from VELK_BASE_LOG_LEVEL.
+/// level 1000. The variable of its threshold is VELK_BASE_LOG_LEVEL.
 extern VELKCORE_API StaticLogger baseLogger;

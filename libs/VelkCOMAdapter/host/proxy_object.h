@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include "host/dispatch.h"
@@ -9,6 +10,10 @@
 #include "host/member_desc.h"
 #include "host/ref_object.h"
 #include "host/variant_array.h"
+
+namespace velk::core {
+class MemberIndex;
+}
 
 /// What ending a remote connection means for the object.
 enum mzIComExternalConnectionReleaseStateE : int {
@@ -22,7 +27,8 @@ enum mzIComExternalConnectionReleaseStateE : int {
 /// their first reference from the first pointer that takes them.
 ///
 /// An object belongs to the thread that made it: calls from other threads are
-/// carried to that thread, unless the object calls `setNonStickyThread`.
+/// carried to that thread, unless the object calls `setNonStickyThread` or
+/// `setThreadSafe`.
 class VELKCORE_API proxyObjectC : public mzIDispatch, public mzComRefObjectC {
   public:
     /// Answers "mzIUnknown" and "mzIDispatch".
@@ -68,7 +74,16 @@ class VELKCORE_API proxyObjectC : public mzIDispatch, public mzComRefObjectC {
     void setThreadSafe();
 
   private:
+    unsigned invokeHere(mzComStringC const& name, unsigned callKind, mzComVariantArrayC const& args,
+                        mzComVariantC& result, mzComPtrT<mzIException>& exception) noexcept;
+    unsigned invokeOnOwner(std::int64_t owner, mzComStringC const& name, unsigned callKind,
+                           mzComVariantArrayC const& args, mzComVariantC& result,
+                           mzComPtrT<mzIException>& exception) noexcept;
+    friend class mzRoutedInvokeC;
+
     std::int64_t stickyThread_;
-    std::uint32_t traits_ = 0;
+    // The members of the object's class by name; found with the first call.
+    std::atomic<velk::core::MemberIndex*> members_{nullptr};
     std::atomic<unsigned> remoteConnections_{0};
+    bool threadSafe_ = false;
 };

@@ -20,7 +20,7 @@ class VELKCORE_API mzThreadBaseC {
     mzThreadBaseC();
     ~mzThreadBaseC();
 
-    std::shared_ptr<State> state_;
+    std::unique_ptr<State> state_;
 };
 
 /// A thread that runs one function. The object may go before the thread does;

@@ -10,7 +10,8 @@
 VELKCORE_API int mzTlsAlloc(void (*destroy)(void*));
 
 /// Address of the calling thread's value of the slot, initially null; it stays
-/// valid until the thread ends or the slot is freed. Null for no slot.
+/// valid until the thread ends or the slot is freed. Null for a number that is no
+/// slot, and on a thread whose values are gone already.
 VELKCORE_API void** mzTlsGet(int slot);
 
 /// Destroys the slot's values on every thread and gives the slot back. No other

@@ -51,18 +51,29 @@ class VELKCORE_API mzComVariantC {
 
     /// Makes the variant empty.
     void clear() noexcept {
-        if (type_ > mzTypeDouble) releaseContent();
-        type_ = mzTypeEmpty;
+        if (type_ > mzTypeDouble) {
+            releaseContent();
+        } else {
+            type_ = mzTypeEmpty;
+        }
     }
 
     /// One of the type codes `mzTypeEmpty` to `mzTypeObject`.
     int getType() const noexcept { return type_; }
 
-    void set(int value) noexcept { *this = mzComVariantC(value); }
+    void set(int value) noexcept {
+        clear();
+        content_.integer = value;
+        type_ = mzTypeInteger;
+    }
     /// A value outside the 32-bit range becomes floating point.
     void set(long value) noexcept;
-    void set(double value) noexcept { *this = mzComVariantC(value); }
-    void set(bool value) noexcept { *this = mzComVariantC(value); }
+    void set(double value) noexcept {
+        clear();
+        content_.number = value;
+        type_ = mzTypeDouble;
+    }
+    void set(bool value) noexcept { set(value ? -1 : 0); }
     void set(mzComStringC const& text) { *this = mzComVariantC(text); }
     void set(char const* text) { *this = mzComVariantC(text); }
     /// NUL-terminated UTF-16; null gives the empty text.
