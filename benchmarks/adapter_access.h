@@ -1,0 +1,19 @@
+/// The module under measurement, as host code reaches it.
+#pragma once
+
+#include <ole2.h>
+
+#include "com/owners.h"
+#include "host/host.h"
+
+/// A new facade over the host object, made by the module's exported function.
+/// Loads the module that stands beside this program with the first call.
+/// Throws std::runtime_error when the module or the function is missing.
+velk::com::ComPtr<IDispatch> makeFacade(mzIDispatch* object);
+
+/// The DISPID of a member on a facade. Throws std::runtime_error.
+DISPID identifierOf(IDispatch* facade, OLECHAR const* member);
+
+/// Throws std::runtime_error unless `code` is S_OK: a benchmark never measures
+/// failures.
+void requireSuccess(HRESULT code, char const* what);

@@ -1,0 +1,46 @@
+/// Measures the bridge; prints medians, ratios and sizes, all of one run.
+#include <cstdio>
+#include <exception>
+#include <iostream>
+
+#include <benchmark/benchmark.h>
+
+#include "host/host.h"
+#include "measures.h"
+#include "memory.h"
+#include "ratio_table.h"
+
+namespace {
+
+void run() {
+    registerRuntimeBenchmarks();
+    registerFacadeBenchmarks();
+    registerThreadBenchmarks();
+    registerNameBenchmarks();
+    MedianCollector medians;
+    benchmark::RunSpecifiedBenchmarks(&medians);
+    printTable(std::cout, medians);
+    std::printf("\nSizes\n%9.0f bytes per name of 13 characters\n%9.0f bytes per facade\n",
+                bytesPerName(), bytesPerFacade());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // Several short runs with their median stand up to noise better than one
+    // long run; the options on the command line have the last word.
+    std::vector<char*> arguments(argv, argv + argc);
+    char repetitions[] = "--benchmark_repetitions=7";
+    char shortRuns[] = "--benchmark_min_time=0.1";
+    arguments.insert(arguments.begin() + 1, {repetitions, shortRuns});
+    int count = static_cast<int>(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 2;
+    try {
+        run();
+        return 0;
+    } catch (std::exception const& error) {
+        std::fprintf(stderr, "bridge_benchmark: %s\n", error.what());
+        return 1;
+    }
+}

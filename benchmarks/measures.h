@@ -1,0 +1,28 @@
+/// Names of the single measurements, from which the table makes its ratios.
+#pragma once
+
+namespace measure {
+
+inline constexpr char unit[] = "unit: mutex lock and unlock, malloc and free of 64 bytes";
+inline constexpr char directIntegers[] = "invokeByName, two integers";
+inline constexpr char facadeIntegers[] = "facade Invoke, two integers";
+inline constexpr char directText[] = "invokeByName, a text in and out";
+inline constexpr char facadeText[] = "facade Invoke, a text in and out";
+inline constexpr char facadeLife[] = "create, bind and release a facade";
+inline constexpr char lastMember[] = "invokeByName, last of 30 members";
+inline constexpr char fewNames[] = "GetIDsOfNames among 100 names";
+inline constexpr char manyNames[] = "GetIDsOfNames among 1,000,000 names";
+inline constexpr char manyNamesRepeated[] = "GetIDsOfNames of 100 names among 1,000,000";
+inline constexpr char oneThread[] = "facade Invoke on 1 thread";
+inline constexpr char twoThreads[] = "facade Invoke on 2 threads";
+inline constexpr char oneThreadAlone[] = "arithmetic on 1 thread";
+inline constexpr char twoThreadsAlone[] = "arithmetic on 2 threads";
+
+}  // namespace measure
+
+/// Each adds its benchmarks to those that the library runs, in call order.
+void registerRuntimeBenchmarks();
+void registerFacadeBenchmarks();
+void registerThreadBenchmarks();
+/// Must come last: it fills the name table of the process.
+void registerNameBenchmarks();

@@ -1,0 +1,80 @@
+#include "ratio_table.h"
+
+#include <iomanip>
+#include <stdexcept>
+
+#include "measures.h"
+
+namespace {
+
+enum class Bound { atMost, atLeast };
+
+struct Row {
+    char const* title;
+    double value;
+    Bound bound;
+    double limit;
+    char const* unit;
+};
+
+std::vector<Row> ratios(MedianCollector const& m) {
+    using namespace measure;
+    double const u = m.nanoseconds(unit);
+    auto const inUnits = [&](char const* name) { return m.nanoseconds(name) / u; };
+    return {
+        {"facade Invoke with two integers, less invokeByName",
+         inUnits(facadeIntegers) - inUnits(directIntegers), Bound::atMost, 4, "u"},
+        {"the same with a text of 100 characters in and out",
+         inUnits(facadeText) - inUnits(directText), Bound::atMost, 8, "u"},
+        {"GetIDsOfNames among 1,000,000 names against among 100",
+         m.nanoseconds(manyNames) / m.nanoseconds(fewNames), Bound::atMost, 4, "times"},
+        {"the same, 100 of the 1,000,000 names asked for again and again",
+         m.nanoseconds(manyNamesRepeated) / m.nanoseconds(fewNames), Bound::atMost, 4, "times"},
+        {"throughput of two threads on two facades against one",
+         m.nanoseconds(oneThread) / m.nanoseconds(twoThreads), Bound::atLeast, 1.8, "times"},
+        {"create, bind and release a facade", inUnits(facadeLife), Bound::atMost, 4, "u"},
+        {"invokeByName, the last of 30 members", inUnits(lastMember), Bound::atMost, 4, "u"},
+    };
+}
+
+}  // namespace
+
+bool MedianCollector::ReportContext(Context const&) {
+    return true;
+}
+
+void MedianCollector::ReportRuns(std::vector<Run> const& runs) {
+    for (auto const& run : runs) {
+        if (run.error_occurred) throw std::runtime_error(run.error_message);
+        if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median") {
+            medians_[run.run_name.function_name] = run.GetAdjustedRealTime();
+        }
+    }
+}
+
+double MedianCollector::nanoseconds(char const* name) const {
+    auto const found = medians_.find(name);
+    if (found == medians_.end()) throw std::runtime_error(std::string("did not run: ") + name);
+    return found->second;
+}
+
+void printTable(std::ostream& out, MedianCollector const& medians) {
+    out << std::fixed << "\nMedian of each measurement\n";
+    for (auto const& [name, time] : medians.all()) {
+        out << std::setw(14) << std::setprecision(1) << time << " ns  " << name << '\n';
+    }
+    out << "\nRatios (u: " << std::setprecision(1) << medians.nanoseconds(measure::unit)
+        << " ns)\n";
+    for (auto const& row : ratios(medians)) {
+        bool const atMost = row.bound == Bound::atMost;
+        bool const holds = atMost ? row.value <= row.limit : row.value >= row.limit;
+        out << std::setw(9) << std::setprecision(2) << row.value << ' ' << std::left << std::setw(6)
+            << row.unit << std::right << (atMost ? "at most  " : "at least ") << std::setw(4)
+            << std::setprecision(1) << row.limit << "  " << (holds ? "holds  " : "MISSED ")
+            << row.title << '\n';
+    }
+    out << std::setw(9) << std::setprecision(2)
+        << medians.nanoseconds(measure::oneThreadAlone) /
+               medians.nanoseconds(measure::twoThreadsAlone)
+        << " times  (what two threads gain here on work that shares nothing)\n";
+}
