@@ -1,0 +1,49 @@
+#include "com/owners.h"
+
+#include <limits>
+
+#include "com/error.h"
+
+namespace velk::com {
+
+void closeSafeArray(SAFEARRAY*& array) noexcept {
+    if (array != nullptr) SafeArrayDestroy(array);
+}
+
+void closeExceptionInfo(EXCEPINFO& info) noexcept {
+    SysFreeString(info.bstrSource);
+    SysFreeString(info.bstrDescription);
+    SysFreeString(info.bstrHelpFile);
+}
+
+void closeRegistryKey(HKEY& key) noexcept {
+    if (key != nullptr) RegCloseKey(key);
+}
+
+void closeTaskMemory(void*& block) noexcept {
+    CoTaskMemFree(block);
+}
+
+void closeModule(HMODULE& module) noexcept {
+    if (module != nullptr) FreeLibrary(module);
+}
+
+Bstr makeBstr(TextView text) {
+    // The length in bytes has to fit the 32 bits that stand before the text.
+    if (text.size() > std::numeric_limits<UINT>::max() / sizeof(OLECHAR)) {
+        throw Error(E_OUTOFMEMORY, "text too long for a BSTR");
+    }
+    // A null view is still text: the copy is the empty one, not null.
+    Bstr copy(
+        SysAllocStringLen(text.empty() ? OLESTR("") : text.data(), static_cast<UINT>(text.size())));
+    if (copy.get() == nullptr) throw Error(E_OUTOFMEMORY, "no memory for a BSTR");
+    return copy;
+}
+
+Variant copyVariant(VARIANT const& source) {
+    Variant copy;
+    throwIfFailed(VariantCopy(copy.address(), &source));
+    return copy;
+}
+
+}  // namespace velk::com

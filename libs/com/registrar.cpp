@@ -1,0 +1,57 @@
+#include "com/registrar.h"
+
+#include "com/registry.h"
+#include "com/script_parser.h"
+#include "com/script_runner.h"
+#include "com/script_source.h"
+#include "com/utf.h"
+
+namespace velk::com {
+
+void Registrar::addReplacement(TextView name, TextView value) {
+    for (auto& known : replacements_) {
+        if (equalIgnoringCase(known.name, name)) {
+            known.value = value;
+            return;
+        }
+    }
+    replacements_.push_back({std::basic_string<OLECHAR>(name), std::basic_string<OLECHAR>(value)});
+}
+
+void Registrar::registerScript(TextView script) {
+    run(script, true);
+}
+
+void Registrar::unregisterScript(TextView script) {
+    run(script, false);
+}
+
+void Registrar::registerResource(HMODULE module, WORD id) {
+    run(loadScript(module, id), true);
+}
+
+void Registrar::unregisterResource(HMODULE module, WORD id) {
+    run(loadScript(module, id), false);
+}
+
+void Registrar::run(TextView text, bool install) {
+    Script const script = parseScript(text, replacements_);
+    SystemRegistry system;
+    Registry& registry = registry_ != nullptr ? *registry_ : system;
+    if (install) {
+        installScript(script, registry, perUser_);
+    } else {
+        removeScript(script, registry, perUser_);
+    }
+}
+
+std::basic_string<OLECHAR> doubleQuotes(TextView text) {
+    std::basic_string<OLECHAR> doubled;
+    for (OLECHAR const unit : text) {
+        doubled.push_back(unit);
+        if (unit == '\'') doubled.push_back(unit);
+    }
+    return doubled;
+}
+
+}  // namespace velk::com
