@@ -54,5 +54,17 @@ class VELKCORE_API prxDictionaryObjC : public proxyObjectC, public mzIIterable {
 
   private:
     struct Contents;
+    class KeyIterator;
+
+    // The members that scripts see; they fail with a message.
+    void scriptAdd(mzComVariantC const& key, mzComVariantC const& item);
+    bool scriptExists(mzComVariantC const& key);
+    mzComVariantC scriptItem(mzComVariantC const& key);
+    void scriptSetItem(mzComVariantC const& key, mzComVariantC const& item);
+    void scriptSetKey(mzComVariantC const& key, mzComVariantC const& newKey);
+    void scriptRemove(mzComVariantC const& key);
+    void scriptRemoveAll();
+    void scriptSetCompareMode(int mode);
+
     std::unique_ptr<Contents> contents_;
 };

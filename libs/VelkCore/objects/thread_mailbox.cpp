@@ -8,6 +8,10 @@
 #include <shared_mutex>
 #include <unordered_map>
 
+#include "host/call_routing.h"
+#include "host/sleep.h"
+#include "services/immortal.h"
+
 namespace velk::core {
 
 namespace {
@@ -71,10 +75,10 @@ struct Mailbox {
 // All mailboxes by thread number. Lives as long as the process: threads may end
 // after the static objects of this library are gone.
 class Directory {
-public:
+  public:
     static Directory& instance() {
-        static Directory& directory = *new Directory;
-        return directory;
+        static Immortal<Directory> directory;
+        return *directory;
     }
 
     std::shared_ptr<Mailbox> open(std::int64_t thread) {
@@ -114,7 +118,7 @@ public:
         }
     }
 
-private:
+  private:
     mutable std::shared_mutex mutex_;
     std::unordered_map<std::int64_t, std::shared_ptr<Mailbox>> boxes_;
 };
@@ -122,7 +126,7 @@ private:
 // Trivial, so that it can be read on every call at the cost of one load and
 // stays readable while the thread's other locals are being destroyed.
 thread_local std::int64_t threadNumber = 0;
-thread_local EventPump threadPump = nullptr;
+thread_local void (*threadPump)() = nullptr;
 
 // Closes the thread's mailbox when the thread ends.
 struct MailboxOwner {
@@ -190,23 +194,14 @@ void awaitEnd(PostedCall const& posted, Mailbox& own, Clock::time_point deadline
 
 // Long enough for an owner that serves in a loop of half-second sleeps or is
 // busy for a moment; short enough that a user who waits gets an answer.
-std::atomic<std::int64_t> untilTakenMs{5'000};
-std::atomic<std::int64_t> untilDoneMs{300'000};
+std::atomic<int> untilTaken{5'000};
+std::atomic<int> untilDone{300'000};
 
-} // namespace
+}  // namespace
 
 std::int64_t currentThreadNumber() noexcept {
     std::int64_t const number = threadNumber;
     return number != 0 ? number : numberThisThread();
-}
-
-RouteLimits routeLimits() noexcept {
-    return {std::chrono::milliseconds(untilTakenMs), std::chrono::milliseconds(untilDoneMs)};
-}
-
-RouteLimits setRouteLimits(RouteLimits limits) noexcept {
-    return {std::chrono::milliseconds(untilTakenMs.exchange(limits.untilTaken.count())),
-            std::chrono::milliseconds(untilDoneMs.exchange(limits.untilDone.count()))};
 }
 
 RouteOutcome runOnThread(std::int64_t owner, std::shared_ptr<RoutedCall> const& call) {
@@ -220,17 +215,19 @@ RouteOutcome runOnThread(std::int64_t owner, std::shared_ptr<RoutedCall> const& 
     if (!box->post(posted)) {
         return RouteOutcome::ownerEnded;
     }
-    RouteLimits const limits = routeLimits();
-    awaitEnd(*posted, *posted->caller, Clock::now() + limits.untilTaken);
+    awaitEnd(*posted, *posted->caller, Clock::now() + std::chrono::milliseconds(untilTaken));
     if (posted->move(PostedCall::waiting, PostedCall::givenUp)) {
         box->withdraw(posted);
         return RouteOutcome::notServed;
     }
-    awaitEnd(*posted, *posted->caller, Clock::now() + limits.untilDone);
+    awaitEnd(*posted, *posted->caller, Clock::now() + std::chrono::milliseconds(untilDone));
     switch (posted->state.load()) {
-    case PostedCall::done: return RouteOutcome::done;
-    case PostedCall::refused: return RouteOutcome::ownerEnded;
-    default: return RouteOutcome::stillRunning;
+        case PostedCall::done:
+            return RouteOutcome::done;
+        case PostedCall::refused:
+            return RouteOutcome::ownerEnded;
+        default:
+            return RouteOutcome::stillRunning;
     }
 }
 
@@ -251,8 +248,17 @@ unsigned serveCalls(std::chrono::milliseconds duration) {
     return served + serveWaiting(*box);
 }
 
-void setThreadEventPump(EventPump pump) noexcept {
-    threadPump = pump;
+}  // namespace velk::core
+
+mzCallLimitsS mzComSetCallLimits(mzCallLimitsS limits) {
+    return {velk::core::untilTaken.exchange(std::max(0, limits.untilTaken)),
+            velk::core::untilDone.exchange(std::max(0, limits.untilDone))};
 }
 
-} // namespace velk::core
+void mzComSetThreadPump(void (*pump)()) {
+    velk::core::threadPump = pump;
+}
+
+unsigned mzComSleep(unsigned milliseconds, int, int*) {
+    return velk::core::serveCalls(std::chrono::milliseconds(milliseconds));
+}

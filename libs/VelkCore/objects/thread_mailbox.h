@@ -17,7 +17,7 @@ std::int64_t currentThreadNumber() noexcept;
 
 /// A call that another thread is to run.
 class RoutedCall {
-public:
+  public:
     virtual ~RoutedCall() = default;
 
     /// Runs on the owning thread, at most once.
@@ -25,37 +25,21 @@ public:
 };
 
 enum class RouteOutcome {
-    done,         ///< the call ran to its end
-    notServed,    ///< the owner did not take the call in time; it never runs
-    stillRunning, ///< the owner took the call and has not come back in time
-    ownerEnded,   ///< the owner's thread is gone; the call never runs
+    done,          ///< the call ran to its end
+    notServed,     ///< the owner did not take the call in time; it never runs
+    stillRunning,  ///< the owner took the call and has not come back in time
+    ownerEnded,    ///< the owner's thread is gone; the call never runs
 };
 
-/// How long a caller waits.
-struct RouteLimits {
-    std::chrono::milliseconds untilTaken; ///< for the owner to take the call
-    std::chrono::milliseconds untilDone;  ///< for a call that was taken
-};
-
-RouteLimits routeLimits() noexcept;
-
-/// Changes the limits for the whole process and returns those before. A program
-/// whose calls take longer than the default of five minutes raises them here.
-RouteLimits setRouteLimits(RouteLimits limits) noexcept;
-
-/// Has `call` run on thread `owner` and waits for it within `routeLimits()`.
-/// Calls sent to the waiting thread are served meanwhile. The call object is
-/// shared, because after a wait that was given up the owner may still use it.
+/// Has `call` run on thread `owner` and waits for it within the process's limits
+/// (`mzComSetCallLimits`).
+/// Calls sent to the waiting thread are served meanwhile. The call
+/// object is shared, because after a wait that was given up the owner may still
+/// use it.
 RouteOutcome runOnThread(std::int64_t owner, std::shared_ptr<RoutedCall> const& call);
 
 /// Serves calls sent to the calling thread until the time is over.
 /// @return how many calls were served
 unsigned serveCalls(std::chrono::milliseconds duration);
 
-/// A function that works off a thread's own events, called by `serveCalls` on
-/// that thread between two waits; null removes it. Belongs to the calling
-/// thread, so that each thread's loop is pumped on that thread only.
-using EventPump = void (*)();
-void setThreadEventPump(EventPump pump) noexcept;
-
-} // namespace velk::core
+}  // namespace velk::core

@@ -1,0 +1,203 @@
+#include "script_array.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "host/auto_register.h"
+#include "host/proxy_member.h"
+
+#include "dictionary_key.h"
+#include "values/counted_object.h"
+
+namespace velk::core {
+
+namespace {
+
+// A script that asks for more has made a mistake: this many values take 4 GB.
+constexpr int mostValues = 1 << 28;
+
+}  // namespace
+
+// Walks the live list by index.
+class ScriptArray::ValueIterator : public CountedObject<mzIIterator> {
+  public:
+    explicit ValueIterator(ScriptArray& array) : keepAlive_(array.getIUnknown()), array_(array) {}
+
+    unsigned next(mzComVariantC& value) override {
+        if (position_ >= array_.values_.size()) {
+            value.clear();
+            return mzFailure;
+        }
+        value = array_.values_[position_++];
+        return mzSuccess;
+    }
+
+    unsigned reset() override {
+        position_ = 0;
+        return mzSuccess;
+    }
+
+  private:
+    mzComPtrC keepAlive_;
+    ScriptArray& array_;
+    std::size_t position_ = 0;
+};
+
+unsigned ScriptArray::queryInterface(mzIIDS const& iid, mzComPtrC& out) {
+    if (iid.equal(mzIIterable::interfaceId())) {
+        out.attach(static_cast<mzIIterable*>(this));
+        return mzSuccess;
+    }
+    return proxyObjectC::queryInterface(iid, out);
+}
+
+unsigned ScriptArray::createIterator(mzComPtrT<mzIIterator>& out) try {
+    out = new ValueIterator(*this);
+    return mzSuccess;
+} catch (...) {
+    out.detach();
+    return mzFailure;
+}
+
+void ScriptArray::requireIndex(int index, int last, char const* operation) const {
+    if (index < 0 || index > last) {
+        throwExecuteException("The index " + mzComStringC::fromInt(index, 10) +
+                                  " is outside the list of " + mzComStringC::fromInt(count(), 10) +
+                                  " values",
+                              operation, 1);
+    }
+}
+
+mzComVariantC ScriptArray::item(int index) {
+    requireIndex(index, upperBound(), "Item");
+    return values_[static_cast<std::size_t>(index)];
+}
+
+void ScriptArray::setItem(int index, mzComVariantC const& value) {
+    requireIndex(index, upperBound(), "Item");
+    values_[static_cast<std::size_t>(index)] = value.skipVariable();
+}
+
+int ScriptArray::add(mzComVariantC const& value) {
+    if (count() >= mostValues) {
+        throwExecuteException("The list is full", "Add", 1);
+    }
+    values_.push_back(value.skipVariable());
+    return upperBound();
+}
+
+bool ScriptArray::remove(mzComVariantC const& value) {
+    int const index = find(value);
+    if (index < 0) {
+        return false;
+    }
+    removeAt(index);
+    return true;
+}
+
+void ScriptArray::removeAt(int index) {
+    requireIndex(index, upperBound(), "RemoveAt");
+    auto const place = values_.begin() + index;
+    // Released last: giving up an object can run code that uses this list.
+    mzComVariantC const removed = std::move(*place);
+    values_.erase(place);
+}
+
+void ScriptArray::insertAt(int index, mzComVariantC const& value) {
+    requireIndex(index, count(), "InsertAt");
+    if (count() >= mostValues) {
+        throwExecuteException("The list is full", "InsertAt", 1);
+    }
+    values_.insert(values_.begin() + index, value.skipVariable());
+}
+
+void ScriptArray::removeAll() {
+    std::vector<mzComVariantC> const removed = std::exchange(values_, {});
+}
+
+void ScriptArray::resize(int lastIndex) {
+    if (lastIndex < -1 || lastIndex >= mostValues) {
+        throwExecuteException(
+            "The list cannot end at the index " + mzComStringC::fromInt(lastIndex, 10), "ReDim", 1);
+    }
+    auto const size = static_cast<std::size_t>(lastIndex + 1);
+    std::vector<mzComVariantC> removed;  // released last, as above
+    if (size < values_.size()) {
+        removed.assign(std::make_move_iterator(values_.begin() + lastIndex + 1),
+                       std::make_move_iterator(values_.end()));
+    }
+    values_.resize(size);
+}
+
+int ScriptArray::find(mzComVariantC const& value) {
+    return findFrom(value, 0);
+}
+
+int ScriptArray::findFrom(mzComVariantC const& value, int start) {
+    requireIndex(start, count(), "Find");
+    DictionaryKey const wanted(value.skipVariable(), KeyCompare::binary);
+    auto const place =
+        std::find_if(values_.begin() + start, values_.end(), [&](mzComVariantC const& candidate) {
+            return DictionaryKey(candidate, KeyCompare::binary).equals(wanted, KeyCompare::binary);
+        });
+    return place == values_.end() ? -1 : static_cast<int>(place - values_.begin());
+}
+
+mzComPtrT<mzIUnknown> ScriptArray::copy() {
+    return newScriptArray(values_);
+}
+
+mzComPtrT<mzIUnknown> ScriptArray::copyFrom(int start) {
+    return copyRange(start, std::numeric_limits<int>::max());
+}
+
+mzComPtrT<mzIUnknown> ScriptArray::copyRange(int start, int length) {
+    requireIndex(start, count(), "Copy");
+    if (length < 0) {
+        throwExecuteException("The length of a copy cannot be negative", "Copy", 1);
+    }
+    auto const first = values_.begin() + start;
+    return newScriptArray({first, first + std::min(length, count() - start)});
+}
+
+proxyMemberDescListS const* ScriptArray::getStaticProxyTypeInfo() {
+    // What returns a value answers both as a method and as a property read.
+    constexpr unsigned reads = mzCallMethod | mzCallPropertyGet;
+    constexpr char const* file = "script_array.h";
+    using A = ScriptArray;
+    static proxyMemberDescS const members[] = {
+        proxyMember<&A::count>("Count", reads, file, __LINE__),
+        proxyMember<&A::count>("Length", reads, file, __LINE__),
+        proxyMember<&A::item>("Item", reads, file, __LINE__),
+        proxyPropertyPut<&A::setItem>("Item", file, __LINE__),
+        proxyMember<&A::item>("", reads, file, __LINE__),
+        proxyPropertyPut<&A::setItem>("", file, __LINE__),
+        proxyMethod<&A::add>("Add", file, __LINE__),
+        proxyMethod<&A::remove>("Remove", file, __LINE__),
+        proxyMethod<&A::removeAt>("RemoveAt", file, __LINE__),
+        proxyMethod<&A::insertAt>("InsertAt", file, __LINE__),
+        proxyMethod<&A::removeAll>("RemoveAll", file, __LINE__),
+        proxyMember<&A::lowerBound>("LBound", reads, file, __LINE__),
+        proxyMember<&A::upperBound>("UBound", reads, file, __LINE__),
+        proxyMethod<&A::resize>("ReDim", file, __LINE__),
+        proxyMember<&A::find>("Find", reads, file, __LINE__),
+        proxyMember<&A::findFrom>("Find", reads, file, __LINE__),
+        proxyMember<&A::copy>("Copy", reads, file, __LINE__),
+        proxyMember<&A::copyFrom>("Copy", reads, file, __LINE__),
+        proxyMember<&A::copyRange>("Copy", reads, file, __LINE__),
+        proxyMembersEnd()};
+    static proxyMemberDescListS const* const bases[] = {proxyObjectC::getStaticProxyTypeInfo(),
+                                                        nullptr};
+    static proxyMemberDescListS const record = {
+        "prxArrayObjC", proxyCastTo<A>, bases,   members, "qxttools.array", 0,
+        proxyCreate<A>, file,           __LINE__};
+    return &record;
+}
+
+mzComPtrT<mzIUnknown> newScriptArray(std::vector<mzComVariantC> values) {
+    return (new ScriptArray(std::move(values)))->getIUnknown();
+}
+
+}  // namespace velk::core
+
+static proxyAutoRegisterT<velk::core::ScriptArray> registerArray;
