@@ -1,6 +1,8 @@
 /// The calling thread's last error number.
 #include <winbase.h>
 
+#include "platform/system/thread_end.h"
+
 namespace {
 
 thread_local DWORD lastError = ERROR_SUCCESS;
@@ -12,5 +14,6 @@ DWORD GetLastError() {
 }
 
 void SetLastError(DWORD error) {
+    velk::platform::watchThreadEnd();
     lastError = error;
 }

@@ -3,6 +3,8 @@
 #include <array>
 #include <atomic>
 
+#include "platform/system/thread_end.h"
+
 namespace velk::platform {
 namespace {
 
@@ -17,7 +19,11 @@ std::array<Stripe, stripeCount> stripes;
 std::atomic<unsigned> nextStripe{0};
 
 Stripe& stripeOfThisThread() noexcept {
-    thread_local unsigned const own = nextStripe.fetch_add(1, std::memory_order_relaxed);
+    thread_local unsigned const own = [] {
+        // Whoever allocates has met the layer, and its end concerns modules.
+        watchThreadEnd();
+        return nextStripe.fetch_add(1, std::memory_order_relaxed);
+    }();
     return stripes[own % stripeCount];
 }
 

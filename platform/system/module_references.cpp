@@ -1,0 +1,148 @@
+#include "platform/system/module_references.h"
+
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string_view>
+#include <vector>
+
+#include <dlfcn.h>
+#include <link.h>
+#include <unistd.h>
+#include <winbase.h>
+
+#include "platform/system/resource_section.h"
+#include "platform/system/utf16.h"
+
+namespace velk::platform {
+namespace {
+
+/// The dynamic loader's handles behind the references, one each.
+class References {
+  public:
+    void add(HMODULE module, void* loaderHandle) {
+        std::lock_guard const guard(lock_);
+        handles_[module].push_back(loaderHandle);
+    }
+
+    void* take(HMODULE module) {
+        std::lock_guard const guard(lock_);
+        auto const found = handles_.find(module);
+        if (found == handles_.end()) return nullptr;
+        void* const loaderHandle = found->second.back();
+        found->second.pop_back();
+        if (found->second.empty()) handles_.erase(found);
+        return loaderHandle;
+    }
+
+  private:
+    std::mutex lock_;
+    std::map<HMODULE, std::vector<void*>> handles_;
+};
+
+// Never destroyed: modules are freed until the very end of the process.
+References& references() {
+    static auto& all = *new References;
+    return all;
+}
+
+struct CloseLoaderHandle {
+    void operator()(void* handle) const noexcept { dlclose(handle); }
+};
+using LoaderHandle = std::unique_ptr<void, CloseLoaderHandle>;
+
+/// Opens an object that is loaded already, which adds a reference to it.
+LoaderHandle reopen(LoadedObject const& object, int flags = 0) {
+    char const* const name = object.isProgram ? nullptr : object.loaderName.c_str();
+    return LoaderHandle(dlopen(name, RTLD_LAZY | RTLD_NOLOAD | flags));
+}
+
+std::optional<LoadedObject> layerObject() {
+    return loadedObjectAround(reinterpret_cast<void const*>(&references));
+}
+
+/// The names under which programs know the libraries that the layer stands for.
+bool namesTheLayer(std::u16string_view name) {
+    constexpr std::u16string_view extension = u".dll";
+    if (name.size() > extension.size() &&
+        equalNoAsciiCase(name.substr(name.size() - extension.size()), extension)) {
+        name.remove_suffix(extension.size());
+    }
+    for (auto const* own : {u"ole32", u"oleaut32", u"advapi32", u"kernel32"}) {
+        if (equalNoAsciiCase(name, own)) return true;
+    }
+    return false;
+}
+
+/// The published error number for a file that the dynamic loader refused.
+DWORD errorOfRefusedFile(std::string const& path) {
+    char const* const text = dlerror();
+    bool const symbolMissing = text != nullptr && std::strstr(text, "undefined symbol") != nullptr;
+    if (path.find('/') != std::string::npos) {
+        if (access(path.c_str(), F_OK) != 0) return ERROR_MOD_NOT_FOUND;
+        if (access(path.c_str(), R_OK) != 0) return ERROR_ACCESS_DENIED;
+        if (!isSharedObjectFile(path)) return ERROR_BAD_EXE_FORMAT;
+    }
+    return symbolMissing ? ERROR_PROC_NOT_FOUND : ERROR_MOD_NOT_FOUND;
+}
+
+}  // namespace
+
+std::optional<LoadedObject> findModule(LPCWSTR name) {
+    if (name == nullptr) return programObject();
+    if (namesTheLayer(name)) return layerObject();
+    return loadedObjectNamed(toBytes(name));
+}
+
+HMODULE loadModule(LPCWSTR name) {
+    if (namesTheLayer(name)) return layerObject().value().handle;
+    std::string path = toBytes(name);
+    // The dynamic loader takes an empty name for the program.
+    if (path.empty()) {
+        SetLastError(ERROR_MOD_NOT_FOUND);
+        return nullptr;
+    }
+    // The loader remembers the path as given, and it must stay right when the
+    // current folder changes.
+    if (path.find('/') != std::string::npos) path = std::filesystem::absolute(path).string();
+    LoaderHandle handle(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
+    link_map* map = nullptr;
+    if (handle != nullptr) dlinfo(handle.get(), RTLD_DI_LINKMAP, &map);
+    auto const object = map != nullptr ? loadedObjectAround(map->l_ld) : std::nullopt;
+    if (!object) {
+        SetLastError(errorOfRefusedFile(path));
+        return nullptr;
+    }
+    references().add(object->handle, handle.release());
+    return object->handle;
+}
+
+bool holdModule(LoadedObject const& object, bool forEver) {
+    auto handle = reopen(object, forEver ? RTLD_NODELETE : 0);
+    if (handle == nullptr) return false;
+    if (!forEver) references().add(object.handle, handle.release());
+    return true;
+}
+
+bool releaseModule(HMODULE module) {
+    if (void* const loaderHandle = references().take(module)) {
+        dlclose(loaderHandle);
+        return true;
+    }
+    // Loaded without us: its references are not ours to give back.
+    return loadedObject(module).has_value();
+}
+
+void* moduleSymbol(HMODULE module, char const* name) {
+    auto const object = loadedObject(module);
+    auto const handle = object ? reopen(*object) : nullptr;
+    if (handle == nullptr) return nullptr;
+    void* const symbol = dlsym(handle.get(), name);
+    // The loader also looks into what the module depends on.
+    auto const owner = symbol != nullptr ? loadedObjectAround(symbol) : std::nullopt;
+    return owner && owner->handle == module ? symbol : nullptr;
+}
+
+}  // namespace velk::platform
