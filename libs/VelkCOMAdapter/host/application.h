@@ -11,7 +11,7 @@ class VELKGUI_API PApplication : public QCoreApplication {
   public:
     /// How much of the framework comes up.
     enum InitMode : int {
-        /// Nothing but the application object.
+        /// Nothing but the application object; no servers.
         bareMode = 0,
         /// An interactive program.
         interactiveMode = 1,
@@ -19,14 +19,18 @@ class VELKGUI_API PApplication : public QCoreApplication {
         serverMode = 2
     };
 
-    /// `argc` and `argv` must outlive the application.
+    /// Any thread may make the application; it belongs to that thread, where its
+    /// events are worked off in `mzComSleep` and where it is destroyed. `argc`
+    /// and `argv` must outlive it.
     PApplication(int& argc, char** argv, InitMode const& mode);
     ~PApplication() override;
 
     void initApplicationVersion(QString version);
-    /// Starts the runtime's servers. `product` and `profile` name the product
-    /// and the set of settings; the flag is without effect. False when the
-    /// servers did not start.
+    /// Sets the application's and the organization's (the product's) name and
+    /// starts the runtime's servers, but for `bareMode`. `profile` names a set
+    /// of settings and is kept as the property "settingsProfile"; the flag is
+    /// without effect. False when a server did not start. The destructor ends
+    /// the servers.
     bool initApplication(QString const& applicationName, QString const& product,
                          QString const& profile, bool flag);
     InitMode initMode() const { return mode_; }

@@ -56,7 +56,7 @@ class VELKCORE_API mzComStringC {
 
     /// A new `BSTR`, also for the empty string. Throws `mzOutOfMemoryC`.
     mzBstrHolderC toBSTR() const;
-    /// UTF-8; an unpaired surrogate becomes U+FFFD.
+    /// UTF-8; an unpaired surrogate becomes a question mark.
     std::string toUtf8() const;
     /// 8-bit text of the ASCII characters, `?` for every other code unit.
     std::string toAscii() const;

@@ -65,11 +65,11 @@ void invokeMember(void* self, proxyAutoParaListC& args, proxyAutoTypeCastC& resu
     Arguments values{
         unpack.template operator()<std::tuple_element_t<indices, Arguments>>(int(indices))...};
     auto* const object = static_cast<typename Function::ClassType*>(self);
-    auto const call = [&] { return (object->*member)(std::get<indices>(std::move(values))...); };
     if constexpr (std::is_void_v<typename Function::ResultType>) {
-        call();
+        (object->*member)(std::get<indices>(std::move(values))...);
     } else {
-        result.set<std::decay_t<typename Function::ResultType>>(call());
+        result.set<std::decay_t<typename Function::ResultType>>(
+            (object->*member)(std::get<indices>(std::move(values))...));
     }
 }
 

@@ -1,0 +1,133 @@
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "counting_object.h"
+#include "host/exception.h"
+#include "host/symbol_ref.h"
+
+namespace {
+
+unsigned call(mzComVariantC const& target, char const* name, unsigned kind,
+              mzComVariantArrayC const& args, mzComVariantC& result) {
+    mzComPtrT<mzIUnknown> object;
+    target.get(object);
+    mzComPtrT<mzIDispatch> const dispatch{mzComPtrC(object.iface())};
+    mzComPtrT<mzIException> exception;
+    return dispatch->invokeByName(name, kind, args, result, exception);
+}
+
+mzComVariantArrayC arguments(mzComVariantC const& value) {
+    mzComVariantArrayC args;
+    args << value;
+    return args;
+}
+
+TEST(ScriptVariable, AnArgumentThatTheCalleeWrites) {
+    mzISymbolRefC const symbol = mzComVariantC::createSymbolRef(5);
+    mzComVariantC const argument = symbol;
+    EXPECT_EQ(argument.getType(), mzTypeObject);
+    EXPECT_TRUE(argument.isVariable());
+    EXPECT_EQ(argument.skipVariable().getInt(), 5);
+    mzComVariantC result;
+    EXPECT_EQ(call(argument, "", mzCallPropertyPut, arguments("new"), result), mzSuccess);
+    mzComVariantC value;
+    EXPECT_EQ(symbol.get(value), mzSuccess);
+    mzComStringC text;
+    EXPECT_EQ(value.get(text), mzSuccess);
+    EXPECT_EQ(text, mzComStringC("new"));
+}
+
+TEST(ScriptVariable, ValuesAreNoVariables) {
+    CountingDispatch object;
+    mzComVariantC holder;
+    holder.set(mzComPtrT<mzIUnknown>(&object));
+    mzComVariantC const samples[] = {mzComVariantC(), 1, 2.5, "text", holder};
+    for (mzComVariantC const& sample : samples) {
+        EXPECT_FALSE(sample.isVariable());
+        EXPECT_EQ(sample.skipVariable().getType(), sample.getType());
+    }
+}
+
+TEST(ScriptVariable, ConvertingReadsLookThrough) {
+    CountingDispatch object;
+    mzComVariantC const number = mzComVariantC::createSymbolRef("42");
+    int integer = 0;
+    EXPECT_EQ(number.getExt(integer), mzSuccess);
+    EXPECT_EQ(integer, 42);
+    mzComVariantC held;
+    held.set(mzComPtrT<mzIUnknown>(&object));
+    mzComVariantC const variable = mzComVariantC::createSymbolRef(held);
+    mzComPtrT<mzIUnknown> read;
+    EXPECT_EQ(variable.getExt(read), mzSuccess);
+    EXPECT_EQ(read.iface(), &object);
+    // The plain read gives the variable itself.
+    EXPECT_EQ(variable.get(read), mzSuccess);
+    EXPECT_NE(read.iface(), &object);
+}
+
+TEST(ScriptVariable, AReferenceToAVariableIsTheSameVariable) {
+    mzISymbolRefC const first = mzComVariantC::createSymbolRef(1);
+    mzISymbolRefC const second = mzComVariantC::createSymbolRef(first);
+    EXPECT_EQ(first.symbol().iface(), second.symbol().iface());
+}
+
+TEST(ScriptVariable, NeverHoldsAnotherVariableNorItself) {
+    mzISymbolRefC const symbol = mzComVariantC::createSymbolRef(1);
+    mzComVariantC result;
+    EXPECT_EQ(call(symbol, "", mzCallPropertyPut, arguments(symbol), result), mzSuccess);
+    mzComVariantC value;
+    symbol.get(value);
+    EXPECT_EQ(value.getInt(), 1);
+    EXPECT_EQ(value.getType(), mzTypeInteger);
+}
+
+TEST(ScriptVariable, OtherCallsGoToTheObjectInside) {
+    CountingDispatch object;
+    object.onInvoke = [](mzComVariantC& result, auto&) {
+        result.set(8);
+        return mzSuccess;
+    };
+    mzComVariantC held;
+    held.set(mzComPtrT<mzIUnknown>(&object));
+    mzISymbolRefC const symbol = mzComVariantC::createSymbolRef(held);
+    mzComVariantC result;
+    EXPECT_EQ(call(symbol, "Count", mzCallPropertyGet, {}, result), mzSuccess);
+    EXPECT_EQ(result.getInt(), 8);
+    EXPECT_EQ(object.lastCall, "Count/2/0");
+    mzISymbolRefC const plain = mzComVariantC::createSymbolRef(3);
+    EXPECT_EQ(call(plain, "Count", mzCallPropertyGet, {}, result), mzMemberNotFound);
+    EXPECT_EQ(call(plain, "", mzCallMethod, {}, result), mzSuccess);
+    EXPECT_EQ(result.getInt(), 3);
+}
+
+TEST(ScriptVariable, AnUnboundReferenceFails) {
+    mzComVariantC value(1);
+    EXPECT_EQ(mzISymbolRefC().get(value), mzFailure);
+    mzComVariantC const argument = mzISymbolRefC();
+    EXPECT_FALSE(argument.isVariable());
+}
+
+TEST(ScriptVariable, ThreadsReadWhileOneWrites) {
+    mzISymbolRefC const symbol = mzComVariantC::createSymbolRef("start");
+    std::thread writer([symbol] {
+        mzComVariantC result;
+        for (int i = 0; i < 500; ++i) {
+            call(symbol, "", mzCallPropertyPut, arguments(mzComStringC::fromInt(i, 10)), result);
+        }
+    });
+    for (int i = 0; i < 500; ++i) {
+        mzComVariantC value;
+        ASSERT_EQ(symbol.get(value), mzSuccess);
+        ASSERT_EQ(value.getType(), mzTypeString);
+    }
+    writer.join();
+    mzComVariantC value;
+    symbol.get(value);
+    EXPECT_EQ(value.skipVariable().getType(), mzTypeString);
+    int last = 0;
+    EXPECT_EQ(value.getExt(last), mzSuccess);
+    EXPECT_EQ(last, 499);
+}
+
+}  // namespace

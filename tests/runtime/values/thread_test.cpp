@@ -1,0 +1,102 @@
+#include "host/thread.h"
+
+#include <atomic>
+#include <chrono>
+
+#include <gtest/gtest.h>
+
+#include "host/sleep.h"
+#include "host/tls.h"
+
+namespace {
+
+struct Gate {
+    std::atomic<bool> entered = false;
+    std::atomic<bool> open = false;
+};
+
+unsigned waitAtGate(void* argument) {
+    auto& gate = *static_cast<Gate*>(argument);
+    gate.entered = true;
+    while (!gate.open) mzSleep(1);
+    return 0;
+}
+
+void waitForEnd(mzThreadC const& thread) {
+    while (thread.isActive()) mzSleep(1);
+}
+
+TEST(Thread, IsActiveWhileItRuns) {
+    Gate gate;
+    mzThreadC thread;
+    EXPECT_FALSE(thread.isActive());
+    ASSERT_TRUE(thread.start(&waitAtGate, &gate));
+    EXPECT_TRUE(thread.isActive());
+    EXPECT_FALSE(thread.start(&waitAtGate, &gate));
+    gate.open = true;
+    waitForEnd(thread);
+    EXPECT_TRUE(gate.entered);
+}
+
+TEST(Thread, CanBeStartedAgainWhenItHasEnded) {
+    Gate gate;
+    gate.open = true;
+    mzThreadC thread;
+    for (int i = 0; i < 3; ++i) {
+        gate.entered = false;
+        ASSERT_TRUE(thread.start(&waitAtGate, &gate));
+        waitForEnd(thread);
+        EXPECT_TRUE(gate.entered);
+    }
+}
+
+TEST(Thread, NoFunctionNoThread) {
+    mzThreadC thread;
+    EXPECT_FALSE(thread.start(nullptr, nullptr));
+    EXPECT_FALSE(thread.isActive());
+}
+
+TEST(Thread, DetachedItStaysActiveAndMakesRoomForTheNext) {
+    Gate first;
+    Gate second;
+    mzThreadC thread;
+    ASSERT_TRUE(thread.start(&waitAtGate, &first));
+    thread.detach();
+    EXPECT_TRUE(thread.isActive());
+    ASSERT_TRUE(thread.start(&waitAtGate, &second));
+    second.open = true;
+    waitForEnd(thread);
+    first.open = true;
+    while (!first.entered) mzSleep(1);
+}
+
+std::atomic<bool> destroyed = false;
+
+TEST(Thread, IsOverOnlyWhenItsValuesAreGone) {
+    int const slot = mzTlsAlloc([](void*) {
+        mzSleep(30);
+        destroyed = true;
+    });
+    int value = slot;
+    mzThreadC thread;
+    ASSERT_TRUE(thread.start(
+        [](void* argument) {
+            *mzTlsGet(*static_cast<int*>(argument)) = argument;
+            return 0u;
+        },
+        &value));
+    waitForEnd(thread);
+    EXPECT_TRUE(destroyed);
+    mzTlsFree(slot);
+}
+
+TEST(Sleep, LastsAtLeastAsLongAsAsked) {
+    using Clock = std::chrono::steady_clock;
+    auto const start = Clock::now();
+    mzSleep(15);
+    EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(15));
+    mzSleep(0);
+    mzSleep(-5);
+}
+
+}  // namespace
