@@ -1,0 +1,71 @@
+/// Deleting keys and trees of keys.
+#include <algorithm>
+
+#include "platform/registry/key_view.h"
+
+namespace velk::platform::registry {
+namespace {
+
+/// What a path below a handle means for deletion.
+KeyView viewToDelete(OpenKey const& base, KeyPath const& path) {
+    auto const view = findBelow(base.view, path);
+    failIf(!view, ERROR_FILE_NOT_FOUND);
+    bool const isRoot = view->kind == KeyView::Kind::users || view->place.key == rootKey;
+    bool const isClassesRoot = view->kind == KeyView::Kind::merged && view->classesPath.empty();
+    failIf(isRoot || isClassesRoot, ERROR_ACCESS_DENIED);
+    return *view;
+}
+
+void removeTreeAt(Place const& place) {
+    HiveSession session(place.hive, HiveSession::Purpose::write);
+    HiveStore(session).removeTree(place.key);
+    session.commit();
+}
+
+void clearAt(Place const& place) {
+    HiveSession session(place.hive, HiveSession::Purpose::write);
+    HiveStore(session).clear(place.key);
+    session.commit();
+}
+
+/// The places of a view, the machine's first: it is the one that may be
+/// refused, and then nothing has happened yet.
+std::vector<Place> machineFirst(KeyView const& view) {
+    auto places = placesOf(view);
+    std::reverse(places.begin(), places.end());
+    return places;
+}
+
+}  // namespace
+}  // namespace velk::platform::registry
+
+using namespace velk::platform::registry;
+
+LSTATUS RegDeleteKeyW(HKEY key, LPCWSTR name) {
+    if (name == nullptr) return ERROR_INVALID_PARAMETER;
+    return answer([&] {
+        auto const base = openKey(key);
+        // Of a merged key the user's goes first; the machine's shows then.
+        auto const place = placesOf(viewToDelete(*base, splitPath(name))).front();
+        HiveSession session(place.hive, HiveSession::Purpose::write);
+        HiveStore store(session);
+        failIf(store.hasChildren(place.key), ERROR_ACCESS_DENIED);
+        store.removeTree(place.key);
+        session.commit();
+    });
+}
+
+LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR name) {
+    return answer([&] {
+        auto const base = openKey(key);
+        auto const path = splitPath(name);
+        if (!path.empty()) {
+            for (auto const& place : machineFirst(viewToDelete(*base, path))) removeTreeAt(place);
+            return;
+        }
+        // Without a name the key itself stays.
+        base->require(KEY_SET_VALUE | KEY_ENUMERATE_SUB_KEYS);
+        failIf(base->isPredefined, ERROR_ACCESS_DENIED);
+        for (auto const& place : machineFirst(base->view)) clearAt(place);
+    });
+}

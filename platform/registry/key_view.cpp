@@ -1,0 +1,223 @@
+#include "platform/registry/key_view.h"
+
+#include <algorithm>
+
+#include <unistd.h>
+
+namespace velk::platform::registry {
+namespace {
+
+using Purpose = HiveSession::Purpose;
+
+constexpr HiveName bothHives[] = {HiveName::user, HiveName::machine};
+
+KeyPath const& classesRoot() {
+    static KeyPath const path = {Name(u"Software"), Name(u"Classes")};
+    return path;
+}
+
+KeyPath const& currentConfiguration() {
+    static KeyPath const path = {Name(u"System"), Name(u"CurrentControlSet"),
+                                 Name(u"Hardware Profiles"), Name(u"Current")};
+    return path;
+}
+
+/// The current user's name below HKEY_USERS: the published form of a Unix
+/// user's security identifier.
+std::u16string userName() {
+    std::u16string name = u"S-1-22-1-";
+    for (char const digit : std::to_string(geteuid())) name.push_back(static_cast<char16_t>(digit));
+    return name;
+}
+
+KeyPath joined(KeyPath const& front, std::span<Name const> back) {
+    KeyPath path = front;
+    path.insert(path.end(), back.begin(), back.end());
+    return path;
+}
+
+std::optional<KeyId> findClass(HiveName hive, KeyPath const& classesPath) {
+    HiveSession session(hive, Purpose::read);
+    HiveStore store(session);
+    auto const root = store.walk(rootKey, classesRoot());
+    return root ? store.walk(*root, classesPath) : std::nullopt;
+}
+
+void requireExistence(Place const& place) {
+    HiveSession session(place.hive, Purpose::read);
+    failIf(!HiveStore(session).facts(place.key), ERROR_KEY_DELETED);
+}
+
+/// The merged key of a path below Software\Classes.
+std::optional<KeyView> findMerged(KeyPath const& classesPath) {
+    for (auto const hive : bothHives) {
+        if (auto const key = findClass(hive, classesPath)) {
+            return KeyView{KeyView::Kind::merged, {hive, *key}, classesPath};
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<KeyView> findPlain(Place start, std::span<Name const> path) {
+    HiveSession session(start.hive, Purpose::read);
+    HiveStore store(session);
+    failIf(!store.facts(start.key), ERROR_KEY_DELETED);
+    auto const key = store.walk(start.key, path);
+    if (!key) return std::nullopt;
+    return KeyView{KeyView::Kind::plain, {start.hive, *key}, {}};
+}
+
+/// The first step below HKEY_USERS leads into the user's hive.
+std::optional<KeyView> enterUsers(Name const& name) {
+    auto const own = userName();
+    if (name.folded == Name(own).folded) return KeyView{};
+    if (name.folded == Name(own + u"_Classes").folded) return findPlain({}, classesRoot());
+    return std::nullopt;
+}
+
+/// Where a new key of a merged path goes: the machine's hive, unless what
+/// exists of the path already is the user's alone.
+HiveName hiveForNewClass(KeyPath const& classesPath) {
+    for (std::size_t depth = classesPath.size(); depth > 0; --depth) {
+        KeyPath const front(classesPath.begin(),
+                            classesPath.begin() + static_cast<std::ptrdiff_t>(depth));
+        if (findClass(HiveName::machine, front)) return HiveName::machine;
+        if (findClass(HiveName::user, front)) return HiveName::user;
+    }
+    return HiveName::machine;
+}
+
+CreatedKey createPlain(Place start, std::span<Name const> path, std::u16string_view keyClass) {
+    HiveSession session(start.hive, Purpose::write);
+    HiveStore store(session);
+    failIf(!store.facts(start.key), ERROR_KEY_DELETED);
+    // What stands directly below HKEY_LOCAL_MACHINE is the system's alone.
+    bool const belowMachine = start.hive == HiveName::machine && start.key == rootKey;
+    failIf(belowMachine && !store.child(rootKey, path.front()), ERROR_INVALID_PARAMETER);
+    KeyId key = start.key;
+    bool made = false;
+    for (std::size_t step = 0; step < path.size(); ++step) {
+        auto const there = store.child(key, path[step]);
+        bool const last = step + 1 == path.size();
+        made = !there;
+        key = there ? *there : store.addChild(key, path[step], last ? keyClass : u"");
+    }
+    session.commit();
+    return {KeyView{KeyView::Kind::plain, {start.hive, key}, {}}, made};
+}
+
+/// Adds the names that are not there yet; the result is in order.
+void merge(std::vector<ListedName>& names, std::vector<ListedName> const& more) {
+    auto const before = [](ListedName const& left, ListedName const& right) {
+        return left.folded < right.folded;
+    };
+    auto const same = [](ListedName const& left, ListedName const& right) {
+        return left.folded == right.folded;
+    };
+    auto const middle = static_cast<std::ptrdiff_t>(names.size());
+    names.insert(names.end(), more.begin(), more.end());
+    std::inplace_merge(names.begin(), names.begin() + middle, names.end(), before);
+    names.erase(std::unique(names.begin(), names.end(), same), names.end());
+}
+
+}  // namespace
+
+KeyView predefinedView(DWORD number) {
+    auto const is = [&](HKEY handle) {
+        return number == static_cast<DWORD>(reinterpret_cast<ULONG_PTR>(handle));
+    };
+    if (is(HKEY_CLASSES_ROOT)) {
+        return {KeyView::Kind::merged, {}, {}};
+    }
+    if (is(HKEY_CURRENT_USER)) return {KeyView::Kind::plain, {HiveName::user, rootKey}, {}};
+    if (is(HKEY_LOCAL_MACHINE)) return {KeyView::Kind::plain, {HiveName::machine, rootKey}, {}};
+    if (is(HKEY_USERS)) return {KeyView::Kind::users, {}, {}};
+    if (is(HKEY_CURRENT_CONFIG)) {
+        auto const view = findPlain({HiveName::machine, rootKey}, currentConfiguration());
+        failIf(!view, ERROR_FILE_NOT_FOUND);
+        return *view;
+    }
+    fail(ERROR_INVALID_HANDLE);
+}
+
+std::vector<Place> placesOf(KeyView const& view) {
+    if (view.kind == KeyView::Kind::users) return {};
+    // The root of all classes is there always, in whichever hive.
+    bool const isClassesRoot = view.kind == KeyView::Kind::merged && view.classesPath.empty();
+    if (!isClassesRoot) requireExistence(view.place);
+    if (view.kind == KeyView::Kind::plain) return {view.place};
+    std::vector<Place> places;
+    for (auto const hive : bothHives) {
+        bool const own = !isClassesRoot && hive == view.place.hive;
+        auto const key = own ? std::optional(view.place.key) : findClass(hive, view.classesPath);
+        if (key) places.push_back({hive, *key});
+    }
+    return places;
+}
+
+std::optional<KeyView> findBelow(KeyView const& view, KeyPath const& path) {
+    switch (view.kind) {
+        case KeyView::Kind::plain:
+            return findPlain(view.place, path);
+        case KeyView::Kind::merged:
+            if (!view.classesPath.empty()) requireExistence(view.place);
+            return findMerged(joined(view.classesPath, path));
+        case KeyView::Kind::users:
+            break;
+    }
+    if (path.empty()) return view;
+    auto const user = enterUsers(path.front());
+    return user ? findPlain(user->place, std::span(path).subspan(1)) : std::nullopt;
+}
+
+CreatedKey createBelow(KeyView const& view, KeyPath const& path, std::u16string_view keyClass) {
+    if (auto const existing = findBelow(view, path)) return {*existing, false};
+    if (view.kind == KeyView::Kind::users) {
+        auto const user = enterUsers(path.front());
+        failIf(!user, ERROR_INVALID_PARAMETER);
+        return createPlain(user->place, std::span(path).subspan(1), keyClass);
+    }
+    if (view.kind == KeyView::Kind::plain) return createPlain(view.place, path, keyClass);
+    KeyPath const full = joined(view.classesPath, path);
+    auto created =
+        createPlain({hiveForNewClass(full), rootKey}, joined(classesRoot(), full), keyClass);
+    created.view.kind = KeyView::Kind::merged;
+    created.view.classesPath = full;
+    return created;
+}
+
+std::vector<std::u16string> userNames() {
+    auto const own = userName();
+    return {own, own + u"_Classes"};
+}
+
+Listing listingOf(KeyView const& view, Listed what) {
+    Listing listing;
+    if (view.kind == KeyView::Kind::users && what == Listed::keys) {
+        for (auto const& name : userNames()) listing.names.push_back({name, Name(name).folded, 0});
+    }
+    for (auto const& place : placesOf(view)) {
+        HiveSession session(place.hive, Purpose::read);
+        HiveStore store(session);
+        // The mark of foreign changes belongs to what the session sees once it
+        // has begun to read.
+        auto const names =
+            what == Listed::keys ? store.children(place.key) : store.values(place.key);
+        listing.stamps.push_back(session.stamp());
+        merge(listing.names, names);
+    }
+    return listing;
+}
+
+bool isCurrent(Listing const& listing, KeyView const& view) {
+    std::size_t at = 0;
+    for (auto const& place : placesOf(view)) {
+        if (at == listing.stamps.size()) return false;
+        HiveSession session(place.hive, Purpose::read);
+        HiveStore(session).facts(place.key);
+        if (!(session.stamp() == listing.stamps[at++])) return false;
+    }
+    return at == listing.stamps.size();
+}
+
+}  // namespace velk::platform::registry

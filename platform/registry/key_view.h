@@ -1,0 +1,45 @@
+/// Finding keys through what a handle shows.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "platform/registry/open_key.h"
+
+namespace velk::platform::registry {
+
+/// What a predefined handle shows. Fails with ERROR_INVALID_HANDLE for numbers
+/// that mean none.
+KeyView predefinedView(DWORD number);
+
+/// The places that a view shows, the one that counts first in front: one for
+/// a plain key, one or two for a merged one, none for HKEY_USERS. Fails with
+/// ERROR_KEY_DELETED when the key of the view is gone.
+std::vector<Place> placesOf(KeyView const& view);
+
+/// The key at a path below a view, or nothing when there is none.
+std::optional<KeyView> findBelow(KeyView const& view, KeyPath const& path);
+
+/// Makes the keys of a path below a view that are missing, the last with the
+/// class. Merged keys are made in the machine's hive, unless the deepest key
+/// of the path that exists is in the user's alone.
+struct CreatedKey {
+    KeyView view;
+    bool isNew = false;
+};
+CreatedKey createBelow(KeyView const& view, KeyPath const& path, std::u16string_view keyClass);
+
+/// The names of the keys directly below HKEY_USERS.
+std::vector<std::u16string> userNames();
+
+/// The subkeys or values that a view shows, in order; of two with one name
+/// only the user's.
+enum class Listed { keys, values };
+Listing listingOf(KeyView const& view, Listed what);
+
+/// Whether a listing still shows what is there.
+bool isCurrent(Listing const& listing, KeyView const& view);
+
+}  // namespace velk::platform::registry
