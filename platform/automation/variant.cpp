@@ -1,14 +1,14 @@
 #include <cstring>
 
-#include "oleauto.h"
+#include "conversion.h"
 #include "variant_type.h"
 
 namespace velk::platform {
 namespace {
 
 HRESULT copyText(VARIANT& copy, VARIANT const& source) noexcept {
+    // The copy of a null text is an empty one.
     BSTR const text = source.bstrVal;
-    if (text == nullptr) return S_OK;
     copy.bstrVal = SysAllocStringByteLen(reinterpret_cast<LPCSTR>(text), SysStringByteLen(text));
     return copy.bstrVal == nullptr ? E_OUTOFMEMORY : S_OK;
 }
@@ -68,46 +68,6 @@ HRESULT releaseContent(VARIANT& value) noexcept {
     return S_OK;
 }
 
-// The value that a reference points at, as a VARIANT that borrows it.
-HRESULT dereference(VARIANT const& reference, VARIANT& value) noexcept {
-    if (reference.byref == nullptr) return E_INVALIDARG;
-    VARTYPE const type = reference.vt & ~VT_BYREF;
-    VariantInit(&value);
-    if (type == VT_DECIMAL) {
-        value.decVal = *reference.pdecVal;
-    } else if (type == VT_RECORD) {
-        value.pvRecord = reference.pvRecord;
-        value.pRecInfo = reference.pRecInfo;
-    } else if (isArray(type)) {
-        value.parray = *reference.pparray;
-    } else {
-        switch (type) {
-            case VT_I1:
-            case VT_UI1:
-                value.bVal = *reference.pbVal;
-                break;
-            case VT_I2:
-            case VT_UI2:
-            case VT_BOOL:
-                value.iVal = *reference.piVal;
-                break;
-            case VT_I4:
-            case VT_UI4:
-            case VT_INT:
-            case VT_UINT:
-            case VT_R4:
-            case VT_ERROR:
-                value.lVal = *reference.plVal;
-                break;
-            default:
-                value.llVal = *reference.pllVal;
-                break;
-        }
-    }
-    value.vt = type;
-    return S_OK;
-}
-
 }  // namespace
 }  // namespace velk::platform
 
@@ -143,20 +103,7 @@ HRESULT VariantCopyInd(VARIANT* destination, VARIANTARG const* source) {
     if (!isVariantType(source->vt)) return E_INVALIDARG;
 
     VARIANT borrowed;
-    if (source->vt == (VT_BYREF | VT_VARIANT)) {
-        if (source->pvarVal == nullptr) return E_INVALIDARG;
-        borrowed = *source->pvarVal;
-        // One level only: a chain of references to VARIANTs is refused.
-        if (borrowed.vt == (VT_BYREF | VT_VARIANT)) return E_INVALIDARG;
-    } else {
-        borrowed = *source;
-    }
-    if (isByReference(borrowed.vt)) {
-        if (!isVariantType(borrowed.vt)) return E_INVALIDARG;
-        VARIANT const reference = borrowed;
-        HRESULT const result = dereference(reference, borrowed);
-        if (FAILED(result)) return result;
-    }
+    if (FAILED(borrowReferenced(*source, borrowed))) return E_INVALIDARG;
     // Copied before the destination is cleared: the source may be a
     // reference into the destination.
     VARIANT copy;

@@ -11,11 +11,7 @@ bool isVariantType(VARTYPE type) noexcept {
         case VT_NULL:
             // Neither an array of nothing nor a reference to nothing.
             return modifiers == 0;
-        case VT_VARIANT:
-            return modifiers != 0;
         case VT_RECORD:
-        case VT_INT_PTR:
-        case VT_UINT_PTR:
             return true;
         case 15:
             return false;

@@ -39,6 +39,24 @@ WINOLEAUTAPI VariantChangeTypeEx(VARIANTARG* destination, VARIANTARG const* sour
 WINOLEAUTAPI_(INT) SystemTimeToVariantTime(LPSYSTEMTIME time, DOUBLE* date);
 WINOLEAUTAPI_(INT) VariantTimeToSystemTime(DOUBLE date, LPSYSTEMTIME time);
 
+#define VAR_TIMEVALUEONLY 0x1
+#define VAR_DATEVALUEONLY 0x2
+
+// Conversions between one type and text; `flags` takes VARIANT_ flags, for
+// dates VAR_ ones.
+WINOLEAUTAPI VarI4FromStr(LPCOLESTR text, LCID lcid, ULONG flags, LONG* value);
+WINOLEAUTAPI VarR8FromStr(LPCOLESTR text, LCID lcid, ULONG flags, DOUBLE* value);
+WINOLEAUTAPI VarCyFromStr(LPCOLESTR text, LCID lcid, ULONG flags, CY* value);
+WINOLEAUTAPI VarDecFromStr(LPCOLESTR text, LCID lcid, ULONG flags, DECIMAL* value);
+WINOLEAUTAPI VarBoolFromStr(LPCOLESTR text, LCID lcid, ULONG flags, VARIANT_BOOL* value);
+WINOLEAUTAPI VarDateFromStr(LPCOLESTR text, LCID lcid, ULONG flags, DATE* value);
+WINOLEAUTAPI VarBstrFromI4(LONG value, LCID lcid, ULONG flags, BSTR* text);
+WINOLEAUTAPI VarBstrFromR8(DOUBLE value, LCID lcid, ULONG flags, BSTR* text);
+WINOLEAUTAPI VarBstrFromCy(CY value, LCID lcid, ULONG flags, BSTR* text);
+WINOLEAUTAPI VarBstrFromDec(DECIMAL* value, LCID lcid, ULONG flags, BSTR* text);
+WINOLEAUTAPI VarBstrFromBool(VARIANT_BOOL value, LCID lcid, ULONG flags, BSTR* text);
+WINOLEAUTAPI VarBstrFromDate(DATE value, LCID lcid, ULONG flags, BSTR* text);
+
 // Arrays.
 WINOLEAUTAPI SafeArrayAllocDescriptor(UINT dimensions, SAFEARRAY** array);
 WINOLEAUTAPI SafeArrayAllocDescriptorEx(VARTYPE type, UINT dimensions, SAFEARRAY** array);
