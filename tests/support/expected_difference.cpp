@@ -1,0 +1,53 @@
+#include "support/expected_difference.h"
+
+#include <atomic>
+#include <cstdio>
+
+#include <gtest/gtest-spi.h>
+#include <gtest/gtest.h>
+
+#include "support/leaks.h"
+
+namespace velk::test {
+namespace {
+
+std::atomic<int> differences{0};
+
+// This file is linked into the tests that mark something, and only those
+// print a total.
+[[maybe_unused]] bool const totalIsPrinted = addTearDown([] {
+    if (differences > 0)
+        std::printf("[ EXPECTED ] %d differences of this system\n", differences.load());
+});
+
+bool anyFailed(testing::TestPartResultArray const& results) {
+    for (int i = 0; i < results.size(); ++i)
+        if (results.GetTestPartResult(i).failed()) return true;
+    return false;
+}
+
+}  // namespace
+
+void expectDifference(System system, std::string_view reason,
+                      std::function<void()> const& assertions) {
+    if (runningSystem() != system) return assertions();
+
+    testing::TestPartResultArray results;
+    {
+        testing::ScopedFakeTestPartResultReporter const intercept(
+            testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD, &results);
+        assertions();
+    }
+    if (!anyFailed(results)) {
+        ADD_FAILURE() << "passes, and is marked as a difference of this system: " << reason;
+        return;
+    }
+    ++differences;
+    std::printf("[ EXPECTED ] %.*s\n", static_cast<int>(reason.size()), reason.data());
+}
+
+int expectedDifferences() noexcept {
+    return differences;
+}
+
+}  // namespace velk::test
