@@ -60,16 +60,12 @@ class DateScanner {
     }
 
     bool isSeparator(OLECHAR character) const noexcept {
-        if (character == u'.') return locale.fullStop != FullStop::time;
-        return character == u'/' || character == u'-' || character == u',';
+        return character == u'/' || character == u'-' || character == u',' ||
+               character == locale.dateSeparator;
     }
 
     bool isTimeSeparator(OLECHAR character) const noexcept {
-        if (character == u':') return true;
-        if (character != u'.') return false;
-        bool const dateSeen = parts.count != 0 || parts.month != 0;
-        return locale.fullStop == FullStop::time ||
-               (locale.fullStop == FullStop::either && dateSeen && !numbersJoined);
+        return character == u':' || (character == u'.' && locale.dateSeparator != u'.');
     }
 
     bool takeNumber(int& value) noexcept {
@@ -89,9 +85,6 @@ class DateScanner {
         skipBlanks();
         if (isTimeSeparator(*next) || atHalfOfDay()) return takeTime(value);
         next = afterNumber;
-        // A full stop directly after a number joins it to the next one, so
-        // that the second full stop of "1.2.2003" does not start a time.
-        numbersJoined = *next == u'.';
         if (parts.count == mostNumbers) return false;
         parts.numbers[parts.count++] = value;
         return true;
@@ -155,7 +148,6 @@ class DateScanner {
     OLECHAR const* next;
     Locale const& locale;
     DateParts& parts;
-    bool numbersJoined = false;
 };
 
 /// Which number is the year, the month and the day; -1 stands for "not given".

@@ -73,8 +73,8 @@ void stripZeroes(ExactNumber& number) noexcept {
 }
 
 double realOf(ExactNumber const& number) noexcept {
-    // 2^53: below it the coefficient is a double already, and powers of ten
-    // up to 22 are exact, so that one division rounds once.
+    if (number.coefficient == 0) return 0;
+    // Up to 2^53 the coefficient is a double already.
     if (number.scale == 0 && number.coefficient <= (1ULL << 53)) {
         auto const value = static_cast<double>(static_cast<ULONGLONG>(number.coefficient));
         return number.negative ? -value : value;

@@ -12,9 +12,6 @@ namespace velk::platform {
 /// The order in which a short date names day and month; the year is last.
 enum class DateOrder { monthDay, dayMonth };
 
-/// What a full stop between digits of a date or time text separates.
-enum class FullStop { time, date, either };
-
 struct LocaleNames {
     std::array<std::u16string_view, 12> months;
     std::array<std::u16string_view, 12> shortMonths;
@@ -28,10 +25,9 @@ struct Locale {
     OLECHAR groupSeparator;
     std::u16string_view currency;
     DateOrder order;
-    FullStop fullStop;
-    OLECHAR dateSeparator;
-    bool padDate;      ///< two digits for day and month
-    bool twelveHours;  ///< "1:05:00 PM", otherwise "13:05:00"
+    OLECHAR dateSeparator;  ///< where it is no full stop, a full stop separates times
+    bool padDate;           ///< two digits for day and month
+    bool twelveHours;       ///< "1:05:00 PM", otherwise "13:05:00"
     std::u16string_view trueText;
     std::u16string_view falseText;
     LocaleNames const* names;

@@ -23,15 +23,21 @@ double roundToEven(double value, double error) noexcept {
 }
 
 HRESULT roundedOfReal(double value, unsigned scale, ExactNumber& rounded) noexcept {
-    double const factor = scale == 0 ? 1 : std::pow(10.0, scale);
-    double const scaled = value * factor;
+    double const magnitude = std::fabs(value);
     // 2^64 is more than any integer or currency type holds.
-    if (!(std::fabs(scaled) < 0x1p64)) return DISP_E_OVERFLOW;
-    double const whole = roundToEven(scaled, std::fma(value, factor, -scaled));
-    double const magnitude = std::fabs(whole);
     if (!(magnitude < 0x1p64)) return DISP_E_OVERFLOW;
-    rounded.coefficient = static_cast<ULONGLONG>(magnitude);
-    rounded.negative = whole < 0;
+    // The whole part apart, because it may need all 53 bits for itself.
+    double const whole = std::trunc(magnitude);
+    double const fraction = magnitude - whole;
+    double const factor = std::pow(10.0, scale);
+    double const scaled = fraction * factor;
+    double const nearest = scale == 0 && fraction == 0.5
+                               ? std::fmod(whole, 2)
+                               : roundToEven(scaled, std::fma(fraction, factor, -scaled));
+    rounded.coefficient =
+        static_cast<Wide>(static_cast<ULONGLONG>(whole)) * static_cast<unsigned>(factor) +
+        static_cast<unsigned>(nearest);
+    rounded.negative = value < 0;
     rounded.scale = scale;
     return S_OK;
 }

@@ -41,6 +41,7 @@ HRESULT toDecimal(VARIANT const& source, Conversion const& conversion, VARIANT& 
         value = exactOf(number.parsed.bits);
     } else if (number.kind == Number::Kind::parsed) {
         status = exactOf(number.parsed, greatestScale, value);
+        stripZeroes(value);
     } else if (number.kind == Number::Kind::real) {
         status = exactOf(number.real, number.digits, value);
     }
