@@ -42,7 +42,9 @@ Bstr makeBstr(TextView text) {
 
 Variant copyVariant(VARIANT const& source) {
     Variant copy;
-    throwIfFailed(VariantCopy(copy.address(), &source));
+    // Some declarations of VariantCopy take a source that they do not change
+    // without const.
+    throwIfFailed(VariantCopy(copy.address(), const_cast<VARIANT*>(&source)));
     return copy;
 }
 

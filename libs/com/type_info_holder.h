@@ -19,7 +19,7 @@ struct TypeInfoSource {
 /// module ends. Thread-safe.
 class TypeInfoHolder {
   public:
-    constexpr explicit TypeInfoHolder(TypeInfoSource source) noexcept : source_(source) {}
+    explicit TypeInfoHolder(TypeInfoSource source) noexcept : source_(source) {}
     TypeInfoHolder(TypeInfoHolder const&) = delete;
     TypeInfoHolder& operator=(TypeInfoHolder const&) = delete;
 
