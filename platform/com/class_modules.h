@@ -1,0 +1,47 @@
+/// Modules that hold classes: loaded on demand, kept, and freed when idle.
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+#include <objbase.h>
+
+#include "platform/com/prog_ids.h"
+
+namespace velk::platform::com {
+
+struct ClassModule;
+
+/// A class module in use; it cannot be unloaded meanwhile. No lock is held.
+class ClassModuleUse {
+  public:
+    ClassModuleUse() = default;
+    explicit ClassModuleUse(std::shared_ptr<ClassModule> module) : module_(std::move(module)) {}
+    ClassModuleUse(ClassModuleUse&&) noexcept = default;
+    ClassModuleUse& operator=(ClassModuleUse&& other) noexcept {
+        module_.swap(other.module_);
+        return *this;
+    }
+    ~ClassModuleUse();
+
+    /// Asks the module for a class object.
+    HRESULT classObject(REFCLSID id, REFIID riid, void** object) const;
+
+  private:
+    std::shared_ptr<ClassModule> module_;
+};
+
+/// Loads a class's module, unless it is loaded already. Fails with the
+/// system's error for a file that cannot be loaded, and with CO_E_ERRORINDLL
+/// for one that holds no classes. Thread-safe.
+HRESULT useClassModule(ModuleOfClass const& where, ClassModuleUse& use);
+
+/// Unloads the modules that say that they can go. One whose objects may live
+/// in several threads must have said so for at least `delay`. Thread-safe.
+void freeUnusedClassModules(std::chrono::milliseconds delay);
+
+/// Unloads every module that says that it can go, at once. Thread-safe.
+void freeAllClassModules();
+
+}  // namespace velk::platform::com

@@ -1,0 +1,21 @@
+/// Identifiers as text: "{00000000-0000-0000-0000-000000000000}".
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <guiddef.h>
+
+namespace velk::platform::com {
+
+inline constexpr std::size_t guidTextLength = 38;
+
+/// The text with braces and upper-case digits.
+std::u16string textOfGuid(REFGUID id);
+
+/// Reads the whole text, which must have exactly the published form; digits
+/// may be in either case.
+std::optional<GUID> guidOfText(std::u16string_view text);
+
+}  // namespace velk::platform::com
