@@ -11,8 +11,8 @@
 class mzIClassFactoryEnumerator : public mzIUnknown {
   public:
     static mzIIDS const& interfaceId() {
-        static mzIIDS const id("mzIClassFactoryEnumerator");
-        return id;
+        static mzPermanentIidC const id("mzIClassFactoryEnumerator");
+        return id.get();
     }
 
     /// Takes one creatable class. Any code but `mzSuccess` ends the enumeration.
@@ -26,8 +26,8 @@ class mzIClassFactoryEnumerator : public mzIUnknown {
 class mzIClassFactory : public mzIUnknown {
   public:
     static mzIIDS const& interfaceId() {
-        static mzIIDS const id("mzIClassFactory");
-        return id;
+        static mzPermanentIidC const id("mzIClassFactory");
+        return id.get();
     }
 
     /// A new object of the class `id`, aggregated by `outer` when that is not

@@ -11,8 +11,8 @@ class mzIException;
 class mzIDispatch : public mzIUnknown {
   public:
     static mzIIDS const& interfaceId() {
-        static mzIIDS const id("mzIDispatch");
-        return id;
+        static mzPermanentIidC const id("mzIDispatch");
+        return id.get();
     }
 
     /// Calls the member `name`; an empty name addresses the default member.

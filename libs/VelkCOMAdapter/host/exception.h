@@ -8,8 +8,8 @@
 class mzIException : public mzIUnknown {
   public:
     static mzIIDS const& interfaceId() {
-        static mzIIDS const id("mzIException");
-        return id;
+        static mzPermanentIidC const id("mzIException");
+        return id.get();
     }
 
     /// The name of the failing component or member.

@@ -30,3 +30,21 @@ class mzIIDS {
     std::string text_;
     std::size_t hash_ = std::hash<std::string_view>{}({});
 };
+
+/// An identifier that is never destroyed: objects that go late, when a module
+/// is torn down, still ask one another for interfaces. Use it as a
+/// function-local static.
+class mzPermanentIidC {
+  public:
+    explicit mzPermanentIidC(char const* text) : id_(text) {}
+    ~mzPermanentIidC() {}
+    mzPermanentIidC(mzPermanentIidC const&) = delete;
+    mzPermanentIidC& operator=(mzPermanentIidC const&) = delete;
+
+    mzIIDS const& get() const { return id_; }
+
+  private:
+    union {
+        mzIIDS id_;
+    };
+};

@@ -7,8 +7,8 @@
 class mzIIterator : public mzIUnknown {
   public:
     static mzIIDS const& interfaceId() {
-        static mzIIDS const id("mzIIterator");
-        return id;
+        static mzPermanentIidC const id("mzIIterator");
+        return id.get();
     }
 
     /// `mzSuccess` and the next element, or `mzFailure` and an empty `value`
@@ -25,8 +25,8 @@ class mzIIterator : public mzIUnknown {
 class mzIIterable : public mzIUnknown {
   public:
     static mzIIDS const& interfaceId() {
-        static mzIIDS const id("mzIIterable");
-        return id;
+        static mzPermanentIidC const id("mzIIterable");
+        return id.get();
     }
 
     /// A new iterator before the first element. Host result code.

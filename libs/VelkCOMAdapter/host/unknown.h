@@ -9,8 +9,8 @@ class mzComPtrC;
 class mzIUnknown {
   public:
     static mzIIDS const& interfaceId() {
-        static mzIIDS const id("mzIUnknown");
-        return id;
+        static mzPermanentIidC const id("mzIUnknown");
+        return id.get();
     }
 
     /// Asks for another interface of the object. On success `out` holds a new
