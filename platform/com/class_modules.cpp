@@ -22,6 +22,22 @@ struct ClassModule {
     /// Counts every use, so that one during a question is noticed.
     std::uint64_t uses = 0;
     std::optional<Clock::time_point> idleSince;
+    /// The one thread that ever used the module, or 0 when there were more.
+    DWORD onlyThread = GetCurrentThreadId();
+
+    void countUse() {
+        ++users;
+        ++uses;
+        idleSince.reset();
+        if (onlyThread != GetCurrentThreadId()) onlyThread = 0;
+    }
+
+    /// Nobody can be inside any more: not even on the way out of the call
+    /// after which the module first said that it can go.
+    bool isLeft(Clock::time_point now, std::chrono::milliseconds delay) const {
+        if (isApartmentThreaded && onlyThread == GetCurrentThreadId()) return true;
+        return now - *idleSince >= delay;
+    }
 };
 
 namespace {
@@ -48,9 +64,7 @@ ModulePointer findInUse(std::u16string const& path) {
     std::lock_guard const guard(modules().lock);
     auto const found = modules().byPath.find(path);
     if (found == modules().byPath.end()) return nullptr;
-    ++found->second->users;
-    ++found->second->uses;
-    found->second->idleSince.reset();
+    found->second->countUse();
     return found->second;
 }
 
@@ -98,7 +112,7 @@ bool takeOut(Candidate const& candidate, bool saysYes, std::chrono::milliseconds
     }
     auto const now = Clock::now();
     if (!module.idleSince) module.idleSince = now;
-    if (!module.isApartmentThreaded && now - *module.idleSince < delay) return false;
+    if (!module.isLeft(now, delay)) return false;
     modules().byPath.erase(candidate.path);
     return true;
 }
@@ -126,8 +140,7 @@ HRESULT useClassModule(ModuleOfClass const& where, ClassModuleUse& use) {
         {
             std::lock_guard const guard(modules().lock);
             found = modules().byPath.try_emplace(where.path, fresh).first->second;
-            ++found->users;
-            ++found->uses;
+            found->countUse();
         }
         // Another thread was faster: this one's reference is one too many.
         if (found != fresh) FreeLibrary(fresh->handle);

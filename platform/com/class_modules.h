@@ -37,8 +37,8 @@ class ClassModuleUse {
 /// for one that holds no classes. Thread-safe.
 HRESULT useClassModule(ModuleOfClass const& where, ClassModuleUse& use);
 
-/// Unloads the modules that say that they can go. One whose objects may live
-/// in several threads must have said so for at least `delay`. Thread-safe.
+/// Unloads the modules that say that they can go. One that other threads have
+/// used, or may use, must have said so for at least `delay`. Thread-safe.
 void freeUnusedClassModules(std::chrono::milliseconds delay);
 
 /// Unloads every module that says that it can go, at once. Thread-safe.

@@ -1,0 +1,6 @@
+/// A module without the entry points of a class module.
+#include "servers/com/exports.h"
+
+VELK_TEST_EXPORT int somethingElse() {
+    return 7;
+}
