@@ -1,0 +1,51 @@
+/// One argument of a late-bound call on its way to the member and back.
+#pragma once
+
+#include "platform/typelib/invoke_type.h"
+#include "platform/typelib/owners.h"
+#include "platform/typelib/vtable_call.h"
+
+namespace velk::typelib {
+
+/// Owns what a conversion had to make, for as long as the call lasts.
+///
+/// A value is passed as it is where its type fits, converted by
+/// VariantChangeType otherwise. A reference is passed through where its type
+/// fits; otherwise the member gets a reference to a converted copy, which is
+/// written back after the call.
+class InvokeArgument {
+  public:
+    InvokeArgument() = default;
+    InvokeArgument(InvokeArgument const&) = delete;
+    InvokeArgument& operator=(InvokeArgument const&) = delete;
+
+    /// Makes the native form of `argument` for a parameter. Fails with a
+    /// ResultError, DISP_E_TYPEMISMATCH and the codes of VariantChangeType.
+    NativeValue bind(VARIANT& argument, InvokeType const& type, USHORT flags);
+
+    /// Makes the native form of a parameter's return value: a reference to
+    /// storage of its own.
+    NativeValue bindResult(InvokeType const& type);
+
+    /// After a successful call: writes a converted copy back.
+    void writeBack();
+
+    /// Moves the return value into `result`.
+    void takeResult(VARIANT& result);
+
+  private:
+    NativeValue bindValue(VARIANT& source, InvokeType const& type);
+    NativeValue bindReference(VARIANT& argument, VARIANT& source, InvokeType const& type,
+                              USHORT flags);
+    NativeValue bindRecord(VARIANT& source, InvokeType const& type);
+    void convertInto(VARIANT const& source, InvokeType const& type);
+    void* storage();
+
+    /// The converted copy, or the return value.
+    Value copy_;
+    VARTYPE copyType_ = VT_EMPTY;
+    /// Where a converted copy goes after the call; null for nowhere.
+    VARIANT* target_ = nullptr;
+};
+
+}  // namespace velk::typelib

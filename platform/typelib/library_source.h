@@ -1,0 +1,28 @@
+/// Where libraries come from: files, the registry, and what this layer carries itself.
+#pragma once
+
+#include <string_view>
+
+#include "platform/typelib/type_library.h"
+
+namespace velk::typelib {
+
+/// The library in a file, as LoadTypeLib names it: a library, or a module with
+/// a library among its resources, the number of the resource after a backslash
+/// at the end. A library that is still in use is shared. Fails with a
+/// ResultError.
+Reference<TypeLibrary> loadLibraryFile(std::u16string_view path);
+
+/// The registered library of an identifier, by the rules of LoadRegTypeLib.
+/// Fails with a ResultError, TYPE_E_LIBNOTREGISTERED where there is none.
+Reference<TypeLibrary> loadRegisteredLibrary(REFGUID id, WORD major, WORD minor, LCID lcid);
+
+/// The library of the standard types (IUnknown, IDispatch and their kin), which
+/// the layer carries itself so that others can refer to it without any
+/// registration. Shared while in use.
+Reference<TypeLibrary> standardTypes();
+
+/// The identifier of the library of the standard types.
+extern GUID const standardTypesId;
+
+}  // namespace velk::typelib

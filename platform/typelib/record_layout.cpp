@@ -1,0 +1,126 @@
+#include "platform/typelib/record_layout.h"
+
+#include <algorithm>
+
+namespace velk::typelib {
+namespace {
+
+// Arrays in damaged files may claim any size; this one fits every counter.
+constexpr ULONGLONG largest = 0x7fffffff;
+
+// Records within records deeper than this occur in damaged files only.
+constexpr int deepestRecord = 64;
+
+struct Layout {
+    ULONG size = 0;
+    ULONG alignment = 1;
+};
+
+Layout basicLayout(VARTYPE type) {
+    switch (type) {
+        case VT_EMPTY:
+        case VT_NULL:
+        case VT_VOID:
+            return {0, 1};
+        case VT_I1:
+        case VT_UI1:
+            return {1, 1};
+        case VT_I2:
+        case VT_UI2:
+        case VT_BOOL:
+            return {2, 2};
+        case VT_I4:
+        case VT_UI4:
+        case VT_INT:
+        case VT_UINT:
+        case VT_R4:
+        case VT_ERROR:
+        case VT_HRESULT:
+            return {4, 4};
+        case VT_VARIANT:
+            return {sizeof(VARIANT), alignof(VARIANT)};
+        case VT_DECIMAL:
+            return {sizeof(DECIMAL), alignof(DECIMAL)};
+        default:
+            return {8, 8};
+    }
+}
+
+class RecordLayouter {
+  public:
+    explicit RecordLayouter(LibraryModel& model) : model_(model), states_(model.types.size()) {}
+
+    void run() {
+        for (std::size_t i = 0; i < model_.types.size(); ++i) layOut(i);
+    }
+
+  private:
+    enum class State { untouched, running, done };
+
+    Layout layOut(std::size_t index) {
+        auto& type = model_.types[index];
+        if (states_[index] == State::untouched && depth_ < deepestRecord) {
+            ++depth_;
+            states_[index] = State::running;
+            if (type.kind == TKIND_RECORD || type.kind == TKIND_UNION) layOutFields(type);
+            if (type.kind == TKIND_ALIAS) take(type, of(type.alias));
+            states_[index] = State::done;
+            --depth_;
+        }
+        if (states_[index] != State::done) return {};
+        return {type.instanceSize, std::max<ULONG>(type.alignment, 1)};
+    }
+
+    void take(TypeModel& type, Layout layout) {
+        type.instanceSize = layout.size;
+        type.alignment = static_cast<WORD>(layout.alignment);
+    }
+
+    void layOutFields(TypeModel& type) {
+        bool const unite = type.kind == TKIND_UNION;
+        // The file's alignment limits the fields', as the compiler's packing did.
+        ULONG const packing = type.alignment == 4 ? 8 : std::max<ULONG>(type.alignment, 1);
+        ULONGLONG size = 0;
+        ULONG alignment = 1;
+        for (auto& field : type.variables) {
+            Layout const layout = of(field.type);
+            ULONG const own = std::min(layout.alignment, packing);
+            alignment = std::max(alignment, own);
+            ULONGLONG const at = unite ? 0 : (size + own - 1) / own * own;
+            field.offset = static_cast<ULONG>(std::min(at, largest));
+            size = std::min(largest,
+                            unite ? std::max<ULONGLONG>(size, layout.size) : at + layout.size);
+        }
+        size = (size + alignment - 1) / alignment * alignment;
+        take(type, {static_cast<ULONG>(std::min(size, largest)), alignment});
+    }
+
+    Layout of(TYPEDESC const& type) {
+        if (type.vt == VT_CARRAY) return ofArray(*type.lpadesc);
+        if (type.vt == VT_USERDEFINED && kindOfReference(type.hreftype) == ReferenceKind::local) {
+            return layOut(indexOfReference(type.hreftype));
+        }
+        return basicLayout(type.vt);
+    }
+
+    Layout ofArray(ARRAYDESC const& array) {
+        Layout const element = of(array.tdescElem);
+        ULONGLONG size = element.size;
+        for (USHORT i = 0; i < array.cDims; ++i) {
+            size = std::min(largest, size * array.rgbounds[i].cElements);
+        }
+        return {static_cast<ULONG>(size), element.alignment};
+    }
+
+    LibraryModel& model_;
+    std::vector<State> states_;
+    int depth_ = 0;
+};
+
+}  // namespace
+
+void layOutRecords(LibraryModel& model) {
+    RecordLayouter(model).run();
+}
+
+}  // namespace velk::typelib

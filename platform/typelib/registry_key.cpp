@@ -1,0 +1,76 @@
+#include "platform/typelib/registry_key.h"
+
+#include "platform/typelib/boundary.h"
+
+namespace velk::typelib {
+namespace {
+
+// The longest name of a key, and its terminating zero.
+constexpr DWORD longestName = 256;
+
+}  // namespace
+
+RegistryKey::~RegistryKey() {
+    if (key_) RegCloseKey(key_);
+}
+
+RegistryKey RegistryKey::open(HKEY parent, std::u16string const& name) {
+    RegistryKey key;
+    if (RegOpenKeyExW(parent, name.c_str(), 0, KEY_READ, &key.key_) != ERROR_SUCCESS) {
+        key.key_ = nullptr;
+    }
+    return key;
+}
+
+RegistryKey RegistryKey::create(HKEY parent, std::u16string const& name) {
+    RegistryKey key;
+    LSTATUS const status =
+        RegCreateKeyExW(parent, name.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
+                        KEY_READ | KEY_WRITE, nullptr, &key.key_, nullptr);
+    if (status != ERROR_SUCCESS) key.key_ = nullptr;
+    require(status == ERROR_SUCCESS, TYPE_E_REGISTRYACCESS);
+    return key;
+}
+
+std::vector<std::u16string> RegistryKey::subKeys() const {
+    std::vector<std::u16string> names;
+    if (!key_) return names;
+    for (DWORD index = 0;; ++index) {
+        char16_t name[longestName];
+        DWORD length = longestName;
+        LSTATUS const status =
+            RegEnumKeyExW(key_, index, name, &length, nullptr, nullptr, nullptr, nullptr);
+        if (status != ERROR_SUCCESS) return names;
+        names.emplace_back(name, length);
+    }
+}
+
+std::optional<std::u16string> RegistryKey::text(LPCWSTR name) const {
+    DWORD type = 0;
+    DWORD size = 0;
+    if (!key_ || RegQueryValueExW(key_, name, nullptr, &type, nullptr, &size) != ERROR_SUCCESS) {
+        return std::nullopt;
+    }
+    if (type != REG_SZ && type != REG_EXPAND_SZ) return std::nullopt;
+    std::u16string text(size / sizeof(char16_t) + 1, u'\0');
+    DWORD room = static_cast<DWORD>(text.size() * sizeof(char16_t));
+    if (RegQueryValueExW(key_, name, nullptr, &type, reinterpret_cast<LPBYTE>(text.data()),
+                         &room) != ERROR_SUCCESS) {
+        return std::nullopt;
+    }
+    text.resize(text.find(u'\0'));
+    return text;
+}
+
+void RegistryKey::setText(LPCWSTR name, std::u16string const& text) const {
+    auto const size = static_cast<DWORD>((text.size() + 1) * sizeof(char16_t));
+    LSTATUS const status =
+        RegSetValueExW(key_, name, 0, REG_SZ, reinterpret_cast<BYTE const*>(text.c_str()), size);
+    require(status == ERROR_SUCCESS, TYPE_E_REGISTRYACCESS);
+}
+
+bool deleteKeyTree(HKEY parent, std::u16string const& name) {
+    return RegDeleteTreeW(parent, name.c_str()) == ERROR_SUCCESS;
+}
+
+}  // namespace velk::typelib

@@ -1,0 +1,44 @@
+/// Keys of the registry, as the registration of libraries uses them.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "winreg.h"
+
+namespace velk::typelib {
+
+/// One open key; closed at the end. An absent key is null.
+class RegistryKey {
+  public:
+    RegistryKey() = default;
+    RegistryKey(RegistryKey&& other) noexcept : key_(std::exchange(other.key_, nullptr)) {}
+    RegistryKey& operator=(RegistryKey other) noexcept {
+        std::swap(key_, other.key_);
+        return *this;
+    }
+    ~RegistryKey();
+
+    /// Null where there is no such key, or it may not be read.
+    static RegistryKey open(HKEY parent, std::u16string const& name);
+    /// Fails with a ResultError, TYPE_E_REGISTRYACCESS.
+    static RegistryKey create(HKEY parent, std::u16string const& name);
+
+    HKEY get() const { return key_; }
+    explicit operator bool() const { return key_ != nullptr; }
+
+    std::vector<std::u16string> subKeys() const;
+    std::optional<std::u16string> text(LPCWSTR name = nullptr) const;
+    /// Fails with a ResultError, TYPE_E_REGISTRYACCESS.
+    void setText(LPCWSTR name, std::u16string const& text) const;
+
+  private:
+    HKEY key_ = nullptr;
+};
+
+/// Removes a key with all below it; whether there was one that could be removed.
+bool deleteKeyTree(HKEY parent, std::u16string const& name);
+
+}  // namespace velk::typelib

@@ -1,0 +1,203 @@
+#include "platform/typelib/type_library.h"
+
+#include <algorithm>
+
+#include "platform/system/live_counts.h"
+#include "platform/typelib/custom_data.h"
+#include "platform/typelib/descriptions.h"
+#include "platform/typelib/library_cache.h"
+#include "platform/typelib/type_info.h"
+
+namespace velk::typelib {
+
+Reference<TypeLibrary> TypeLibrary::create(std::unique_ptr<LibraryModel const> model,
+                                           std::u16string path) {
+    return Reference<TypeLibrary>::adopt(new TypeLibrary(std::move(model), std::move(path)));
+}
+
+TypeLibrary::TypeLibrary(std::unique_ptr<LibraryModel const> model, std::u16string path)
+    : model_(std::move(model)),
+      path_(std::move(path)),
+      imported_(model_->importedLibraries.size()) {
+    for (std::size_t i = 0; i < model_->types.size(); ++i) {
+        auto const& type = model_->types[i];
+        View const view = type.dual() ? View::dispatch : View::plain;
+        types_.push_back(std::make_unique<TypeInfo>(*this, type, i, view));
+        vtableViews_.push_back(
+            type.dual() ? std::make_unique<TypeInfo>(*this, type, i, View::vtable) : nullptr);
+    }
+    platform::countLive(VELK_LIVE_TYPE_LIBRARY, 1);
+}
+
+TypeLibrary::~TypeLibrary() {
+    forgetLibrary(this);
+    platform::countLive(VELK_LIVE_TYPE_LIBRARY, -1);
+}
+
+LibraryIndex const& TypeLibrary::index() const {
+    std::call_once(indexOnce_, [this] { index_.emplace(*model_); });
+    return *index_;
+}
+
+HRESULT TypeLibrary::QueryInterface(REFIID riid, void** object) noexcept {
+    if (!object) return E_POINTER;
+    *object = nullptr;
+    if (riid == IID_IUnknown || riid == IID_ITypeLib || riid == IID_ITypeLib2) {
+        *object = static_cast<ITypeLib2*>(this);
+    } else if (riid == IID_ITypeComp) {
+        *object = static_cast<ITypeComp*>(this);
+    } else {
+        return E_NOINTERFACE;
+    }
+    AddRef();
+    return S_OK;
+}
+
+ULONG TypeLibrary::AddRef() noexcept {
+    return references_.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+bool TypeLibrary::tryAddRef() {
+    ULONG known = references_.load(std::memory_order_relaxed);
+    while (known != 0) {
+        if (references_.compare_exchange_weak(known, known + 1)) return true;
+    }
+    return false;
+}
+
+ULONG TypeLibrary::Release() noexcept {
+    ULONG const left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    if (left == 0) delete this;
+    return left;
+}
+
+UINT TypeLibrary::GetTypeInfoCount() noexcept {
+    return static_cast<UINT>(types_.size());
+}
+
+HRESULT TypeLibrary::GetTypeInfo(UINT index, ITypeInfo** out) noexcept {
+    if (!out) return E_INVALIDARG;
+    *out = nullptr;
+    return guarded([&] { *out = type(index).release(); });
+}
+
+HRESULT TypeLibrary::GetTypeInfoType(UINT index, TYPEKIND* kind) noexcept {
+    if (!kind) return E_INVALIDARG;
+    if (index >= types_.size()) return TYPE_E_ELEMENTNOTFOUND;
+    *kind = model_->types[index].kind;
+    return S_OK;
+}
+
+HRESULT TypeLibrary::GetTypeInfoOfGuid(REFGUID id, ITypeInfo** out) noexcept {
+    if (!out) return E_INVALIDARG;
+    *out = nullptr;
+    return guarded([&] { *out = type(index().identified(id)).release(); });
+}
+
+HRESULT TypeLibrary::GetLibAttr(TLIBATTR** attributes) noexcept {
+    if (!attributes) return E_INVALIDARG;
+    *attributes = nullptr;
+    return guarded([&] {
+        auto description = std::make_unique<Description<TLIBATTR>>();
+        description->guid = model_->id;
+        description->lcid = model_->lcid;
+        description->syskind = model_->system;
+        description->wMajorVerNum = model_->majorVersion;
+        description->wMinorVerNum = model_->minorVersion;
+        description->wLibFlags = model_->flags | LIBFLAG_FHASDISKIMAGE;
+        *attributes = description.release();
+    });
+}
+
+void TypeLibrary::ReleaseTLibAttr(TLIBATTR* attributes) noexcept {
+    giveBack(attributes);
+}
+
+HRESULT TypeLibrary::GetTypeComp(ITypeComp** binder) noexcept {
+    if (!binder) return E_INVALIDARG;
+    *binder = this;
+    AddRef();
+    return S_OK;
+}
+
+HRESULT TypeLibrary::GetDocumentation(INT index, BSTR* name, BSTR* help, DWORD* context,
+                                      BSTR* helpFile) noexcept {
+    return guarded([&] {
+        if (index >= 0) {
+            return type(static_cast<std::size_t>(index))
+                ->GetDocumentation(MEMBERID_NIL, name, help, context, helpFile);
+        }
+        require(index == -1, TYPE_E_ELEMENTNOTFOUND);
+        Bstr nameText = name ? optionalText(model_->name) : Bstr();
+        Bstr helpText = help ? optionalText(model_->documentation.help) : Bstr();
+        Bstr fileText = helpFile ? optionalText(model_->helpFile) : Bstr();
+        if (name) *name = nameText.release();
+        if (help) *help = helpText.release();
+        if (context) *context = model_->documentation.context;
+        if (helpFile) *helpFile = fileText.release();
+        return S_OK;
+    });
+}
+
+HRESULT TypeLibrary::GetDocumentation2(INT index, LCID lcid, BSTR* help, DWORD* context,
+                                       BSTR* module) noexcept {
+    return guarded([&] {
+        if (index >= 0) {
+            return type(static_cast<std::size_t>(index))
+                ->GetDocumentation2(MEMBERID_NIL, lcid, help, context, module);
+        }
+        require(index == -1, TYPE_E_ELEMENTNOTFOUND);
+        Bstr helpText = help ? optionalText(model_->documentation.help) : Bstr();
+        Bstr moduleText = module ? optionalText(model_->helpModule) : Bstr();
+        if (help) *help = helpText.release();
+        if (context) *context = model_->documentation.stringContext;
+        if (module) *module = moduleText.release();
+        return S_OK;
+    });
+}
+
+HRESULT TypeLibrary::IsName(LPOLESTR name, ULONG, BOOL* found) noexcept {
+    if (!name || !found) return E_INVALIDARG;
+    *found = FALSE;
+    return guarded([&] {
+        auto const key = folded(name);
+        auto const& places = index().named(key);
+        Text const spelling = places.empty() ? index().parameterNamed(key) : places[0].spelling;
+        if (!spelling.data()) return;
+        // The caller's buffer has the same length, whatever the case.
+        std::copy(spelling.begin(), spelling.end(), name);
+        *found = TRUE;
+    });
+}
+
+HRESULT TypeLibrary::FindName(LPOLESTR name, ULONG, ITypeInfo** types, MEMBERID* members,
+                              USHORT* count) noexcept {
+    if (!name || !types || !members || !count) return E_INVALIDARG;
+    return guarded([&] {
+        auto const& places = index().named(folded(name));
+        std::size_t const found = std::min<std::size_t>(places.size(), *count);
+        for (std::size_t i = 0; i < found; ++i) {
+            types[i] = type(places[i].type).release();
+            members[i] = places[i].member;
+        }
+        if (found > 0) std::copy(places[0].spelling.begin(), places[0].spelling.end(), name);
+        *count = static_cast<USHORT>(found);
+    });
+}
+
+HRESULT TypeLibrary::GetCustData(REFGUID id, VARIANT* value) noexcept {
+    return guarded([&] { return copyCustomValue(model_->custom, id, value); });
+}
+
+HRESULT TypeLibrary::GetAllCustData(CUSTDATA* data) noexcept {
+    return guarded([&] { return copyCustomData(model_->custom, data); });
+}
+
+HRESULT TypeLibrary::GetLibStatistics(ULONG* names, ULONG* characters) noexcept {
+    if (!names) return E_INVALIDARG;
+    *names = model_->nameCount;
+    if (characters) *characters = model_->nameCharacters;
+    return S_OK;
+}
+
+}  // namespace velk::typelib

@@ -1,0 +1,70 @@
+/// Calls of native functions whose types are known only at run time.
+#pragma once
+
+#include <optional>
+#include <span>
+
+#include "oleauto.h"
+
+namespace velk::typelib {
+
+/// How a value travels to and from a native function.
+enum class NativeKind {
+    nothing,
+    signed8,
+    unsigned8,
+    signed16,
+    unsigned16,
+    signed32,
+    unsigned32,
+    signed64,
+    unsigned64,
+    real32,
+    real64,
+    pointer,
+    currency,
+    decimal,
+    variant
+};
+
+/// The kind of an automation type; nothing for types that no function takes by
+/// value. Arrays and everything by reference are pointers, VT_EMPTY and
+/// VT_VOID are NativeKind::nothing.
+std::optional<NativeKind> nativeKindOf(VARTYPE type);
+
+/// How many bytes a value of the kind has.
+std::size_t sizeOf(NativeKind kind);
+
+/// One argument or result. Holds its bits only: what they point at stays with
+/// whoever put them here.
+struct NativeValue {
+    NativeKind kind = NativeKind::nothing;
+    union {
+        LONGLONG integer;
+        FLOAT real32;
+        DOUBLE real64;
+        void* pointer;
+        CY currency;
+        DECIMAL decimal;
+        VARIANT variant;
+    };
+
+    NativeValue() : variant{} {}
+    static NativeValue ofPointer(void* address);
+    /// The bits of `value`, whose type has to be one of `kind`'s.
+    static NativeValue ofVariant(NativeKind kind, VARIANT const& value);
+    /// Puts the bits into `value`, whose type is set to `type`.
+    void store(VARTYPE type, VARIANT& value) const;
+};
+
+/// Calls the function at `address`; `result.kind` says what it returns. Fails
+/// with a ResultError where the types cannot be called, and passes through
+/// what the function throws.
+void callFunction(void* address, std::span<NativeValue> arguments, NativeValue& result);
+
+/// Calls a member function of `instance` through its vtable, `offset` in bytes.
+/// The instance goes in front of the arguments.
+void callSlot(void* instance, std::size_t offset, std::span<NativeValue const> arguments,
+              NativeValue& result);
+
+}  // namespace velk::typelib
