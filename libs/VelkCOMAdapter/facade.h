@@ -1,0 +1,51 @@
+/// The native object that stands for a host object in front of native clients.
+#pragma once
+
+#include "com/object_root.h"
+#include "host/critical_section.h"
+#include "host/dispatch.h"
+#include "interfaces.h"
+
+/// Gives every member name a DISPID and calls the host object by that name.
+///
+/// Created unbound, bound once by the module, made concrete by CComObject.
+/// Its reference count is a plain number: one thread at a time may count.
+/// Names and calls may come from several threads; no lock is held while the
+/// host object is called.
+class Cvelkdspwrap : public velk::com::CComObjectRootEx<velk::com::CComSingleThreadModel>,
+                     public Ivelkdspwrap {
+  public:
+    VELK_COM_MAP(Cvelkdspwrap, VELK_COM_INTERFACE(Ivelkdspwrap, IID_Ivelkdspwrap),
+                 VELK_COM_INTERFACE(IDispatch, IID_IDispatch))
+
+    HRESULT finalConstruct() noexcept;
+
+    /// The facade behind an interface pointer, when the object is one of this
+    /// module; null for null and for objects of anyone else, whatever
+    /// interface ids they answer to.
+    static Cvelkdspwrap* ownFacade(Ivelkdspwrap* pointer) noexcept;
+
+    /// The object that it stands for, without a new reference; null while unbound.
+    mzIDispatch* hostObject() const noexcept { return hostDispatch_.iface(); }
+
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) noexcept override;
+    /// The description of Ivelkdspwrap, not of the host object's members.
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID lcid, ITypeInfo** out) noexcept override;
+    /// One name at a time; every name gets a DISPID, known to the host object
+    /// or not. DISP_E_UNKNOWNNAME when named arguments are asked for.
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID,
+                                            DISPID* ids) noexcept override;
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID, LCID, WORD flags,
+                                     DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
+                                     UINT*) noexcept override;
+    HRESULT STDMETHODCALLTYPE bindToDispatch(LONGLONG value) noexcept override;
+
+  protected:
+    ~Cvelkdspwrap() = default;
+
+  private:
+    HRESULT nameOfMember(DISPID member, mzComStringC& name) const;
+
+    mzComPtrT<mzIDispatch> hostDispatch_;
+    mzCriticalSectionObjectC lookupSection_;
+};

@@ -1,0 +1,83 @@
+#include "com/owners.h"
+#include "conversions.h"
+#include "facade_creation.h"
+#include "host/dispatch.h"
+#include "host/exception.h"
+#include "host/variant_array.h"
+
+namespace {
+
+using velk::com::ComPtr;
+using velk::com::TextView;
+
+void giveText(mzComVariantC const& src, VARIANT& dst) {
+    mzComStringC text;
+    if (src.get(text) != mzSuccess) text = mzComStringC();
+    TextView const view(text.oleText(), static_cast<std::size_t>(text.length()));
+    dst.bstrVal = velk::com::makeBstr(view).release();
+    dst.vt = VT_BSTR;
+}
+
+void giveNothing(VARIANT& dst, unsigned& typedByRef) {
+    dst.vt = VT_DISPATCH;
+    dst.pdispVal = nullptr;
+    typedByRef = 1;
+}
+
+/// Whether the object is the script value Nothing, which tells itself by
+/// having this member.
+bool isNothing(mzIDispatch& object) {
+    mzComVariantC result;
+    mzComPtrT<mzIException> exception;
+    return object.invokeByName("__vbs_isnothing", mzCallMethod, mzComVariantArrayC(), result,
+                               exception) == mzSuccess;
+}
+
+bool giveFacade(mzIDispatch& object, VARIANT& dst) {
+    ComPtr<Ivelkdspwrap> facade;
+    if (FAILED(velk::adapter::createBoundFacade(&object, facade))) return false;
+    dst.vt = VT_DISPATCH;
+    dst.pdispVal = facade.detach();
+    return true;
+}
+
+// An object that wraps a native object or value is to give that back before
+// it is asked whether it is Nothing.
+bool giveObject(mzComVariantC const& src, VARIANT& dst, unsigned& typedByRef) {
+    mzComPtrT<mzIUnknown> reference;
+    src.get(reference);
+    mzComPtrT<mzIDispatch> const object{mzComPtrC(reference.iface())};
+    if (!object.isValid() || isNothing(*object.iface())) {
+        giveNothing(dst, typedByRef);
+        return true;
+    }
+    return giveFacade(*object.iface(), dst);
+}
+
+}  // namespace
+
+bool convertMZCOMVariant2MSCOMVariant(mzComVariantC const& src, VARIANT& dst, unsigned& typedByRef,
+                                      unsigned& wrapperFlags) {
+    VariantInit(&dst);
+    typedByRef = 0;
+    wrapperFlags = 0;
+    switch (src.getType()) {
+        case mzTypeEmpty:
+            return true;
+        case mzTypeInteger:
+            dst.vt = VT_I4;
+            dst.lVal = src.getInt();
+            return true;
+        case mzTypeDouble:
+            dst.vt = VT_R8;
+            dst.dblVal = src.getDouble();
+            return true;
+        case mzTypeString:
+            giveText(src, dst);
+            return true;
+        case mzTypeObject:
+            return giveObject(src, dst, typedByRef);
+        default:
+            return false;
+    }
+}

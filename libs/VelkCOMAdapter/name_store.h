@@ -1,0 +1,52 @@
+/// Many short texts in little memory.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include <windows.h>
+
+namespace velk::adapter {
+
+/// Texts, each with a number, that are only ever added and are freed together.
+///
+/// They lie one behind the other in large blocks, and a reference of 32 bits
+/// finds one again: a stored text costs its characters and eight bytes.
+/// Reading is safe on many threads as long as nobody adds.
+class NameStore {
+  public:
+    using Reference = std::uint32_t;
+
+    struct Entry {
+        std::int32_t number;
+        std::basic_string_view<OLECHAR> text;
+    };
+
+    /// Copies `text`. Throws std::bad_alloc, also when all references are in
+    /// use; nothing is stored then.
+    Reference add(std::int32_t number, std::basic_string_view<OLECHAR> text);
+
+    /// The entry behind a reference that `add` gave; valid as long as the store.
+    Entry at(Reference reference) const noexcept;
+
+  private:
+    // A reference is the block's index and the place in the block, each 16
+    // bits; places count units of four bytes.
+    using Unit = std::uint32_t;
+    static constexpr std::size_t blockUnits = 0x10000;
+    static constexpr std::size_t mostBlocks = 0x10000;
+    // A text above this has a block of its own, so that at most an eighth of
+    // a block is left unused at its end.
+    static constexpr std::size_t largeUnits = blockUnits / 8;
+
+    void addBlock(std::size_t units);
+
+    std::vector<std::unique_ptr<Unit[]>> blocks_;
+    std::size_t current_ = 0;        // the block that texts go to
+    std::size_t used_ = blockUnits;  // units used in it
+};
+
+}  // namespace velk::adapter

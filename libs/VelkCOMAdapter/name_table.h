@@ -1,0 +1,53 @@
+/// The DISPIDs of member names.
+#pragma once
+
+#include <vector>
+
+#include "com/owners.h"
+#include "host/com_string.h"
+#include "host/read_write_lock.h"
+#include "name_store.h"
+
+/// The names that native clients asked for, all facades of the process
+/// together: the first one is 100, each new one the next number. Names are
+/// compared code unit by code unit and never forgotten, as long as the table
+/// lives. Thread-safe.
+class PDspMapData {
+  public:
+    /// The table of this module, made on first use. The runtime's global
+    /// clean-up destroys it; the next use makes a new, empty one.
+    static PDspMapData& instance();
+
+    PDspMapData() = default;
+    PDspMapData(PDspMapData const&) = delete;
+    PDspMapData& operator=(PDspMapData const&) = delete;
+
+    /// The number of `name`, a new one when it has none. Takes the same time
+    /// however many names there are. Throws std::bad_alloc, also when there
+    /// are no numbers left; the table is unchanged then.
+    DISPID idOf(velk::com::TextView name);
+
+    /// Copies the name behind a number; false for a number not given out. The
+    /// copy shares nothing with the table or with other copies, so that calls
+    /// on different threads do not touch common memory.
+    bool nameOf(DISPID id, mzComStringC& name) const;
+
+  private:
+    // Open addressing: a name's place follows from its hash, later places are
+    // tried in order. The hash kept beside the reference saves most looks at
+    // names that differ, and reading all names when the index grows.
+    struct Slot {
+        std::uint32_t hash;
+        velk::adapter::NameStore::Reference reference;
+    };
+
+    DISPID find(velk::com::TextView name, std::uint32_t hash) const noexcept;
+    DISPID add(velk::com::TextView name, std::uint32_t hash);
+    bool isFull() const noexcept;
+    void grow();
+
+    mutable PReadWriteLock tableLock_;
+    velk::adapter::NameStore names_;
+    std::vector<velk::adapter::NameStore::Reference> namesById_;
+    std::vector<Slot> idsByName_;  // as many as a power of two
+};

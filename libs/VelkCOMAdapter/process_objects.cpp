@@ -1,0 +1,56 @@
+// The module's process-wide objects in one file, because the order in which
+// they come into being, and the reverse in which they go, is part of what the
+// module promises: a language guarantees it within one file only. Loading
+// starts no thread and calls no COM function.
+
+#include "process_objects.h"
+
+#include "VelkCOMProxy.h"
+#include "com/class_factory.h"
+#include "host/cleanup.h"
+#include "host_class_module.h"
+#include "interfaces.h"
+#include "module_attachment.h"
+#include "resources/resource.h"
+
+namespace velk::adapter {
+namespace {
+
+com::ObjectMapEntry objectMap[] = {
+    {&CLSID_VelkCOMProxy, IDR_VELKCOMPROXY, &com::makeCachedClassFactory,
+     &com::createWithOrWithoutOuter<CVelkCOMProxy>},
+};
+
+/// Runs what the module registered with the runtime's global clean-up, before
+/// anything else of the module goes.
+class GlobalCleanupHook {
+  public:
+    GlobalCleanupHook() = default;
+    GlobalCleanupHook(GlobalCleanupHook const&) = delete;
+    GlobalCleanupHook& operator=(GlobalCleanupHook const&) = delete;
+    ~GlobalCleanupHook() { mzRunGlobalCleanupFor(reinterpret_cast<void*>(&addressInModule)); }
+
+  private:
+    // The runtime tells modules apart by an address inside them.
+    static void addressInModule() {}
+};
+
+com::ComModuleRecord comModuleRecord(objectMap);
+
+}  // namespace
+
+CVelkCOMAdapterModule comModule(comModuleRecord);
+mzThreadC applicationThread;
+QString applicationName = QStringLiteral("anonymous");
+QString applicationVersion = QStringLiteral("1.0");
+LastExceptionSlot lastExceptionSlot;
+
+namespace {
+
+VelkCOMAdapter hostClassModule;
+GlobalCleanupHook globalCleanupHook;
+// Last, so that the entry point hears of the end before anything goes.
+ModuleAttachment moduleAttachment;
+
+}  // namespace
+}  // namespace velk::adapter

@@ -1,0 +1,21 @@
+/// The objects that exist once per loaded module, from load to unload.
+#pragma once
+
+#include <QString>
+
+#include "host/thread.h"
+#include "last_exception_slot.h"
+#include "module.h"
+
+namespace velk::adapter {
+
+extern CVelkCOMAdapterModule comModule;
+/// The thread that the host application runs on.
+extern mzThreadC applicationThread;
+/// What the application is called when it starts next; application_thread.h
+/// guards both.
+extern QString applicationName;
+extern QString applicationVersion;
+extern LastExceptionSlot lastExceptionSlot;
+
+}  // namespace velk::adapter

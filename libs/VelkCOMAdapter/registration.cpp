@@ -1,0 +1,77 @@
+// The module's self-registration.
+
+#include <atomic>
+
+#include "com/error.h"
+#include "exports.h"
+#include "process_objects.h"
+#include "resources/resource.h"
+#include "thread_locale.h"
+#include "type_library.h"
+
+namespace {
+
+using velk::adapter::SystemLocaleScope;
+
+// For the current user only. Set by the first "user" and never cleared: what
+// was registered for the user must be found again when it is unregistered.
+std::atomic<bool> perUser{false};
+
+/// Runs the registry scripts of all classes of the object map.
+void updateClasses(bool install) {
+    auto& module = velk::adapter::comModule;
+    for (auto const& entry : module.record().objects()) {
+        module.updateRegistry(entry.registryScript, install, perUser);
+    }
+}
+
+HRESULT registerAll() noexcept {
+    try {
+        velk::adapter::comModule.updateRegistry(IDR_VELKCOMADAPTER, true, perUser);
+        updateClasses(true);
+        return velk::adapter::registerTypeLibrary(perUser);
+    }
+    VELK_COM_CATCH
+}
+
+HRESULT unregisterAll() noexcept {
+    try {
+        updateClasses(false);
+        HRESULT const result = velk::adapter::unregisterTypeLibrary(perUser);
+        velk::adapter::comModule.updateRegistry(IDR_VELKCOMADAPTER, false, perUser);
+        return result;
+    }
+    VELK_COM_CATCH
+}
+
+/// Whether the whole text is "user", in any case.
+bool meansUser(LPCWSTR commandLine) {
+    if (!commandLine) return false;
+    for (char const expected : {'u', 's', 'e', 'r'}) {
+        auto const given = static_cast<unsigned>(*commandLine++);
+        bool const upper = given >= 'A' && given <= 'Z';
+        if ((upper ? given - 'A' + 'a' : given) != static_cast<unsigned>(expected)) return false;
+    }
+    return *commandLine == 0;
+}
+
+}  // namespace
+
+STDAPI DllRegisterServer() {
+    SystemLocaleScope const locale;
+    return registerAll();
+}
+
+STDAPI DllUnregisterServer() {
+    SystemLocaleScope const locale;
+    return unregisterAll();
+}
+
+STDAPI DllInstall(BOOL install, LPCWSTR commandLine) {
+    SystemLocaleScope const locale;
+    if (meansUser(commandLine)) perUser = true;
+    if (!install) return unregisterAll();
+    HRESULT const result = registerAll();
+    if (FAILED(result)) unregisterAll();
+    return result;
+}
