@@ -1,0 +1,141 @@
+#include "typelib_printer.h"
+
+#include <exception>
+#include <iostream>
+
+#include "attribute_text.h"
+#include "member_text.h"
+#include "owners.h"
+#include "type_text.h"
+#include "value_text.h"
+
+namespace velk::tools {
+namespace {
+
+std::string versionText(unsigned major, unsigned minor) {
+    return "version(" + std::to_string(major) + "." + std::to_string(minor) + ")";
+}
+
+char const* kindName(TYPEKIND kind) {
+    static constexpr char const* names[] = {"enum",          "struct",  "module", "interface",
+                                            "dispinterface", "coclass", "alias",  "union"};
+    return kind >= TKIND_ENUM && kind < TKIND_MAX ? names[kind] : "unknown";
+}
+
+char const* systemName(SYSKIND kind) {
+    static constexpr char const* names[] = {"win16", "win32", "mac", "win64"};
+    return kind >= SYS_WIN16 && kind <= SYS_WIN64 ? names[kind] : "unknown";
+}
+
+AttributeList typeAttributeList(ITypeInfo* type, TYPEATTR const& attributes) {
+    AttributeList list{"uuid(" + guidText(attributes.guid) + ")",
+                       versionText(attributes.wMajorVerNum, attributes.wMinorVerNum)};
+    for (auto& flag : typeFlagNames(attributes.wTypeFlags)) list.push_back(std::move(flag));
+    addDocumentation(list, type, MEMBERID_NIL);
+    ITypeInfo2* raw = nullptr;
+    if (SUCCEEDED(type->QueryInterface(IID_ITypeInfo2, reinterpret_cast<void**>(&raw)))) {
+        InterfaceOwner<ITypeInfo2> const extended(raw);
+        CUSTDATA data{};
+        if (SUCCEEDED(raw->GetAllCustData(&data))) addCustomData(list, data);
+    }
+    return list;
+}
+
+void printOneView(ITypeInfo* type, TYPEATTR const& attributes, std::ostream& out) {
+    std::string const indent = "        ";
+    out << "    "
+        << "[" << joined(typeAttributeList(type, attributes)) << "]\n    "
+        << kindName(attributes.typekind) << " " << typeName(type);
+    if (attributes.typekind == TKIND_ALIAS) out << " = " << typeText(type, attributes.tdescAlias);
+    out << " {  // size " << attributes.cbSizeInstance << ", alignment " << attributes.cbAlignment
+        << ", vtable " << attributes.cbSizeVft << "\n";
+    for (UINT i = 0; i < attributes.cImplTypes; ++i) out << implementedText(type, i, indent);
+    for (UINT i = 0; i < attributes.cVars; ++i) out << variableText(type, i, indent);
+    for (UINT i = 0; i < attributes.cFuncs; ++i) out << functionText(type, i, indent);
+    out << "    };\n";
+}
+
+// A dual interface hands out its other view as implemented type -1.
+void printOtherView(ITypeInfo* type, std::ostream& out) {
+    HREFTYPE reference = 0;
+    if (FAILED(type->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference))) return;
+    ITypeInfo* raw = nullptr;
+    if (FAILED(type->GetRefTypeInfo(reference, &raw))) return;
+    InterfaceOwner<ITypeInfo> const view(raw);
+    auto const attributes = attributesOf(raw);
+    if (!attributes) return;
+    out << "    // its other view\n";
+    printOneView(raw, *attributes, out);
+}
+
+void printType(ITypeLib* library, UINT index, std::ostream& out) {
+    out << "\n    // type " << index << "\n";
+    ITypeInfo* raw = nullptr;
+    HRESULT const result = library->GetTypeInfo(index, &raw);
+    if (FAILED(result)) {
+        out << "    // unreadable: " << hexadecimal(static_cast<unsigned>(result), 8) << "\n";
+        return;
+    }
+    InterfaceOwner<ITypeInfo> const type(raw);
+    auto const attributes = attributesOf(raw);
+    if (!attributes) return;
+    printOneView(raw, *attributes, out);
+    if (attributes->wTypeFlags & TYPEFLAG_FDUAL) printOtherView(raw, out);
+}
+
+AttributeList libraryAttributeList(ITypeLib* library, TLIBATTR const& attributes) {
+    AttributeList list{"uuid(" + guidText(attributes.guid) + ")",
+                       versionText(attributes.wMajorVerNum, attributes.wMinorVerNum),
+                       "lcid(" + hexadecimal(attributes.lcid, 4) + ")"};
+    for (auto& flag : libraryFlagNames(attributes.wLibFlags)) list.push_back(std::move(flag));
+    addDocumentation(list, library);
+    ITypeLib2* raw = nullptr;
+    if (SUCCEEDED(library->QueryInterface(IID_ITypeLib2, reinterpret_cast<void**>(&raw)))) {
+        InterfaceOwner<ITypeLib2> const extended(raw);
+        CUSTDATA data{};
+        if (SUCCEEDED(raw->GetAllCustData(&data))) addCustomData(list, data);
+    }
+    return list;
+}
+
+void printLibrary(ITypeLib* library, std::ostream& out) {
+    auto const attributes = attributesOf(library);
+    TextOwner name;
+    if (FAILED(library->GetDocumentation(-1, name.out(), nullptr, nullptr, nullptr))) {
+        out << "// the library has no readable name\n";
+    }
+    if (attributes) {
+        out << "[" << joined(libraryAttributeList(library, *attributes)) << "]\nlibrary "
+            << utf8(name.view()) << " {  // " << systemName(attributes->syskind) << "\n";
+    }
+    UINT const count = library->GetTypeInfoCount();
+    for (UINT i = 0; i < count; ++i) printType(library, i, out);
+    out << "};\n";
+}
+
+}  // namespace
+
+int printTypeLibrary(std::filesystem::path const& file, std::ostream& out, std::ostream& errors) {
+    try {
+        auto const native = file.string<OLECHAR>();
+        ITypeLib* raw = nullptr;
+        HRESULT const result = LoadTypeLibEx(native.c_str(), REGKIND_NONE, &raw);
+        if (FAILED(result) || !raw) {
+            errors << "cannot load the type library " << file.string() << ": "
+                   << hexadecimal(static_cast<unsigned>(result), 8) << "\n";
+            return 1;
+        }
+        InterfaceOwner<ITypeLib> const library(raw);
+        printLibrary(raw, out);
+        return 0;
+    } catch (std::exception const& error) {
+        errors << "cannot print the type library: " << error.what() << "\n";
+        return 1;
+    }
+}
+
+int printTypeLibrary(std::filesystem::path const& file, std::ostream& out) {
+    return printTypeLibrary(file, out, std::cerr);
+}
+
+}  // namespace velk::tools
