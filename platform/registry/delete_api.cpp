@@ -45,13 +45,16 @@ LSTATUS RegDeleteKeyW(HKEY key, LPCWSTR name) {
     if (name == nullptr) return ERROR_INVALID_PARAMETER;
     return answer([&] {
         auto const base = openKey(key);
-        // Of a merged key the user's goes first; the machine's shows then.
-        auto const place = placesOf(viewToDelete(*base, splitPath(name))).front();
-        HiveSession session(place.hive, HiveSession::Purpose::write);
-        HiveStore store(session);
-        failIf(store.hasChildren(place.key), ERROR_ACCESS_DENIED);
-        store.removeTree(place.key);
-        session.commit();
+        auto const path = splitPath(name);
+        atPath(base->view, path, [&] {
+            // Of a merged key the user's goes first; the machine's shows then.
+            auto const place = placesOf(viewToDelete(*base, path)).front();
+            HiveSession session(place.hive, HiveSession::Purpose::write);
+            HiveStore store(session);
+            failIf(store.hasChildren(place.key), ERROR_ACCESS_DENIED);
+            store.removeTree(place.key);
+            session.commit();
+        });
     });
 }
 
@@ -60,7 +63,11 @@ LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR name) {
         auto const base = openKey(key);
         auto const path = splitPath(name);
         if (!path.empty()) {
-            for (auto const& place : machineFirst(viewToDelete(*base, path))) removeTreeAt(place);
+            atPath(base->view, path, [&] {
+                for (auto const& place : machineFirst(viewToDelete(*base, path))) {
+                    removeTreeAt(place);
+                }
+            });
             return;
         }
         // Without a name the key itself stays.

@@ -77,9 +77,11 @@ ValueContent wantedValue(HKEY key, LPCWSTR subKey, LPCWSTR name, DWORD flags, LP
     auto const base = openKey(key);
     auto const path = splitPath(subKey);
     if (path.empty()) base->require(KEY_QUERY_VALUE);
-    auto const view = path.empty() ? std::optional(base->view) : findBelow(base->view, path);
-    failIf(!view, ERROR_FILE_NOT_FOUND);
-    auto value = valueOf(*view, Name(name == nullptr ? u"" : name));
+    auto value = atPath(base->view, path, [&] {
+        auto const view = path.empty() ? std::optional(base->view) : findBelow(base->view, path);
+        failIf(!view, ERROR_FILE_NOT_FOUND);
+        return valueOf(*view, Name(name == nullptr ? u"" : name));
+    });
     failIf(!value, ERROR_FILE_NOT_FOUND);
     bool const expands = value->type == REG_EXPAND_SZ && (flags & RRF_NOEXPAND) == 0;
     if (expands) expand(*value);

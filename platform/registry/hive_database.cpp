@@ -93,7 +93,12 @@ void HiveDatabase::open(std::string const& path) {
         if (!registry) openInMemory();
         return;
     }
-    switchToWriteAheadLog();
+    if (!isInWriteAheadMode()) {
+        // Switching writes to the file, which a damaged one must not suffer.
+        if (registry) checkWhole();
+        switchToWriteAheadLog();
+    }
+    execute("PRAGMA synchronous = NORMAL");
     if (!registry) createContent();
     // From here on the file is known to be ours, and may be tidied on closing.
     sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
@@ -163,13 +168,22 @@ bool HiveDatabase::isRegistry() {
     return false;
 }
 
+bool HiveDatabase::isInWriteAheadMode() {
+    auto query = statement("PRAGMA journal_mode");
+    return query.step() && query.bytes(0) == "wal";
+}
+
+void HiveDatabase::checkWhole() {
+    auto query = statement("PRAGMA quick_check(1)");
+    failIf(!query.step() || query.bytes(0) != "ok", ERROR_REGISTRY_CORRUPT);
+}
+
 void HiveDatabase::switchToWriteAheadLog() {
     // Switching needs the file for itself, and does not wait for that.
     auto const end = std::chrono::steady_clock::now() + patience;
     for (;;) {
         int const result =
-            sqlite3_exec(database_.get(), "PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL",
-                         nullptr, nullptr, nullptr);
+            sqlite3_exec(database_.get(), "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
         if (result == SQLITE_OK) return;
         bool const busy = (result & 0xFF) == SQLITE_BUSY || (result & 0xFF) == SQLITE_LOCKED;
         if (!busy || std::chrono::steady_clock::now() > end) failWithSqlite(result);

@@ -84,6 +84,8 @@ class HiveDatabase {
     void openInMemory();
     void prepareConnection();
     bool isRegistry();
+    bool isInWriteAheadMode();
+    void checkWhole();
     void switchToWriteAheadLog();
     void createContent();
     void insertFirstKeys();

@@ -22,6 +22,20 @@ std::vector<Place> placesOf(KeyView const& view);
 /// The key at a path below a view, or nothing when there is none.
 std::optional<KeyView> findBelow(KeyView const& view, KeyPath const& path);
 
+/// Runs `body`, which works on the key at a path below a view. When somebody
+/// deletes that key meanwhile it was not found; only the view's own key can be
+/// a deleted one.
+template <typename Body>
+auto atPath(KeyView const& view, KeyPath const& path, Body body) {
+    try {
+        return body();
+    } catch (RegistryError const& error) {
+        if (error.status != ERROR_KEY_DELETED || path.empty()) throw;
+    }
+    placesOf(view);
+    fail(ERROR_FILE_NOT_FOUND);
+}
+
 /// Makes the keys of a path below a view that are missing, the last with the
 /// class. Merged keys are made in the machine's hive, unless the deepest key
 /// of the path that exists is in the user's alone.

@@ -1,0 +1,204 @@
+/// The files of the registry: what survives, what is refused, who may write.
+#include <csignal>
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+#include "conformance/registry/hive_process.h"
+#include "conformance/registry/hive_sql.h"
+
+namespace {
+
+using namespace velk::test;
+namespace files = std::filesystem;
+
+constexpr auto const* classPath = OLESTR("Software\\Classes\\Velk.Kept");
+
+std::string contentOf(files::path const& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+void writeFile(files::path const& path, std::string const& content) {
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+LSTATUS setKept(HKEY hive) {
+    return setText(created(hive, classPath), nullptr, OLESTR("kept"));
+}
+
+LSTATUS keptStatus(HKEY hive) {
+    return textAt(hive, classPath, nullptr) == OLESTR("kept") ? ERROR_SUCCESS : ERROR_BADKEY;
+}
+
+Statuses setBoth() {
+    return {setKept(HKEY_CURRENT_USER), setKept(HKEY_LOCAL_MACHINE)};
+}
+
+TEST(Hives, SurviveTheProcess) {
+    HiveFolder const folder;
+    EXPECT_EQ(inProcess(folder.path / "made", setBoth), (Statuses{0, 0}));
+    EXPECT_EQ(
+        inProcess(
+            folder.path / "made",
+            [] {
+                return Statuses{keptStatus(HKEY_CURRENT_USER), keptStatus(HKEY_LOCAL_MACHINE)};
+            }),
+        (Statuses{0, 0}));
+    EXPECT_TRUE(files::exists(folder.path / "made" / "user.db"));
+    EXPECT_TRUE(files::exists(folder.path / "made" / "machine.db"));
+}
+
+TEST(Hives, AreUsedOnBothSidesOfAFork) {
+    HiveFolder const folder;
+    auto const body = [&] {
+        LSTATUS const before = setKept(HKEY_CURRENT_USER);
+        Key const open = created(HKEY_CURRENT_USER, OLESTR("Software\\Open"));
+        pid_t const child = fork();
+        if (child == 0) {
+            bool const good = keptStatus(HKEY_CURRENT_USER) == ERROR_SUCCESS &&
+                              setNumber(open, OLESTR("child"), 1) == ERROR_SUCCESS;
+            _exit(good ? 0 : 1);
+        }
+        int outcome = 0;
+        LSTATUS const meanwhile = setNumber(open, OLESTR("parent"), 1);
+        waitpid(child, &outcome, 0);
+        auto const values = static_cast<LSTATUS>(valueNames(open).size());
+        return Statuses{before, meanwhile, outcome, values};
+    };
+    EXPECT_EQ(inProcess(folder.path, body), (Statuses{0, 0, 0, 2}));
+    expectWholeHive(folder.path / "user.db");
+}
+
+TEST(Hives, WhatIsNoRegistryIsRefusedAndLeftAlone) {
+    HiveFolder const folder;
+    inProcess(folder.path, setBoth);
+    auto const hive = folder.path / "machine.db";
+    runSql(hive, "PRAGMA wal_checkpoint(TRUNCATE)");
+    std::string const usual = contentOf(hive);
+    runSql(hive, "PRAGMA journal_mode = DELETE");
+    std::string const good = contentOf(hive);
+    ASSERT_GT(good.size(), 8192u);
+    ASSERT_EQ(usual.size(), good.size());
+
+    runSql(folder.path / "other.db", "CREATE TABLE keys(a); INSERT INTO keys VALUES(1)");
+    runSql(folder.path / "newer.db", "PRAGMA application_id = 1449487442; PRAGMA user_version = 2");
+    auto const withBrokenPages = [](std::string content) {
+        std::fill(content.begin() + 4096, content.end(), '\x5A');
+        return content;
+    };
+    struct Case {
+        char const* what;
+        std::string content;
+        LSTATUS expected;
+    };
+    Case const cases[] = {
+        {"text", std::string(5000, 'x'), ERROR_BADDB},
+        {"a few bytes", "hello", ERROR_BADDB},
+        {"another program's database", contentOf(folder.path / "other.db"), ERROR_BADDB},
+        {"a later version", contentOf(folder.path / "newer.db"), ERROR_BADDB},
+        {"cut in the middle", good.substr(0, good.size() / 2), ERROR_REGISTRY_CORRUPT},
+        {"pages overwritten", withBrokenPages(usual), ERROR_REGISTRY_CORRUPT},
+        {"the same, converted before", withBrokenPages(good), ERROR_REGISTRY_CORRUPT},
+    };
+    for (auto const& entry : cases) {
+        HiveFolder const own;
+        auto const file = own.path / "machine.db";
+        writeFile(file, entry.content);
+        auto const statuses = inProcess(own.path, [] {
+            return Statuses{openStatus(HKEY_LOCAL_MACHINE, classPath),
+                            openStatus(HKEY_LOCAL_MACHINE, OLESTR("Software"), KEY_ALL_ACCESS),
+                            setKept(HKEY_CURRENT_USER)};
+        });
+        ASSERT_EQ(statuses.size(), 3u) << entry.what;
+        EXPECT_EQ(statuses[0], entry.expected) << entry.what;
+        EXPECT_EQ(statuses[1], entry.expected) << entry.what;
+        EXPECT_EQ(statuses[2], ERROR_SUCCESS) << "the user's hive does not depend on it";
+        EXPECT_EQ(contentOf(file) == entry.content, true) << entry.what << ": the file was changed";
+    }
+}
+
+TEST(Hives, AnEmptyFileBecomesAHive) {
+    HiveFolder const folder;
+    writeFile(folder.path / "user.db", "");
+    EXPECT_EQ(inProcess(folder.path, [] { return Statuses{setKept(HKEY_CURRENT_USER)}; }),
+              Statuses{0});
+}
+
+/// What someone without rights may do with hives that others wrote.
+Statuses asGuest() {
+    Key key;
+    LSTATUS const write =
+        RegCreateKeyExW(HKEY_LOCAL_MACHINE, OLESTR("Software\\Classes\\Velk.Guest"), 0, nullptr, 0,
+                        KEY_ALL_ACCESS, nullptr, key.target(), nullptr);
+    return {keptStatus(HKEY_LOCAL_MACHINE),
+            textAt(HKEY_CLASSES_ROOT, OLESTR("Velk.Kept"), nullptr) == OLESTR("kept")
+                ? ERROR_SUCCESS
+                : ERROR_BADKEY,
+            write,
+            openStatus(HKEY_LOCAL_MACHINE, classPath, KEY_WRITE),
+            RegDeleteTreeW(HKEY_LOCAL_MACHINE, classPath),
+            openStatus(HKEY_LOCAL_MACHINE, classPath, MAXIMUM_ALLOWED)};
+}
+Statuses const guestMayRead = {0, 0, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED,
+                               0};
+
+TEST(Hives, CanBeReadByThoseWhoMayNotWrite) {
+    if (getuid() != 0) GTEST_SKIP() << "becoming another user needs rights";
+    HiveFolder const folder;
+    inProcess(folder.path, setBoth);
+    files::permissions(folder.path, files::perms(0755));
+    files::permissions(folder.path / "user.db", files::perms(0644));
+    EXPECT_EQ(inProcess(folder.path, asGuest, nobody), guestMayRead);
+
+    // The same without the companions of the file, as on a read-only medium.
+    for (auto const* name : {"user.db", "machine.db"}) {
+        runSql(folder.path / name, "PRAGMA wal_checkpoint(TRUNCATE)");
+        files::remove(folder.path / (std::string(name) + "-wal"));
+        files::remove(folder.path / (std::string(name) + "-shm"));
+    }
+    std::string const before = contentOf(folder.path / "machine.db");
+    EXPECT_EQ(inProcess(folder.path, asGuest, nobody), guestMayRead);
+    EXPECT_TRUE(contentOf(folder.path / "machine.db") == before);
+}
+
+TEST(Hives, AWriterIsSeenByAReaderWithoutRights) {
+    if (getuid() != 0) GTEST_SKIP() << "becoming another user needs rights";
+    HiveFolder const folder;
+    inProcess(folder.path, setBoth);
+    files::permissions(folder.path, files::perms(0755));
+    auto const body = [&] {
+        LSTATUS const before = keptStatus(HKEY_LOCAL_MACHINE);
+        for (int time = 0; time < 500; ++time) {
+            if (openStatus(HKEY_LOCAL_MACHINE, OLESTR("Software\\Later")) == ERROR_SUCCESS) {
+                return Statuses{before, ERROR_SUCCESS};
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return Statuses{before, ERROR_FILE_NOT_FOUND};
+    };
+    HiveProcess reader(folder.path, body, nobody);
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    inProcess(folder.path, [] {
+        created(HKEY_LOCAL_MACHINE, OLESTR("Software\\Later"));
+        return Statuses{};
+    });
+    EXPECT_EQ(reader.statuses(), (Statuses{0, 0}));
+}
+
+TEST(Hives, AFolderThatCannotBeMadeIsAnEmptyRegistry) {
+    if (getuid() != 0) GTEST_SKIP() << "becoming another user needs rights";
+    HiveFolder const folder;
+    files::permissions(folder.path, files::perms(0755));
+    EXPECT_EQ(inProcess(
+                  folder.path / "below",
+                  [] {
+                      return Statuses{openStatus(HKEY_LOCAL_MACHINE, OLESTR("Software\\Classes")),
+                                      openStatus(HKEY_CLASSES_ROOT, OLESTR("Velk.Kept")),
+                                      openStatus(HKEY_CURRENT_USER, OLESTR("Software"), KEY_WRITE)};
+                  },
+                  nobody),
+              (Statuses{0, ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED}));
+}
+
+}  // namespace
