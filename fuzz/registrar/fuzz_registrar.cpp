@@ -4,6 +4,7 @@
 /// An input is one byte of flags, one byte with the length of a replacement's
 /// value, that value (one byte a character), and the bytes of the script.
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -47,7 +48,8 @@ struct Input {
 };
 
 Input split(std::uint8_t const* data, std::size_t size) {
-    Input input{(data[0] & 1) != 0, (data[0] & 2) != 0, data[0] >> 2U, {}, {}};
+    Input input{
+        (data[0] & 1) != 0, (data[0] & 2) != 0, static_cast<unsigned>(data[0]) >> 2U, {}, {}};
     std::size_t const length = std::min<std::size_t>(data[1], size - 2);
     for (std::size_t i = 0; i < length; ++i) input.replacement.push_back(data[2 + i]);
     input.script.assign(reinterpret_cast<char const*>(data) + 2 + length, size - 2 - length);

@@ -1,0 +1,108 @@
+#include "call_command.h"
+
+#include "com/utf.h"
+#include "com_session.h"
+#include "member_call.h"
+#include "member_path.h"
+#include "result_codes.h"
+#include "result_text.h"
+#include "typed_value.h"
+
+namespace velk::velkcom {
+namespace {
+
+using com::ComPtr;
+using com::Variant;
+
+struct PreparedStep {
+    std::string name;
+    std::vector<Variant> arguments;
+};
+
+// Everything that can be wrong with the command line is found before any
+// object is made.
+std::vector<PreparedStep> prepare(CallCommand const& command) {
+    auto steps = parseMemberPath(command.member);
+    for (auto const& argument : command.arguments) {
+        steps.back().arguments.push_back({argument, false});
+    }
+    bool const put = command.access == Access::put || command.access == Access::putReference;
+    if (put && steps.back().arguments.empty()) {
+        throw UsageError("a property to write needs its new value as the last argument");
+    }
+    std::vector<PreparedStep> prepared;
+    for (auto const& step : steps) {
+        PreparedStep next{step.name, {}};
+        for (auto const& argument : step.arguments) next.arguments.push_back(readValue(argument));
+        prepared.push_back(std::move(next));
+    }
+    return prepared;
+}
+
+[[noreturn]] void failCreation(std::string const& progId, HRESULT code) {
+    std::string const meaning = meaningOfCode(code);
+    throw CallFailure("cannot create \"" + progId + "\": " + describeCode(code) +
+                      (meaning.empty() ? "" : ": " + meaning));
+}
+
+ComPtr<IDispatch> createObject(std::string const& progId) {
+    auto const name = com::fromUtf8(progId);
+    if (!name) throw UsageError("the PROGID is not valid UTF-8");
+    CLSID classId{};
+    HRESULT code = progId.starts_with('{') ? CLSIDFromString(name->c_str(), &classId)
+                                           : CLSIDFromProgID(name->c_str(), &classId);
+    if (FAILED(code)) failCreation(progId, code);
+    ComPtr<IDispatch> object;
+    code =
+        CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.putVoid());
+    if (FAILED(code)) failCreation(progId, code);
+    if (!object) failCreation(progId, E_NOINTERFACE);
+    return object;
+}
+
+// The object in a result, to go on with.
+ComPtr<IDispatch> objectIn(Variant const& result, std::string const& gaveIt,
+                           std::string const& next) {
+    VARIANT const& value = result.get();
+    ComPtr<IDispatch> object;
+    if (value.vt == VT_DISPATCH) object = ComPtr<IDispatch>(value.pdispVal);
+    if (value.vt == VT_UNKNOWN) {
+        object = ComPtr<IUnknown>(value.punkVal).query<IDispatch>(IID_IDispatch);
+    }
+    if (object) return object;
+    throw CallFailure("\"" + gaveIt + "\" gave " + resultText(value) +
+                      ", not an object with a member \"" + next + "\"");
+}
+
+Variant followPath(ComPtr<IDispatch> object, std::vector<PreparedStep>& steps, Access access) {
+    Variant result;
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        bool const last = i + 1 == steps.size();
+        auto& step = steps[i];
+        try {
+            result = callMember(object.get(), step.name, std::move(step.arguments),
+                                last ? access : Access::automatic);
+        } catch (CallFailure const& failure) {
+            throw CallFailure("\"" + step.name + "\": " + failure.what());
+        }
+        if (!last) object = objectIn(result, step.name, steps[i + 1].name);
+    }
+    return result;
+}
+
+}  // namespace
+
+int runCall(CallCommand const& command, std::ostream& out, std::ostream& errors) {
+    auto steps = prepare(command);
+    ComSession const session;
+    try {
+        Variant const result = followPath(createObject(command.progId), steps, command.access);
+        out << resultText(result.get()) << "\n";
+        return 0;
+    } catch (CallFailure const& failure) {
+        errors << "velkcom: " << failure.what() << "\n";
+        return 1;
+    }
+}
+
+}  // namespace velk::velkcom

@@ -1,0 +1,111 @@
+#include "command_line.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace velk::velkcom {
+namespace {
+
+struct Words {
+    std::vector<std::string> options;
+    std::vector<std::string> operands;
+};
+
+// "-5" is a number to pass on, so only two dashes make an option.
+Words sort(std::vector<std::string> const& arguments) {
+    Words words;
+    bool optionsEnded = false;
+    for (std::size_t i = 1; i < arguments.size(); ++i) {
+        std::string const& argument = arguments[i];
+        if (optionsEnded || !argument.starts_with("--")) {
+            words.operands.push_back(argument);
+        } else if (argument == "--") {
+            optionsEnded = true;
+        } else {
+            words.options.push_back(argument);
+        }
+    }
+    return words;
+}
+
+[[noreturn]] void refuseOption(std::string const& command, std::string const& option) {
+    throw UsageError("\"" + command + "\" has no option \"" + option + "\"");
+}
+
+void requireOperands(std::string const& command, Words const& words, std::size_t least,
+                     std::size_t most, char const* expected) {
+    if (words.operands.size() < least) {
+        throw UsageError("\"" + command + "\" needs " + expected);
+    }
+    if (words.operands.size() > most) {
+        throw UsageError("\"" + command + "\" does not take the argument \"" +
+                         words.operands[most] + "\"");
+    }
+}
+
+Command parseRegister(std::string const& command, Words const& words) {
+    RegisterCommand result;
+    result.install = command == "register";
+    for (auto const& option : words.options) {
+        if (option != "--user") refuseOption(command, option);
+        result.perUser = true;
+    }
+    requireOperands(command, words, 0, 1, "");
+    if (!words.operands.empty()) {
+        result.module = words.operands[0];
+        if (result.module.empty()) throw UsageError("the path of the module is empty");
+    }
+    return result;
+}
+
+std::optional<Access> accessOption(std::string const& option) {
+    if (option == "--method") return Access::method;
+    if (option == "--get") return Access::get;
+    if (option == "--put") return Access::put;
+    if (option == "--putref") return Access::putReference;
+    return std::nullopt;
+}
+
+Command parseCall(std::string const& command, Words const& words) {
+    CallCommand result;
+    for (auto const& option : words.options) {
+        auto const access = accessOption(option);
+        if (!access) refuseOption(command, option);
+        if (result.access != Access::automatic && result.access != *access) {
+            throw UsageError("\"" + option + "\" contradicts an option before it");
+        }
+        result.access = *access;
+    }
+    requireOperands(command, words, 2, words.operands.max_size(), "a PROGID and a MEMBER");
+    result.progId = words.operands[0];
+    result.member = words.operands[1];
+    result.arguments.assign(words.operands.begin() + 2, words.operands.end());
+    return result;
+}
+
+Command parseTypelib(std::string const& command, Words const& words) {
+    if (!words.options.empty()) refuseOption(command, words.options[0]);
+    requireOperands(command, words, 1, 1, "a FILE");
+    return TypelibCommand{words.operands[0]};
+}
+
+}  // namespace
+
+Command parseCommandLine(std::vector<std::string> const& arguments) {
+    if (arguments.empty()) throw UsageError("no command");
+    std::string const& command = arguments[0];
+    if (command == "--version") return VersionCommand{};
+    if (command == "--help" || command == "help") {
+        return HelpCommand{arguments.size() > 1 ? arguments[1] : std::string()};
+    }
+    Words const words = sort(arguments);
+    if (std::ranges::find(words.options, "--help") != words.options.end()) {
+        return HelpCommand{command};
+    }
+    if (command == "register" || command == "unregister") return parseRegister(command, words);
+    if (command == "call") return parseCall(command, words);
+    if (command == "typelib") return parseTypelib(command, words);
+    throw UsageError("unknown command \"" + command + "\"");
+}
+
+}  // namespace velk::velkcom

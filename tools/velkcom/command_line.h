@@ -1,0 +1,48 @@
+/// The command line of velkcom, read.
+#pragma once
+
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "usage_error.h"
+
+namespace velk::velkcom {
+
+/// How a member is reached.
+enum class Access {
+    automatic,     ///< as a method or a property read, whichever it is
+    method,        ///< as a method
+    get,           ///< as a property that is read
+    put,           ///< as a property that is written, with the last argument
+    putReference,  ///< the same, for an object
+};
+
+struct HelpCommand {
+    std::string topic;  ///< name of a command, or empty
+};
+struct VersionCommand {};
+struct RegisterCommand {
+    bool install = true;
+    bool perUser = false;
+    std::string module;  ///< path, or empty for the module beside the program
+};
+struct CallCommand {
+    std::string progId;
+    std::string member;
+    std::vector<std::string> arguments;
+    Access access = Access::automatic;
+};
+struct TypelibCommand {
+    std::string file;
+};
+
+using Command =
+    std::variant<HelpCommand, VersionCommand, RegisterCommand, CallCommand, TypelibCommand>;
+
+/// Reads the arguments after the program's name, in UTF-8. Options may stand
+/// anywhere after the command; after "--" nothing is an option.
+/// Throws UsageError.
+Command parseCommandLine(std::vector<std::string> const& arguments);
+
+}  // namespace velk::velkcom

@@ -1,0 +1,81 @@
+#include "help_text.h"
+
+namespace velk::velkcom {
+namespace {
+
+constexpr char overview[] =
+    R"(velkcom - registers the adapter module and calls automation objects
+
+usage:
+  velkcom register [--user] [MODULE]
+  velkcom unregister [--user] [MODULE]
+  velkcom call [--get | --put | --putref | --method] PROGID MEMBER [ARGUMENT...]
+  velkcom typelib FILE
+  velkcom COMMAND --help
+  velkcom --help | --version
+
+exit code: 0 done, 1 failed, 2 command line not understood
+)";
+
+constexpr char registration[] =
+    R"(usage: velkcom register [--user] [MODULE]
+       velkcom unregister [--user] [MODULE]
+
+Lets MODULE write its classes and type library to the registry, or remove them.
+MODULE is the path of a self-registering module; without it, the adapter
+module beside this program.
+
+  --user   for the current user only; without it for the machine, which
+           usually needs an administrator's rights
+)";
+
+constexpr char calling[] =
+    R"(usage: velkcom call [OPTION] PROGID MEMBER [ARGUMENT...]
+
+Creates an object of class PROGID (or "{class id}"), calls its MEMBER and
+prints the type and value of the result.
+
+MEMBER is a name. An empty one is the default member. To go on with an object
+that a member gives, write its arguments in parentheses and a dot:
+  velkcom call VelkCOMAdapter.VelkCOMProxy 'CreateObject(scripting.dictionary).Count'
+Arguments in parentheses are separated by commas; in "double quotes" they are
+text with everything in it, and a double quote is written twice. ARGUMENTs
+after MEMBER are added to those of its last name.
+
+An ARGUMENT is one of
+  int:5  int64:5  short:5  byte:5     whole numbers of 32, 64, 16 and 8 bits
+  double:2.5  single:2.5              floating-point numbers
+  currency:2.5  decimal:2.5           exact numbers
+  bool:true  bool:false
+  date:2024-02-29  'date:2024-02-29 13:45:10'
+  string:text                         text, whatever it looks like
+  error:0x80020004                    a result code
+  empty  null  nothing  missing       no value, null, no object, left out
+  anything else                       guessed: an int (or int64), a double,
+                                      a bool from true or false, else text
+
+  --method   only as a method
+  --get      only as a property to read
+  --put      as a property to write; the last argument is the new value
+  --putref   the same, with an object by reference
+  --         what follows is no option
+Without these the member is called as a method or read as a property,
+whichever it is. The options hold for the last name of MEMBER.
+)";
+
+constexpr char typelib[] =
+    R"(usage: velkcom typelib FILE
+
+Prints the type library in FILE, a .tlb file or a module that carries one.
+)";
+
+}  // namespace
+
+std::string helpText(std::string const& topic) {
+    if (topic == "register" || topic == "unregister") return registration;
+    if (topic == "call") return calling;
+    if (topic == "typelib") return typelib;
+    return overview;
+}
+
+}  // namespace velk::velkcom

@@ -1,0 +1,170 @@
+#include "result_text.h"
+
+#include <charconv>
+#include <cstdio>
+
+#include "com/owners.h"
+#include "com/utf.h"
+#include "result_codes.h"
+
+namespace velk::velkcom {
+namespace {
+
+using com::ComPtr;
+using com::Variant;
+
+// Enough to see what an array holds, without filling the screen.
+constexpr ULONG longestArray = 100;
+
+std::string numberText(double value) {
+    char text[32];
+    auto const end = std::to_chars(text, text + sizeof text, value).ptr;
+    return {text, end};
+}
+
+std::string numberText(float value) {
+    char text[32];
+    auto const end = std::to_chars(text, text + sizeof text, value).ptr;
+    return {text, end};
+}
+
+std::string dateText(DATE date) {
+    SYSTEMTIME time{};
+    if (!VariantTimeToSystemTime(date, &time)) return numberText(date);
+    char text[48];
+    std::snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u", unsigned{time.wYear},
+                  unsigned{time.wMonth}, unsigned{time.wDay}, unsigned{time.wHour},
+                  unsigned{time.wMinute}, unsigned{time.wSecond});
+    return text;
+}
+
+// Exact decimals are written by the system, with a point.
+std::string convertedText(VARIANT const& value) {
+    constexpr LCID unitedStates = MAKELCID(MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US), 0);
+    Variant text;
+    HRESULT const code = VariantChangeTypeEx(text.address(), const_cast<VARIANT*>(&value),
+                                             unitedStates, VARIANT_NOUSEROVERRIDE, VT_BSTR);
+    return FAILED(code) ? describeCode(code) : com::toUtf8(com::viewBstr(text.get().bstrVal));
+}
+
+std::string typeName(IDispatch* object) {
+    ComPtr<ITypeInfo> type;
+    com::Bstr name;
+    if (FAILED(object->GetTypeInfo(0, LOCALE_USER_DEFAULT, type.put())) || !type ||
+        FAILED(type->GetDocumentation(MEMBERID_NIL, name.put(), nullptr, nullptr, nullptr))) {
+        return {};
+    }
+    return com::toUtf8(com::viewBstr(name));
+}
+
+std::string objectText(IDispatch* object) {
+    if (object == nullptr) return "nothing";
+    std::string const name = typeName(object);
+    return name.empty() ? "object" : "object:" + name;
+}
+
+// An element as a value of its own; the array keeps what it points to.
+std::string elementText(VARTYPE type, void* element) {
+    VARIANT reference{};
+    reference.vt = static_cast<VARTYPE>(type | VT_BYREF);
+    reference.byref = element;
+    return resultText(reference);
+}
+
+std::string boundsText(SAFEARRAY* array) {
+    std::string text;
+    for (UINT dimension = 1; dimension <= SafeArrayGetDim(array); ++dimension) {
+        LONG lower = 0;
+        LONG upper = 0;
+        SafeArrayGetLBound(array, dimension, &lower);
+        SafeArrayGetUBound(array, dimension, &upper);
+        if (!text.empty()) text += ", ";
+        text += std::to_string(lower) + ".." + std::to_string(upper);
+    }
+    return text;
+}
+
+// Elements in the order of memory: the first index runs fastest.
+std::string arrayText(SAFEARRAY* array, VARTYPE type) {
+    if (array == nullptr) return "array:none";
+    std::string text = "array(" + boundsText(array) + "):[";
+    ULONG count = 1;
+    for (USHORT i = 0; i < array->cDims; ++i) count *= array->rgsabound[i].cElements;
+    void* data = nullptr;
+    if (type == VT_RECORD || FAILED(SafeArrayAccessData(array, &data))) return text + "...]";
+    for (ULONG i = 0; i < count && i < longestArray; ++i) {
+        if (i != 0) text += ", ";
+        text += elementText(type, static_cast<char*>(data) + std::size_t{i} * array->cbElements);
+    }
+    SafeArrayUnaccessData(array);
+    return text + (count > longestArray ? ", ...]" : "]");
+}
+
+std::string plainText(VARIANT const& value) {
+    switch (value.vt) {
+        case VT_EMPTY:
+            return "empty";
+        case VT_NULL:
+            return "null";
+        case VT_I1:
+            return "int8:" + std::to_string(static_cast<signed char>(value.bVal));
+        case VT_UI1:
+            return "byte:" + std::to_string(value.bVal);
+        case VT_I2:
+            return "short:" + std::to_string(value.iVal);
+        case VT_UI2:
+            return "ushort:" + std::to_string(value.uiVal);
+        case VT_I4:
+        case VT_INT:
+            return "int:" + std::to_string(value.lVal);
+        case VT_UI4:
+        case VT_UINT:
+            return "uint:" + std::to_string(value.ulVal);
+        case VT_I8:
+            return "int64:" + std::to_string(value.llVal);
+        case VT_UI8:
+            return "uint64:" + std::to_string(value.ullVal);
+        case VT_R4:
+            return "single:" + numberText(value.fltVal);
+        case VT_R8:
+            return "double:" + numberText(value.dblVal);
+        case VT_CY:
+            return "currency:" + convertedText(value);
+        case VT_DECIMAL:
+            return "decimal:" + convertedText(value);
+        case VT_DATE:
+            return "date:" + dateText(value.date);
+        case VT_BOOL:
+            return value.boolVal != VARIANT_FALSE ? "bool:true" : "bool:false";
+        case VT_BSTR:
+            return "string:" + com::toUtf8(com::viewBstr(value.bstrVal));
+        case VT_ERROR:
+            return "error:" + describeCode(value.scode);
+        case VT_DISPATCH:
+            return objectText(value.pdispVal);
+        case VT_UNKNOWN:
+            return value.punkVal != nullptr ? "interface" : "nothing";
+        case VT_RECORD:
+            return "record";
+        default:
+            return "value of type " + std::to_string(value.vt);
+    }
+}
+
+}  // namespace
+
+std::string resultText(VARIANT const& value) {
+    VARTYPE const kind = value.vt & static_cast<VARTYPE>(~VT_BYREF);
+    if ((kind & VT_ARRAY) != 0) {
+        auto const elements = static_cast<VARTYPE>(kind & VT_TYPEMASK);
+        bool const reference = kind != value.vt;
+        return arrayText(reference ? *value.pparray : value.parray, elements);
+    }
+    if (kind == value.vt) return plainText(value);
+    // A copy of what the reference leads to, which may be a value again.
+    Variant target;
+    HRESULT const code = VariantCopyInd(target.address(), const_cast<VARIANT*>(&value));
+    return FAILED(code) ? "reference:" + describeCode(code) : resultText(target.get());
+}
+
+}  // namespace velk::velkcom
