@@ -16,8 +16,8 @@ constexpr DWORD absent = 0xffffffff;
 namespace header {
 constexpr std::size_t version = 0x04;
 constexpr std::size_t guid = 0x08;
-constexpr std::size_t lcid = 0x0c;
-constexpr std::size_t textLcid = 0x10;
+constexpr std::size_t textLcid = 0x0c;  // of the code page that texts are stored in
+constexpr std::size_t lcid = 0x10;      // of the library
 constexpr std::size_t systemAndPresence = 0x14;
 constexpr std::size_t libraryVersion = 0x18;
 constexpr std::size_t flags = 0x1c;

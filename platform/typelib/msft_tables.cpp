@@ -25,7 +25,6 @@ Tables::Tables(ByteView file, LibraryModel& model) : file_(file), model_(model) 
     require(found == signature, TYPE_E_CANTLOADLIBRARY);
     require(file.u32(header::version) == formatVersion, TYPE_E_UNSUPFORMAT);
     textLcid_ = file.u32(header::textLcid);
-    if (textLcid_ == 0) textLcid_ = file.u32(header::lcid);
 
     std::size_t position = header::size;
     if (file.u32(header::systemAndPresence) & header::helpModulePresent) position += 4;

@@ -131,7 +131,8 @@ FUNCDESC* TypeInfo::describe(FunctionPlace const& place) {
     description->callconv = model.convention;
     description->cParams = static_cast<SHORT>(description->elements.size());
     description->cParamsOpt = model.optionalCount;
-    description->oVft = model.vtableOffset;
+    // A function that is called by its identifier only has no slot.
+    description->oVft = model.kind == FUNC_DISPATCH ? SHORT{0} : model.vtableOffset;
     description->elemdescFunc.tdesc = copier.copy(dispatch ? dispatchResult(model) : model.result);
     description->wFuncFlags = model.flags;
     return description.release();

@@ -1,0 +1,283 @@
+// Late-bound calls by type information, seen from the object that is called.
+
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "recorder.h"
+#include "shapes.h"
+
+namespace velk::test {
+namespace {
+
+VARIANT number(LONG value) {
+    VARIANT result{};
+    result.vt = VT_I4;
+    result.lVal = value;
+    return result;
+}
+
+VARIANT real(double value) {
+    VARIANT result{};
+    result.vt = VT_R8;
+    result.dblVal = value;
+    return result;
+}
+
+VARIANT text(OLECHAR const* value) {
+    VARIANT result{};
+    result.vt = VT_BSTR;
+    result.bstrVal = SysAllocString(value);
+    return result;
+}
+
+// One call with its results; arguments stand in the order of the declaration.
+class Call {
+  public:
+    explicit Call(OLECHAR const* type = OLESTR("IRecorder"))
+        : library_(loadShapes()), type_(typeNamed(library_.get(), type)) {
+        VariantInit(&result);
+    }
+    ~Call() { VariantClear(&result); }
+
+    HRESULT run(MEMBERID member, WORD flags, std::vector<VARIANT> arguments,
+                std::vector<DISPID> named = {}) {
+        std::vector<VARIANT> reversed(arguments.rbegin(), arguments.rend());
+        DISPPARAMS parameters{reversed.data(), named.data(), static_cast<UINT>(reversed.size()),
+                              static_cast<UINT>(named.size())};
+        return type_->Invoke(static_cast<IRecorder*>(&recorder), member, flags, &parameters,
+                             &result, &exception, &argument);
+    }
+
+    Recorder recorder;
+    VARIANT result;
+    EXCEPINFO exception{};
+    UINT argument = 4711;
+
+  private:
+    Owned<ITypeLib> library_;
+    Owned<ITypeInfo> type_;
+};
+
+TEST(Invoke, PassesArgumentsInOrderAndGivesTheResult) {
+    Call call;
+    ASSERT_EQ(call.run(1, DISPATCH_METHOD, {number(30), number(12)}), S_OK);
+    EXPECT_EQ(call.result.vt, VT_I4);
+    EXPECT_EQ(call.result.lVal, 42);
+}
+
+TEST(Invoke, FillsInDefaults) {
+    Call call;
+    ASSERT_EQ(call.run(1, DISPATCH_METHOD, {number(30)}), S_OK);
+    EXPECT_EQ(call.result.lVal, 35);
+}
+
+TEST(Invoke, TakesNamedArguments) {
+    Call call;
+    // Named arguments come first in the reversed array: 1 is named 0.
+    ASSERT_EQ(call.run(1, DISPATCH_METHOD, {number(2), number(100)}, {0, 1}), S_OK);
+    EXPECT_EQ(call.result.lVal, 102);
+    EXPECT_EQ(call.run(1, DISPATCH_METHOD, {number(2)}, {7}), DISP_E_PARAMNOTFOUND);
+}
+
+TEST(Invoke, CoercesArguments) {
+    Call call;
+    VARIANT const given = text(OLESTR("17"));
+    ASSERT_EQ(call.run(1, DISPATCH_METHOD, {given, real(2.0)}), S_OK);
+    EXPECT_EQ(call.result.lVal, 19);
+    VARIANT const wrong = text(OLESTR("seventeen"));
+    EXPECT_EQ(call.run(1, DISPATCH_METHOD, {number(1), wrong}), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(call.argument, 0u);
+    SysFreeString(given.bstrVal);
+    SysFreeString(wrong.bstrVal);
+}
+
+TEST(Invoke, ReachesProperties) {
+    Call call;
+    VARIANT const title = text(OLESTR("shape"));
+    ASSERT_EQ(call.run(2, DISPATCH_PROPERTYPUT, {title}, {DISPID_PROPERTYPUT}), S_OK);
+    EXPECT_EQ(call.recorder.title, OLESTR("shape"));
+    ASSERT_EQ(call.run(2, DISPATCH_PROPERTYGET, {}), S_OK);
+    ASSERT_EQ(call.result.vt, VT_BSTR);
+    EXPECT_EQ(Wide(call.result.bstrVal), OLESTR("shape"));
+    SysFreeString(title.bstrVal);
+    ASSERT_EQ(VariantClear(&call.result), S_OK);
+    ASSERT_EQ(call.run(0, DISPATCH_PROPERTYPUT, {number(3), number(8)}, {DISPID_PROPERTYPUT}),
+              S_OK);
+    EXPECT_EQ(call.recorder.firstValue, 3);
+    EXPECT_EQ(call.recorder.lastValue, 8);
+    ASSERT_EQ(call.run(0, DISPATCH_METHOD | DISPATCH_PROPERTYGET, {number(4)}), S_OK);
+    EXPECT_EQ(call.result.lVal, 40);
+}
+
+TEST(Invoke, PassesEveryWidthOfNumber) {
+    Call call;
+    VARIANT wide{};
+    wide.vt = VT_I8;
+    wide.llVal = 0x123456789abcdefLL;
+    VARIANT yes{};
+    yes.vt = VT_BOOL;
+    yes.boolVal = VARIANT_TRUE;
+    ASSERT_EQ(call.run(4, DISPATCH_METHOD,
+                       {number(200), number(-300), wide, real(1.5), real(-2.25), yes}),
+              S_OK);
+    EXPECT_EQ(call.recorder.byteValue, 200);
+    EXPECT_EQ(call.recorder.shortValue, -300);
+    EXPECT_EQ(call.recorder.hyperValue, 0x123456789abcdefLL);
+    EXPECT_EQ(call.recorder.floatValue, 1.5f);
+    EXPECT_EQ(call.recorder.doubleValue, -2.25);
+    EXPECT_EQ(call.recorder.boolValue, VARIANT_TRUE);
+    EXPECT_EQ(call.run(4, DISPATCH_METHOD, {number(300), number(0), wide, real(0), real(0), yes}),
+              DISP_E_OVERFLOW);
+    EXPECT_EQ(call.argument, 5u);
+}
+
+TEST(Invoke, PassesStructuresByValue) {
+    Call call;
+    VARIANT amount{};
+    amount.vt = VT_CY;
+    amount.cyVal.int64 = 123456;
+    VARIANT date{};
+    date.vt = VT_DATE;
+    date.date = 36526.5;
+    VARIANT decimal{};
+    decimal.decVal.Lo64 = 987654321;
+    decimal.decVal.scale = 3;
+    decimal.vt = VT_DECIMAL;
+    ASSERT_EQ(
+        call.run(5, DISPATCH_METHOD, {amount, date, decimal, number(77), number(7), number(1000)}),
+        S_OK);
+    EXPECT_EQ(call.recorder.hyperValue, 123456);
+    EXPECT_EQ(call.recorder.doubleValue, 36526.5);
+    EXPECT_EQ(call.recorder.decimalValue.Lo64, 987654321u);
+    EXPECT_EQ(call.recorder.decimalValue.scale, 3);
+    EXPECT_EQ(call.recorder.anyType, VT_I4);
+    EXPECT_EQ(call.recorder.anyValue, 77);
+    EXPECT_EQ(call.recorder.firstValue, 7);
+    EXPECT_EQ(call.recorder.lastValue, 1000);
+}
+
+TEST(Invoke, PassesFittingReferencesThrough) {
+    Call call;
+    LONG value = 5;
+    BSTR out = nullptr;
+    VARIANT any = real(1.0);
+    VARIANT references[3] = {};
+    references[0].vt = VT_BYREF | VT_I4;
+    references[0].plVal = &value;
+    references[1].vt = VT_BYREF | VT_BSTR;
+    references[1].pbstrVal = &out;
+    references[2].vt = VT_BYREF | VT_VARIANT;
+    references[2].pvarVal = &any;
+    ASSERT_EQ(call.run(6, DISPATCH_METHOD, {references[0], references[1], references[2]}), S_OK);
+    EXPECT_EQ(value, 6);
+    EXPECT_EQ(taken(out), OLESTR("out"));
+    EXPECT_EQ(call.recorder.anyType, VT_R8);
+    EXPECT_EQ(any.vt, VT_I4);
+    EXPECT_EQ(any.lVal, 99);
+}
+
+TEST(Invoke, ConvertsReferencesThereAndBack) {
+    Call call;
+    double value = 5.0;
+    VARIANT title{};
+    VARIANT references[3] = {};
+    references[0].vt = VT_BYREF | VT_R8;
+    references[0].pdblVal = &value;
+    references[1].vt = VT_BYREF | VT_VARIANT;
+    references[1].pvarVal = &title;
+    references[2] = number(1);
+    ASSERT_EQ(call.run(6, DISPATCH_METHOD, {references[0], references[1], references[2]}), S_OK);
+    EXPECT_EQ(call.recorder.lastValue, 5);
+    EXPECT_EQ(value, 6.0);
+    ASSERT_EQ(title.vt, VT_BSTR);
+    EXPECT_EQ(taken(title.bstrVal), OLESTR("out"));
+}
+
+TEST(Invoke, TellsTheMemberWhatWasLeftOut) {
+    Call call;
+    ASSERT_EQ(call.run(7, DISPATCH_METHOD, {}), S_OK);
+    EXPECT_EQ(call.recorder.anyType, VT_ERROR);
+    EXPECT_EQ(call.recorder.anyValue, DISP_E_PARAMNOTFOUND);
+    EXPECT_EQ(call.result.vt, VT_BSTR);
+}
+
+TEST(Invoke, GathersVariableArguments) {
+    Call call;
+    ASSERT_EQ(call.run(3, DISPATCH_METHOD, {number(11), number(12), number(13)}), S_OK);
+    EXPECT_EQ(call.result.lVal, 3);
+    EXPECT_EQ(call.recorder.firstValue, 11);
+    ASSERT_EQ(call.run(3, DISPATCH_METHOD, {}), S_OK);
+    EXPECT_EQ(call.result.lVal, 0);
+}
+
+TEST(Invoke, PassesArraysOfTheirElements) {
+    Call call;
+    SAFEARRAY* list = SafeArrayCreateVector(VT_I4, 0, 3);
+    for (LONG i = 0; i < 3; ++i) static_cast<LONG*>(list->pvData)[i] = i + 1;
+    VARIANT array{};
+    array.vt = VT_ARRAY | VT_I4;
+    array.parray = list;
+    ASSERT_EQ(call.run(11, DISPATCH_METHOD, {array}), S_OK);
+    EXPECT_EQ(call.result.lVal, 6);
+    EXPECT_EQ(call.run(11, DISPATCH_METHOD, {number(1)}), DISP_E_TYPEMISMATCH);
+    SafeArrayDestroy(list);
+}
+
+TEST(Invoke, PassesObjectsAndKeepsTheirCounts) {
+    Call call;
+    Recorder other;
+    VARIANT object{};
+    object.vt = VT_UNKNOWN;
+    object.punkVal = static_cast<IRecorder*>(&other);
+    ASSERT_EQ(call.run(9, DISPATCH_METHOD, {object}), S_OK);
+    ASSERT_EQ(call.result.vt, VT_DISPATCH);
+    EXPECT_EQ(call.result.pdispVal, static_cast<IDispatch*>(&other));
+    VariantClear(&call.result);
+    EXPECT_EQ(other.references, 1u);
+    ASSERT_EQ(call.run(10, DISPATCH_PROPERTYPUTREF, {object}, {DISPID_PROPERTYPUT}), S_OK);
+    EXPECT_EQ(call.recorder.partner, object.punkVal);
+}
+
+TEST(Invoke, ReportsTheFailureOfTheMember) {
+    Call call;
+    VARIANT code{};
+    code.vt = VT_ERROR;
+    code.scode = E_ACCESSDENIED;
+    EXPECT_EQ(call.run(8, DISPATCH_METHOD, {code}), DISP_E_EXCEPTION);
+    EXPECT_EQ(call.exception.scode, E_ACCESSDENIED);
+    EXPECT_EQ(call.exception.wCode, 0);
+    SysFreeString(call.exception.bstrSource);
+    SysFreeString(call.exception.bstrDescription);
+}
+
+TEST(Invoke, RefusesCallsThatDoNotFit) {
+    Call call;
+    struct {
+        MEMBERID member;
+        WORD flags;
+        std::vector<VARIANT> arguments;
+        HRESULT expected;
+    } const cases[] = {
+        {4711, DISPATCH_METHOD, {}, DISP_E_MEMBERNOTFOUND},
+        {1, DISPATCH_PROPERTYGET, {number(1)}, DISP_E_MEMBERNOTFOUND},
+        {1, DISPATCH_METHOD, {number(1), number(2), number(3)}, DISP_E_BADPARAMCOUNT},
+        {1, DISPATCH_METHOD, {}, DISP_E_PARAMNOTOPTIONAL},
+        {12, DISPATCH_METHOD, {}, DISP_E_MEMBERNOTFOUND},
+    };
+    for (auto const& entry : cases) {
+        EXPECT_EQ(call.run(entry.member, entry.flags, entry.arguments), entry.expected);
+    }
+}
+
+TEST(Invoke, ForwardsMembersThatHaveNoSlot) {
+    Call call(OLESTR("Events"));
+    ASSERT_EQ(call.run(12, DISPATCH_METHOD, {real(1.0)}), S_OK);
+    EXPECT_EQ(call.recorder.forwarded, 12);
+    EXPECT_EQ(call.recorder.forwardedFlags, DISPATCH_METHOD);
+    ASSERT_EQ(call.run(11, DISPATCH_PROPERTYGET, {}), S_OK);
+    EXPECT_EQ(call.recorder.forwarded, 11);
+}
+
+}  // namespace
+}  // namespace velk::test
