@@ -32,6 +32,8 @@ struct PostedCall {
     std::shared_ptr<RoutedCall> call;
     std::shared_ptr<Mailbox> caller;
     std::atomic<State> state{waiting};
+    Clock::time_point const postedAt = Clock::now();
+    Clock::time_point takenAt;  // set before the state is `running`
 
     bool move(State from, State to) noexcept { return state.compare_exchange_strong(from, to); }
     bool ended() const noexcept { return state == done || state == refused; }
@@ -167,6 +169,7 @@ unsigned serveWaiting(Mailbox& box) {
             posted = std::move(box.calls.front());
             box.calls.pop_front();
         }
+        posted->takenAt = Clock::now();
         if (!posted->move(PostedCall::waiting, PostedCall::running)) {
             continue;
         }
@@ -177,13 +180,13 @@ unsigned serveWaiting(Mailbox& box) {
     }
 }
 
-// Waits until the call has ended or the deadline has passed, whichever is
-// first, and serves the waiting thread's own calls.
-void awaitEnd(PostedCall const& posted, Mailbox& own, Clock::time_point deadline) {
-    while (!posted.ended() && Clock::now() < deadline) {
+// Waits until the call has ended, but no longer than `until`, and serves the
+// waiting thread's own calls.
+void awaitEnd(PostedCall const& posted, Mailbox& own, Clock::time_point until) {
+    while (!posted.ended() && Clock::now() < until) {
         {
             std::unique_lock hold(own.mutex);
-            own.changed.wait_until(hold, deadline,
+            own.changed.wait_until(hold, until,
                                    [&] { return posted.ended() || !own.calls.empty(); });
         }
         if (!posted.ended()) {
@@ -196,6 +199,34 @@ void awaitEnd(PostedCall const& posted, Mailbox& own, Clock::time_point deadline
 // busy for a moment; short enough that a user who waits gets an answer.
 std::atomic<int> untilTaken{5'000};
 std::atomic<int> untilDone{300'000};
+
+// The owner does not report that it takes a call, which would wake the caller
+// twice. The caller looks when a limit can have passed at the earliest.
+RouteOutcome awaitWithinLimits(std::shared_ptr<PostedCall> const& posted, Mailbox& owner) {
+    std::chrono::milliseconds const taking(untilTaken);
+    std::chrono::milliseconds const running(std::max(1, untilDone.load()));
+    for (;;) {
+        auto const now = Clock::now();
+        auto look = now + running;
+        switch (posted->state.load()) {
+            case PostedCall::done:
+                return RouteOutcome::done;
+            case PostedCall::refused:
+                return RouteOutcome::ownerEnded;
+            case PostedCall::running:
+                look = posted->takenAt + running;
+                if (now >= look) return RouteOutcome::stillRunning;
+                break;
+            default:
+                look = std::min(look, posted->postedAt + taking);
+                if (now >= look && posted->move(PostedCall::waiting, PostedCall::givenUp)) {
+                    owner.withdraw(posted);
+                    return RouteOutcome::notServed;
+                }
+        }
+        awaitEnd(*posted, *posted->caller, look);
+    }
+}
 
 }  // namespace
 
@@ -215,20 +246,7 @@ RouteOutcome runOnThread(std::int64_t owner, std::shared_ptr<RoutedCall> const& 
     if (!box->post(posted)) {
         return RouteOutcome::ownerEnded;
     }
-    awaitEnd(*posted, *posted->caller, Clock::now() + std::chrono::milliseconds(untilTaken));
-    if (posted->move(PostedCall::waiting, PostedCall::givenUp)) {
-        box->withdraw(posted);
-        return RouteOutcome::notServed;
-    }
-    awaitEnd(*posted, *posted->caller, Clock::now() + std::chrono::milliseconds(untilDone));
-    switch (posted->state.load()) {
-        case PostedCall::done:
-            return RouteOutcome::done;
-        case PostedCall::refused:
-            return RouteOutcome::ownerEnded;
-        default:
-            return RouteOutcome::stillRunning;
-    }
+    return awaitWithinLimits(posted, *box);
 }
 
 unsigned serveCalls(std::chrono::milliseconds duration) {
