@@ -70,9 +70,17 @@ bool coerce(VARIANT const& src, VARTYPE type, Variant& coerced) {
     return SUCCEEDED(VariantChangeType(coerced.put(), &src, 0, type));
 }
 
+bool isUnsigned32(VARTYPE type) {
+    VARTYPE const plain = type & VT_TYPEMASK;
+    return plain == VT_UI4 || plain == VT_UINT;
+}
+
 bool takeInteger(VARIANT const& src, mzComVariantC& dst) {
     Variant coerced;
     if (!coerce(src, VT_I4, coerced)) return refuse(dst);
+    // Systems differ on an unsigned value above the signed range: some fail,
+    // some keep its bits, which would make it another number here.
+    if (isUnsigned32(src.vt) && coerced.get().lVal < 0) return refuse(dst);
     dst.set(static_cast<int>(coerced.get().lVal));
     return true;
 }

@@ -1,6 +1,6 @@
 // The module's process-wide objects in one file, because the order in which
 // they come into being, and the reverse in which they go, is part of what the
-// module promises: a language guarantees it within one file only. Loading
+// module promises: the language guarantees it within one file only. Loading
 // starts no thread and calls no COM function.
 
 #include "process_objects.h"

@@ -1,0 +1,310 @@
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <thread>
+
+#include "conversions.h"
+#include "facade_creation.h"
+#include "support/counting_dispatch.h"
+#include "support/native_values.h"
+#include "support/recording_object.h"
+
+namespace {
+
+using namespace velk::test;
+using velk::com::ComPtr;
+using velk::com::viewBstr;
+
+/// Each test begins with an empty name table and a bound facade.
+class Facade : public testing::Test {
+  protected:
+    void SetUp() override {
+        mzRunGlobalCleanup();
+        ASSERT_EQ(velk::adapter::createBoundFacade(host.dispatch(), facade), S_OK);
+    }
+
+    CallOutcome call(DISPID member, WORD flags, DISPPARAMS* parameters = nullptr) {
+        host->forgetCalls();
+        return invoke(*facade.get(), member, flags, parameters);
+    }
+
+    RecordingHolder host;
+    ComPtr<Ivelkdspwrap> facade;
+};
+
+TEST_F(Facade, AnswersItsThreeInterfacesWithOnePointer) {
+    for (IID const& id : {IID_IUnknown, IID_IDispatch, IID_Ivelkdspwrap}) {
+        void* found = nullptr;
+        ASSERT_EQ(facade->QueryInterface(id, &found), S_OK);
+        EXPECT_EQ(found, facade.get());
+        EXPECT_EQ(facade->Release(), 1U);
+    }
+    void* found = &found;
+    EXPECT_EQ(facade->QueryInterface(IID_IClassFactory, &found), E_NOINTERFACE);
+    EXPECT_EQ(found, nullptr);
+    EXPECT_EQ(facade->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
+}
+
+TEST_F(Facade, NumbersNamesInTheOrderOfTheFirstQuestion) {
+    RecordingHolder const otherHost;
+    ComPtr<Ivelkdspwrap> other;
+    ASSERT_EQ(velk::adapter::createBoundFacade(otherHost.dispatch(), other), S_OK);
+    EXPECT_EQ(idOf(*facade.get(), OLESTR("Count")), 100);
+    EXPECT_EQ(idOf(*facade.get(), OLESTR("Open")), 101);
+    EXPECT_EQ(idOf(*other.get(), OLESTR("Count")), 100);
+    EXPECT_EQ(idOf(*other.get(), OLESTR("count")), 102);
+    EXPECT_EQ(idOf(*facade.get(), OLESTR("")), 103);
+    LPOLESTR noName = nullptr;
+    DISPID id = 0;
+    EXPECT_EQ(facade->GetIDsOfNames(IID_NULL, &noName, 1, 0, &id), S_OK);
+    EXPECT_EQ(id, 103) << "no name and the empty name are the same";
+}
+
+TEST_F(Facade, NumbersStartAgainAfterTheCleanUp) {
+    DISPID const first = idOf(*facade.get(), OLESTR("First"));
+    EXPECT_EQ(idOf(*facade.get(), OLESTR("Second")), 101);
+    mzRunGlobalCleanup();
+    EXPECT_EQ(call(first, DISPATCH_METHOD).code, DISP_E_MEMBERNOTFOUND);
+    EXPECT_EQ(idOf(*facade.get(), OLESTR("Second")), 100);
+    EXPECT_EQ(call(100, DISPATCH_METHOD).code, S_OK);
+    EXPECT_EQ(host->lastCall().name, "Second");
+}
+
+TEST_F(Facade, RefusesNamesOfArguments) {
+    OLECHAR method[] = OLESTR("Open");
+    OLECHAR argument[] = OLESTR("Path");
+    LPOLESTR names[] = {method, argument};
+    DISPID ids[] = {-7, -7};
+    for (UINT count : {0U, 2U, std::numeric_limits<UINT>::max()}) {
+        EXPECT_EQ(facade->GetIDsOfNames(IID_NULL, names, count, 0, ids), DISP_E_UNKNOWNNAME);
+    }
+    EXPECT_EQ(ids[0], -7);
+    EXPECT_EQ(ids[1], -7);
+    EXPECT_EQ(facade->GetIDsOfNames(IID_NULL, nullptr, 1, 0, ids), E_POINTER);
+    EXPECT_EQ(facade->GetIDsOfNames(IID_NULL, names, 1, 0, nullptr), E_POINTER);
+    EXPECT_EQ(idOf(*facade.get(), OLESTR("Other")), 100) << "no refused name has a number";
+}
+
+struct KindRow {
+    bool named;
+    WORD flags;
+    unsigned expectedKind;  // 0: no call
+};
+
+constexpr KindRow kindRows[] = {
+    {true, DISPATCH_METHOD, 1},
+    {true, DISPATCH_METHOD | DISPATCH_PROPERTYGET, 3},
+    {true, DISPATCH_PROPERTYGET, 2},
+    {true, DISPATCH_PROPERTYPUT, 4},
+    {true, DISPATCH_PROPERTYPUTREF, 4},
+    {true, DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF, 4},
+    {true, DISPATCH_PROPERTYGET | DISPATCH_PROPERTYPUT, 2},
+    {true, DISPATCH_METHOD | DISPATCH_PROPERTYPUT, 1},
+    {true, 0, 0},
+    {true, 0xfff0, 0},
+    {false, DISPATCH_METHOD, 1},
+    {false, DISPATCH_PROPERTYGET, 1},
+    {false, DISPATCH_METHOD | DISPATCH_PROPERTYGET, 1},
+    {false, DISPATCH_PROPERTYPUT, 4},
+    {false, DISPATCH_PROPERTYPUTREF, 1},
+    {false, 0, 1},
+};
+
+TEST_F(Facade, TurnsFlagsIntoCallKinds) {
+    DISPID const member = idOf(*facade.get(), OLESTR("Member"));
+    for (auto const& row : kindRows) {
+        auto const outcome = call(row.named ? member : DISPID_VALUE, row.flags);
+        auto const reached = host->lastCall();
+        EXPECT_EQ(outcome.code, row.expectedKind ? S_OK : DISP_E_MEMBERNOTFOUND) << row.flags;
+        EXPECT_EQ(reached.callKind, row.expectedKind) << row.named << " " << row.flags;
+        EXPECT_EQ(reached.name, row.named && row.expectedKind ? "Member" : "");
+    }
+}
+
+TEST_F(Facade, UnknownNumbersReachNobody) {
+    DISPID const last = idOf(*facade.get(), OLESTR("Only"));
+    for (DISPID const unknown :
+         {DISPID{1}, DISPID{99}, last + 1, DISPID_NEWENUM, DISPID_UNKNOWN,
+          std::numeric_limits<DISPID>::max(), std::numeric_limits<DISPID>::min()}) {
+        EXPECT_EQ(call(unknown, DISPATCH_METHOD).code, DISP_E_MEMBERNOTFOUND) << unknown;
+        EXPECT_TRUE(host->calls().empty()) << unknown;
+    }
+}
+
+TEST_F(Facade, GivesArgumentsInCallOrderAndTheNewValueLast) {
+    DISPID const item = idOf(*facade.get(), OLESTR("Item"));
+    Arguments put{integerValue(2), integerValue(7)};
+    EXPECT_EQ(call(item, DISPATCH_PROPERTYPUT, put.asPropertyPut().get()).code, S_OK);
+    auto const reached = host->lastCall();
+    EXPECT_EQ(reached.callKind, mzCallPropertyPut);
+    ASSERT_EQ(reached.arguments.size(), 2U);
+    EXPECT_EQ(describe(reached.arguments[0]), "integer 2");
+    EXPECT_EQ(describe(reached.arguments[1]), "integer 7");
+}
+
+TEST_F(Facade, ArgumentWithoutHostFormFailsTheCall) {
+    DISPID const member = idOf(*facade.get(), OLESTR("Member"));
+    Arguments arguments{integerValue(1), makeValue(VT_NULL, [](VARIANT&) {})};
+    UINT argumentError = 77;
+    EXPECT_EQ(facade->Invoke(member, IID_NULL, 0, DISPATCH_METHOD, arguments.get(), nullptr,
+                             nullptr, &argumentError),
+              DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(argumentError, 77U) << "the place is never written";
+    EXPECT_TRUE(host->calls().empty());
+}
+
+TEST_F(Facade, ContradictoryArgumentsAreRefused) {
+    DISPID const member = idOf(*facade.get(), OLESTR("Member"));
+    VARIANT one = integerValue(1);
+    DISPPARAMS withoutArray{nullptr, nullptr, 1, 0};
+    DISPPARAMS tooMany{&one, nullptr, 0x8000, 0};
+    DISPPARAMS absurd{&one, nullptr, 0xffffffff, 0xffffffff};
+    EXPECT_EQ(call(member, DISPATCH_METHOD, &withoutArray).code, E_INVALIDARG);
+    EXPECT_EQ(call(member, DISPATCH_METHOD, &tooMany).code, DISP_E_BADPARAMCOUNT);
+    EXPECT_EQ(call(member, DISPATCH_METHOD, &absurd).code, DISP_E_BADPARAMCOUNT);
+    EXPECT_TRUE(host->calls().empty());
+    DISPPARAMS namesOnly{nullptr, nullptr, 0, 3};
+    EXPECT_EQ(call(member, DISPATCH_METHOD, &namesOnly).code, S_OK);
+    EXPECT_EQ(call(member, DISPATCH_METHOD, nullptr).code, S_OK);
+    EXPECT_TRUE(host->lastCall().arguments.empty());
+}
+
+TEST_F(Facade, ByReferenceArgumentsAreNotWrittenBack) {
+    VARIANT variable = integerValue(5);
+    Arguments arguments{referenceTo(variable)};
+    host->respond = [](RecordedCall const&) { return Answer{mzSuccess, mzComVariantC(9)}; };
+    auto const outcome =
+        call(idOf(*facade.get(), OLESTR("Swap")), DISPATCH_METHOD, arguments.get());
+    EXPECT_EQ(outcome.result.get().lVal, 9);
+    EXPECT_EQ(describe(host->lastCall().arguments.at(0)), "integer 5");
+    EXPECT_EQ(variable.lVal, 5);
+}
+
+TEST_F(Facade, ResultObjectsAreNewFacadesOverTheSameObject) {
+    RecordingHolder const inner;
+    host->answer = Answer{mzSuccess, inner.asValue()};
+    DISPID const child = idOf(*facade.get(), OLESTR("Child"));
+    {
+        auto const first = call(child, DISPATCH_PROPERTYGET);
+        auto const second = call(child, DISPATCH_PROPERTYGET);
+        ASSERT_EQ(first.result.get().vt, VT_DISPATCH);
+        ASSERT_EQ(second.result.get().vt, VT_DISPATCH);
+        EXPECT_NE(first.result.get().pdispVal, second.result.get().pdispVal);
+        Arguments back{first.result.get(), second.result.get()};
+        EXPECT_EQ(call(child, DISPATCH_METHOD, back.get()).code, S_OK);
+        auto const reached = host->lastCall();
+        EXPECT_EQ(objectIn(reached.arguments.at(0)), static_cast<mzIUnknown*>(inner.dispatch()));
+        EXPECT_EQ(objectIn(reached.arguments.at(1)), static_cast<mzIUnknown*>(inner.dispatch()));
+    }
+    host->forgetCalls();
+    host->answer = Answer{};
+    EXPECT_EQ(inner->references(), 1U);
+}
+
+TEST_F(Facade, HostFailureBecomesAnException) {
+    auto const cause = mzComCreateException("inner", "disk full", {});
+    host->answer = Answer{mzFailure, {}, mzComCreateException("outer", "cannot save", cause)};
+    DISPID const save = idOf(*facade.get(), OLESTR("Save"));
+    EXCEPINFO info;
+    std::memset(&info, 0xee, sizeof info);
+    VARIANT result = integerValue(3);
+    EXPECT_EQ(facade->Invoke(save, IID_NULL, 0, DISPATCH_METHOD, nullptr, &result, &info, nullptr),
+              DISP_E_EXCEPTION);
+    velk::com::ExceptionInfo const owned(info);
+    EXPECT_EQ(info.wCode, 1024);
+    EXPECT_EQ(viewBstr(info.bstrSource), OLESTR("VELKCOMADAPTER"));
+    auto const expected = mzComExceptionErrorString(host->answer.exception, "\n");
+    EXPECT_EQ(mzComStringC::fromBSTR(info.bstrDescription), expected);
+    EXPECT_EQ(info.bstrHelpFile, nullptr);
+    EXPECT_EQ(info.dwHelpContext, 0U);
+    EXPECT_EQ(info.pfnDeferredFillIn, nullptr);
+    EXPECT_EQ(info.scode, 0);
+    EXPECT_EQ(result.lVal, 3) << "the result of a failed call is not written";
+    EXPECT_EQ(
+        facade->Invoke(save, IID_NULL, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr),
+        DISP_E_EXCEPTION);
+}
+
+TEST_F(Facade, HostFailureWithoutAnExceptionHasTheFallbackText) {
+    host->answer = Answer{17};
+    auto const outcome = call(DISPID_VALUE, DISPATCH_METHOD);
+    EXPECT_EQ(outcome.code, DISP_E_EXCEPTION);
+    EXPECT_EQ(viewBstr(outcome.exception.get().bstrDescription), OLESTR("\n"));
+}
+
+TEST_F(Facade, UnknownMemberOfTheHostLeavesTheRecordAlone) {
+    host->answer = Answer{mzMemberNotFound};
+    EXCEPINFO info{};
+    info.wCode = 5;
+    EXPECT_EQ(facade->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_METHOD, nullptr, nullptr, &info,
+                             nullptr),
+              DISP_E_MEMBERNOTFOUND);
+    EXPECT_EQ(info.wCode, 5);
+}
+
+TEST_F(Facade, WhatTheHostThrowsEndsAtTheFacade) {
+    DISPID const member = idOf(*facade.get(), OLESTR("Throw"));
+    host->respond = [](RecordedCall const&) -> Answer { throw std::bad_alloc(); };
+    EXPECT_EQ(call(member, DISPATCH_METHOD).code, E_OUTOFMEMORY);
+    host->respond = [](RecordedCall const&) -> Answer { throw 5; };
+    EXPECT_TRUE(FAILED(call(member, DISPATCH_METHOD).code));
+    EXPECT_EQ(host->references(), 2U);
+}
+
+TEST_F(Facade, HostObjectMayCallBack) {
+    DISPID const outer = idOf(*facade.get(), OLESTR("Outer"));
+    host->respond = [&](RecordedCall const& recorded) {
+        if (recorded.name != "Outer") return Answer{mzSuccess, mzComVariantC(1)};
+        // Another thread must not wait for a lock that this call holds.
+        DISPID inner = DISPID_UNKNOWN;
+        std::thread([&] { inner = idOf(*facade.get(), OLESTR("Inner")); }).join();
+        return Answer{
+            mzSuccess,
+            mzComVariantC(static_cast<int>(
+                invoke(*facade.get(), inner, DISPATCH_METHOD, nullptr).result.get().lVal + 1))};
+    };
+    EXPECT_EQ(call(outer, DISPATCH_METHOD).result.get().lVal, 2);
+}
+
+TEST_F(Facade, NumbersFromClientsBindNothing) {
+    RecordingHolder const other;
+    auto const address = reinterpret_cast<LONGLONG>(other.dispatch());
+    for (LONGLONG const number : {address, LONGLONG{0}, LONGLONG{-1}, LONGLONG{0x1234567890}}) {
+        EXPECT_EQ(facade->bindToDispatch(number), S_OK);
+        EXPECT_EQ(call(DISPID_VALUE, DISPATCH_METHOD).code, S_OK);
+        EXPECT_EQ(host->calls().size(), 1U) << number;
+    }
+    EXPECT_EQ(other->references(), 1U);
+}
+
+TEST_F(Facade, UnboundFacadeFailsEveryCall) {
+    ComPtr<Ivelkdspwrap> unbound;
+    ASSERT_EQ(velk::adapter::createFacade(unbound.put()), S_OK);
+    DISPID const member = idOf(*unbound.get(), OLESTR("Member"));
+    EXPECT_EQ(invoke(*unbound.get(), member, DISPATCH_METHOD, nullptr).code, E_UNEXPECTED);
+    EXPECT_EQ(invoke(*unbound.get(), DISPID_VALUE, DISPATCH_METHOD, nullptr).code, E_UNEXPECTED);
+    EXPECT_EQ(velk::adapter::createFacade(nullptr), E_POINTER);
+}
+
+TEST_F(Facade, TypeInformation) {
+    UINT count = 0;
+    EXPECT_EQ(facade->GetTypeInfoCount(&count), S_OK);
+    EXPECT_EQ(count, 1U);
+    EXPECT_EQ(facade->GetTypeInfoCount(nullptr), E_POINTER);
+    ITypeInfo* type = nullptr;
+    for (UINT const index : {1U, 2U, 0xffffffffU}) {
+        EXPECT_EQ(static_cast<ULONG>(facade->GetTypeInfo(index, 0, &type)), 0x8002000BU);
+    }
+    EXPECT_EQ(facade->GetTypeInfo(0, 0, nullptr), E_POINTER);
+}
+
+TEST_F(Facade, HoldsItsHostObjectUntilItsLastReference) {
+    EXPECT_EQ(host->references(), 2U);
+    EXPECT_EQ(facade->AddRef(), 2U);
+    EXPECT_EQ(facade->Release(), 1U);
+    EXPECT_EQ(host->references(), 2U);
+    facade.reset();
+    EXPECT_EQ(host->references(), 1U);
+}
+
+}  // namespace

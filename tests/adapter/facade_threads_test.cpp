@@ -1,0 +1,58 @@
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+#include "facade_creation.h"
+#include "support/native_values.h"
+#include "support/recording_object.h"
+
+namespace {
+
+using namespace velk::test;
+using velk::com::ComPtr;
+
+TEST(FacadeThreads, ThreadsWithFacadesOfTheirOwn) {
+    RecordingHolder const shared;
+    shared->respond = [](RecordedCall const& call) {
+        return Answer{mzSuccess, call.arguments.empty() ? mzComVariantC() : call.arguments[0]};
+    };
+    std::vector<std::thread> threads;
+    for (int index = 0; index < 4; ++index) {
+        threads.emplace_back([&shared, index] {
+            for (int round = 0; round < 200; ++round) {
+                ComPtr<Ivelkdspwrap> facade;
+                ASSERT_EQ(velk::adapter::createBoundFacade(shared.dispatch(), facade), S_OK);
+                int const expected = index * 1000 + round;
+                std::basic_string<OLECHAR> name = OLESTR("member");
+                name += static_cast<OLECHAR>('a' + round % 20);
+                Arguments arguments{integerValue(expected)};
+                auto const outcome = invoke(*facade.get(), idOf(*facade.get(), name),
+                                            DISPATCH_METHOD, arguments.get());
+                ASSERT_EQ(outcome.code, S_OK);
+                ASSERT_EQ(outcome.result.get().lVal, expected);
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(shared->references(), 1U);
+}
+
+TEST(FacadeThreads, ThreadsCallingOneFacade) {
+    RecordingHolder const host;
+    ComPtr<Ivelkdspwrap> facade;
+    ASSERT_EQ(velk::adapter::createBoundFacade(host.dispatch(), facade), S_OK);
+    std::vector<std::thread> threads;
+    for (int index = 0; index < 4; ++index) {
+        threads.emplace_back([&facade] {
+            for (int round = 0; round < 200; ++round) {
+                DISPID const id = idOf(*facade.get(), OLESTR("shared"));
+                ASSERT_EQ(invoke(*facade.get(), id, DISPATCH_METHOD, nullptr).code, S_OK);
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(host->calls().size(), 800U);
+}
+
+}  // namespace

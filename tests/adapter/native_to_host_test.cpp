@@ -1,0 +1,223 @@
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "conversions.h"
+#include "facade_creation.h"
+#include "support/counting_dispatch.h"
+#include "support/native_values.h"
+#include "support/recording_object.h"
+
+namespace {
+
+using namespace velk::test;
+using velk::com::Bstr;
+using velk::com::ComPtr;
+using velk::com::makeBstr;
+
+std::string const refused = "refused";
+
+/// The host value as text, "refused" when the value has no host form.
+std::string convert(VARIANT const& source, bool follow = false, bool wrap = true) {
+    mzComVariantC target("left over");
+    if (convertMSCOMVariant2MZCOMVariant(source, target, follow, wrap)) return describe(target);
+    EXPECT_EQ(target.getType(), mzTypeEmpty) << "a refused value leaves something behind";
+    return refused;
+}
+
+struct NumberRow {
+    char const* name;
+    VARTYPE type;
+    long long bits;  // written over the whole value
+    char const* expected;
+};
+
+constexpr NumberRow numberRows[] = {
+    {"empty", VT_EMPTY, 0, "empty"},
+    {"I1", VT_I1, 0x80, "integer -128"},
+    {"UI1", VT_UI1, 0xff, "integer 255"},
+    {"I2", VT_I2, 0x8000, "integer -32768"},
+    {"UI2", VT_UI2, 0xffff, "integer 65535"},
+    {"I4", VT_I4, 0x80000000, "integer -2147483648"},
+    {"UI4 that fits", VT_UI4, 0x7fffffff, "integer 2147483647"},
+    {"UI4 above the host's integers", VT_UI4, 0x80000000, "refused"},
+    {"I8 that fits", VT_I8, -5, "integer -5"},
+    {"I8 above the host's integers", VT_I8, 0x80000000, "refused"},
+    {"UI8 that fits", VT_UI8, 5, "integer 5"},
+    {"UI8 above the host's integers", VT_UI8, -1, "refused"},
+    {"INT", VT_INT, 7, "integer 7"},
+    {"UINT", VT_UINT, 7, "integer 7"},
+    {"BOOL true", VT_BOOL, 0xffff, "integer -1"},
+    {"BOOL false", VT_BOOL, 0, "integer 0"},
+    // Any value but 0 is true.
+    {"BOOL 1", VT_BOOL, 1, "integer -1"},
+    {"CY 1.5", VT_CY, 15000, "number 1.500000"},
+    {"NULL", VT_NULL, 0, "refused"},
+    {"ERROR", VT_ERROR, 0x80020004, "refused"},
+    {"VARIANT without a reference", VT_VARIANT, 0x1234, "refused"},
+    {"code 15", 15, 0, "refused"},
+    {"VOID", VT_VOID, 0, "refused"},
+    {"RECORD without content", VT_RECORD, 0, "refused"},
+    {"null array", VT_ARRAY | VT_I4, 0, "refused"},
+    {"vector", VT_VECTOR | VT_I4, 0, "refused"},
+    {"reserved bit", VT_RESERVED | VT_I4, 0, "refused"},
+    {"all bits", 0xffff, 0, "refused"},
+};
+
+TEST(NativeToHost, NumbersAndTypeCodes) {
+    for (auto const& row : numberRows) {
+        VARIANT const source = makeValue(row.type, [&](VARIANT& value) { value.llVal = row.bits; });
+        EXPECT_EQ(convert(source), row.expected) << row.name;
+    }
+}
+
+TEST(NativeToHost, NumbersByReference) {
+    for (auto const& row : numberRows) {
+        long long content = row.bits;
+        VARIANT const source =
+            makeValue(row.type | VT_BYREF, [&](VARIANT& value) { value.byref = &content; });
+        bool const onlyByValue = row.type == VT_EMPTY || row.type == VT_CY;
+        if (row.type == VT_VARIANT) continue;
+        EXPECT_EQ(convert(source), onlyByValue ? refused : row.expected) << row.name;
+    }
+}
+
+TEST(NativeToHost, FloatingPoint) {
+    float single = -0.5F;
+    double number = 2.5;
+    EXPECT_EQ(convert(makeValue(VT_R4, [&](VARIANT& v) { v.fltVal = single; })),
+              "number -0.500000");
+    EXPECT_EQ(convert(makeValue(VT_R8, [&](VARIANT& v) { v.dblVal = number; })), "number 2.500000");
+    EXPECT_EQ(convert(makeValue(VT_R4 | VT_BYREF, [&](VARIANT& v) { v.pfltVal = &single; })),
+              "number -0.500000");
+    EXPECT_EQ(convert(makeValue(VT_R8 | VT_BYREF, [&](VARIANT& v) { v.pdblVal = &number; })),
+              "number 2.500000");
+}
+
+TEST(NativeToHost, DecimalHasNoHostForm) {
+    VARIANT source{};
+    source.decVal.Lo64 = 5;
+    source.vt = VT_DECIMAL;
+    EXPECT_EQ(convert(source), refused);
+    DECIMAL content{};
+    EXPECT_EQ(convert(makeValue(VT_DECIMAL | VT_BYREF, [&](VARIANT& v) { v.pdecVal = &content; })),
+              refused);
+}
+
+TEST(NativeToHost, DateBecomesTheTextThatTheSystemMakes) {
+    double day = 36526.5;
+    VARIANT const byValue = makeValue(VT_DATE, [&](VARIANT& value) { value.date = day; });
+    velk::com::Variant text;
+    ASSERT_EQ(VariantChangeType(text.put(), &byValue, 0, VT_BSTR), S_OK);
+    std::string const expected = "text " + mzComStringC::fromBSTR(text.get().bstrVal).toUtf8();
+    EXPECT_EQ(convert(byValue), expected);
+    EXPECT_EQ(convert(makeValue(VT_DATE | VT_BYREF, [&](VARIANT& v) { v.pdate = &day; })),
+              expected);
+    double const never = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(convert(makeValue(VT_DATE, [&](VARIANT& v) { v.date = never; })), refused);
+}
+
+TEST(NativeToHost, TextKeepsEveryCodeUnit) {
+    Bstr const text = makeBstr({OLESTR("a\0\xd800z"), 4});
+    VARIANT const source = makeValue(VT_BSTR, [&](VARIANT& v) { v.bstrVal = text.get(); });
+    mzComVariantC target;
+    ASSERT_TRUE(convertMSCOMVariant2MZCOMVariant(source, target, false, true));
+    mzComStringC read;
+    ASSERT_EQ(target.get(read), mzSuccess);
+    ASSERT_EQ(read.length(), 4);
+    EXPECT_EQ(velk::com::TextView(read.oleText(), 4), velk::com::viewBstr(text));
+}
+
+TEST(NativeToHost, NullTextIsEmptyText) {
+    BSTR none = nullptr;
+    EXPECT_EQ(convert(makeValue(VT_BSTR, [](VARIANT& v) { v.bstrVal = nullptr; })), "text ");
+    EXPECT_EQ(convert(makeValue(VT_BSTR | VT_BYREF, [&](VARIANT& v) { v.pbstrVal = &none; })),
+              "text ");
+}
+
+TEST(NativeToHost, NullReferencesHaveNoHostForm) {
+    for (int type = 0; type <= 0x48; ++type) {
+        VARIANT const source = makeValue(static_cast<VARTYPE>(type | VT_BYREF),
+                                         [](VARIANT& value) { value.byref = nullptr; });
+        EXPECT_EQ(convert(source), refused) << "type " << type;
+        EXPECT_EQ(convert(source, true), refused) << "type " << type;
+    }
+}
+
+TEST(NativeToHost, ReferencesToValuesAreFollowed) {
+    VARIANT number = integerValue(7);
+    VARIANT first = referenceTo(number);
+    VARIANT second = referenceTo(first);
+    VARIANT third = referenceTo(second);
+    EXPECT_EQ(convert(first), "integer 7");
+    EXPECT_EQ(convert(third, false), "integer 7");
+    EXPECT_EQ(convert(third, true), "integer 7");
+    number.vt = VT_NULL;
+    EXPECT_EQ(convert(third), refused);
+    EXPECT_EQ(convert(third, true, false), refused);
+}
+
+TEST(NativeToHost, CirclesOfReferencesEnd) {
+    for (std::size_t length : {1U, 2U, 3U, 7U}) {
+        for (std::size_t before : {0U, 1U, 4U}) {
+            std::vector<VARIANT> chain(before + length);
+            for (std::size_t place = 0; place < chain.size(); ++place) {
+                std::size_t const next = place + 1 < chain.size() ? place + 1 : before;
+                chain[place] = referenceTo(chain[next]);
+            }
+            EXPECT_EQ(convert(chain[0], false), refused) << length << " after " << before;
+            EXPECT_EQ(convert(chain[0], true), refused) << length << " after " << before;
+        }
+    }
+}
+
+TEST(NativeToHost, NullDispatchIsEmpty) {
+    IDispatch* none = nullptr;
+    EXPECT_EQ(convert(makeValue(VT_DISPATCH, [](VARIANT& v) { v.pdispVal = nullptr; })), "empty");
+    EXPECT_EQ(convert(makeValue(VT_DISPATCH | VT_BYREF, [&](VARIANT& v) { v.ppdispVal = &none; })),
+              "empty");
+}
+
+TEST(NativeToHost, FacadeComesBackAsItsHostObject) {
+    RecordingHolder host;
+    ComPtr<Ivelkdspwrap> facade;
+    ASSERT_EQ(velk::adapter::createBoundFacade(host.dispatch(), facade), S_OK);
+    EXPECT_EQ(host->references(), 2U) << "the holder and the facade";
+    IDispatch* pointer = facade.get();
+    VARIANT const byValue = makeValue(VT_DISPATCH, [&](VARIANT& v) { v.pdispVal = pointer; });
+    VARIANT const byReference =
+        makeValue(VT_DISPATCH | VT_BYREF, [&](VARIANT& v) { v.ppdispVal = &pointer; });
+    for (VARIANT const& source : {byValue, byReference}) {
+        mzComVariantC target;
+        ASSERT_TRUE(convertMSCOMVariant2MZCOMVariant(source, target, false, true));
+        EXPECT_EQ(objectIn(target), static_cast<mzIUnknown*>(host.dispatch()));
+        EXPECT_EQ(host->references(), 3U);
+    }
+    EXPECT_EQ(host->references(), 2U);
+    facade.reset();
+    EXPECT_EQ(host->references(), 1U);
+}
+
+TEST(NativeToHost, FacadeAsUnknownIsNotUnwrapped) {
+    RecordingHolder host;
+    ComPtr<Ivelkdspwrap> facade;
+    ASSERT_EQ(velk::adapter::createBoundFacade(host.dispatch(), facade), S_OK);
+    VARIANT const source = makeValue(VT_UNKNOWN, [&](VARIANT& v) { v.punkVal = facade.get(); });
+    EXPECT_EQ(convert(source), refused);
+    EXPECT_EQ(host->references(), 2U);
+}
+
+TEST(NativeToHost, ForeignObjectsAreNeverTakenForFacades) {
+    // A facade must exist: only then is there something to be mistaken for.
+    RecordingHolder host;
+    ComPtr<Ivelkdspwrap> facade;
+    ASSERT_EQ(velk::adapter::createBoundFacade(host.dispatch(), facade), S_OK);
+    for (IID const* claimed : {static_cast<IID const*>(nullptr), &IID_Ivelkdspwrap}) {
+        CountingDispatch foreign(claimed);
+        VARIANT const source = makeValue(VT_DISPATCH, [&](VARIANT& v) { v.pdispVal = &foreign; });
+        EXPECT_EQ(convert(source), refused);
+        EXPECT_EQ(foreign.references(), 1U);
+    }
+}
+
+}  // namespace
