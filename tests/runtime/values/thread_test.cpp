@@ -13,12 +13,14 @@ namespace {
 struct Gate {
     std::atomic<bool> entered = false;
     std::atomic<bool> open = false;
+    std::atomic<bool> left = false;
 };
 
 unsigned waitAtGate(void* argument) {
     auto& gate = *static_cast<Gate*>(argument);
     gate.entered = true;
     while (!gate.open) mzSleep(1);
+    gate.left = true;
     return 0;
 }
 
@@ -57,7 +59,8 @@ TEST(Thread, NoFunctionNoThread) {
 }
 
 TEST(Thread, DetachedItStaysActiveAndMakesRoomForTheNext) {
-    Gate first;
+    // The object tells nothing of the first thread once it runs the second.
+    static Gate first;
     Gate second;
     mzThreadC thread;
     ASSERT_TRUE(thread.start(&waitAtGate, &first));
@@ -67,7 +70,8 @@ TEST(Thread, DetachedItStaysActiveAndMakesRoomForTheNext) {
     second.open = true;
     waitForEnd(thread);
     first.open = true;
-    while (!first.entered) mzSleep(1);
+    while (!first.left) mzSleep(1);
+    EXPECT_TRUE(first.entered);
 }
 
 std::atomic<bool> destroyed = false;
