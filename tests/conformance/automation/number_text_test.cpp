@@ -1,6 +1,7 @@
 // Numbers from texts and as texts.
 #include <gtest/gtest.h>
 
+#include "support/expected_difference.h"
 #include "table.h"
 #include "value_notation.h"
 
@@ -305,7 +306,8 @@ TEST(NumberText, LongTextsOfDigitsAreRead) {
     std::string const zeroes(2000, '0');
     EXPECT_EQ(changed("BSTR:" + zeroes + "7", "I4"), "I4:7");
     EXPECT_EQ(changed("BSTR:1" + zeroes, "R8"), "overflow");
-    EXPECT_EQ(changed("BSTR:1e999999999999999", "R8"), "overflow");
+    expectDifference(System::wine, "an exponent beyond 32 bits wraps",
+                     [] { EXPECT_EQ(changed("BSTR:1e999999999999999", "R8"), "overflow"); });
     EXPECT_EQ(changed("BSTR:0." + zeroes + "1", "R8"), "R8:0");
     EXPECT_EQ(changed("BSTR:1" + zeroes, "I8"), "overflow");
 }
