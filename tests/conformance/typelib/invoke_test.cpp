@@ -10,7 +10,7 @@
 namespace velk::test {
 namespace {
 
-VARIANT number(LONG value) {
+VARIANT integer(LONG value) {
     VARIANT result{};
     result.vt = VT_I4;
     result.lVal = value;
@@ -61,23 +61,23 @@ class Call {
 
 TEST(Invoke, PassesArgumentsInOrderAndGivesTheResult) {
     Call call;
-    ASSERT_EQ(call.run(1, DISPATCH_METHOD, {number(30), number(12)}), S_OK);
+    ASSERT_EQ(call.run(1, DISPATCH_METHOD, {integer(30), integer(12)}), S_OK);
     EXPECT_EQ(call.result.vt, VT_I4);
     EXPECT_EQ(call.result.lVal, 42);
 }
 
 TEST(Invoke, FillsInDefaults) {
     Call call;
-    ASSERT_EQ(call.run(1, DISPATCH_METHOD, {number(30)}), S_OK);
+    ASSERT_EQ(call.run(1, DISPATCH_METHOD, {integer(30)}), S_OK);
     EXPECT_EQ(call.result.lVal, 35);
 }
 
 TEST(Invoke, TakesNamedArguments) {
     Call call;
     // Named arguments come first in the reversed array: 1 is named 0.
-    ASSERT_EQ(call.run(1, DISPATCH_METHOD, {number(2), number(100)}, {0, 1}), S_OK);
+    ASSERT_EQ(call.run(1, DISPATCH_METHOD, {integer(2), integer(100)}, {0, 1}), S_OK);
     EXPECT_EQ(call.result.lVal, 102);
-    EXPECT_EQ(call.run(1, DISPATCH_METHOD, {number(2)}, {7}), DISP_E_PARAMNOTFOUND);
+    EXPECT_EQ(call.run(1, DISPATCH_METHOD, {integer(2)}, {7}), DISP_E_PARAMNOTFOUND);
 }
 
 TEST(Invoke, CoercesArguments) {
@@ -86,7 +86,7 @@ TEST(Invoke, CoercesArguments) {
     ASSERT_EQ(call.run(1, DISPATCH_METHOD, {given, real(2.0)}), S_OK);
     EXPECT_EQ(call.result.lVal, 19);
     VARIANT const wrong = text(OLESTR("seventeen"));
-    EXPECT_EQ(call.run(1, DISPATCH_METHOD, {number(1), wrong}), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(call.run(1, DISPATCH_METHOD, {integer(1), wrong}), DISP_E_TYPEMISMATCH);
     EXPECT_EQ(call.argument, 0u);
     SysFreeString(given.bstrVal);
     SysFreeString(wrong.bstrVal);
@@ -102,11 +102,11 @@ TEST(Invoke, ReachesProperties) {
     EXPECT_EQ(Wide(call.result.bstrVal), OLESTR("shape"));
     SysFreeString(title.bstrVal);
     ASSERT_EQ(VariantClear(&call.result), S_OK);
-    ASSERT_EQ(call.run(0, DISPATCH_PROPERTYPUT, {number(3), number(8)}, {DISPID_PROPERTYPUT}),
+    ASSERT_EQ(call.run(0, DISPATCH_PROPERTYPUT, {integer(3), integer(8)}, {DISPID_PROPERTYPUT}),
               S_OK);
     EXPECT_EQ(call.recorder.firstValue, 3);
     EXPECT_EQ(call.recorder.lastValue, 8);
-    ASSERT_EQ(call.run(0, DISPATCH_METHOD | DISPATCH_PROPERTYGET, {number(4)}), S_OK);
+    ASSERT_EQ(call.run(0, DISPATCH_METHOD | DISPATCH_PROPERTYGET, {integer(4)}), S_OK);
     EXPECT_EQ(call.result.lVal, 40);
 }
 
@@ -119,7 +119,7 @@ TEST(Invoke, PassesEveryWidthOfNumber) {
     yes.vt = VT_BOOL;
     yes.boolVal = VARIANT_TRUE;
     ASSERT_EQ(call.run(4, DISPATCH_METHOD,
-                       {number(200), number(-300), wide, real(1.5), real(-2.25), yes}),
+                       {integer(200), integer(-300), wide, real(1.5), real(-2.25), yes}),
               S_OK);
     EXPECT_EQ(call.recorder.byteValue, 200);
     EXPECT_EQ(call.recorder.shortValue, -300);
@@ -127,7 +127,7 @@ TEST(Invoke, PassesEveryWidthOfNumber) {
     EXPECT_EQ(call.recorder.floatValue, 1.5f);
     EXPECT_EQ(call.recorder.doubleValue, -2.25);
     EXPECT_EQ(call.recorder.boolValue, VARIANT_TRUE);
-    EXPECT_EQ(call.run(4, DISPATCH_METHOD, {number(300), number(0), wide, real(0), real(0), yes}),
+    EXPECT_EQ(call.run(4, DISPATCH_METHOD, {integer(300), integer(0), wide, real(0), real(0), yes}),
               DISP_E_OVERFLOW);
     EXPECT_EQ(call.argument, 5u);
 }
@@ -144,9 +144,9 @@ TEST(Invoke, PassesStructuresByValue) {
     decimal.decVal.Lo64 = 987654321;
     decimal.decVal.scale = 3;
     decimal.vt = VT_DECIMAL;
-    ASSERT_EQ(
-        call.run(5, DISPATCH_METHOD, {amount, date, decimal, number(77), number(7), number(1000)}),
-        S_OK);
+    ASSERT_EQ(call.run(5, DISPATCH_METHOD,
+                       {amount, date, decimal, integer(77), integer(7), integer(1000)}),
+              S_OK);
     EXPECT_EQ(call.recorder.hyperValue, 123456);
     EXPECT_EQ(call.recorder.doubleValue, 36526.5);
     EXPECT_EQ(call.recorder.decimalValue.Lo64, 987654321u);
@@ -186,7 +186,7 @@ TEST(Invoke, ConvertsReferencesThereAndBack) {
     references[0].pdblVal = &value;
     references[1].vt = VT_BYREF | VT_VARIANT;
     references[1].pvarVal = &title;
-    references[2] = number(1);
+    references[2] = integer(1);
     ASSERT_EQ(call.run(6, DISPATCH_METHOD, {references[0], references[1], references[2]}), S_OK);
     EXPECT_EQ(call.recorder.lastValue, 5);
     EXPECT_EQ(value, 6.0);
@@ -204,7 +204,7 @@ TEST(Invoke, TellsTheMemberWhatWasLeftOut) {
 
 TEST(Invoke, GathersVariableArguments) {
     Call call;
-    ASSERT_EQ(call.run(3, DISPATCH_METHOD, {number(11), number(12), number(13)}), S_OK);
+    ASSERT_EQ(call.run(3, DISPATCH_METHOD, {integer(11), integer(12), integer(13)}), S_OK);
     EXPECT_EQ(call.result.lVal, 3);
     EXPECT_EQ(call.recorder.firstValue, 11);
     ASSERT_EQ(call.run(3, DISPATCH_METHOD, {}), S_OK);
@@ -220,7 +220,7 @@ TEST(Invoke, PassesArraysOfTheirElements) {
     array.parray = list;
     ASSERT_EQ(call.run(11, DISPATCH_METHOD, {array}), S_OK);
     EXPECT_EQ(call.result.lVal, 6);
-    EXPECT_EQ(call.run(11, DISPATCH_METHOD, {number(1)}), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(call.run(11, DISPATCH_METHOD, {integer(1)}), DISP_E_TYPEMISMATCH);
     SafeArrayDestroy(list);
 }
 
@@ -260,8 +260,8 @@ TEST(Invoke, RefusesCallsThatDoNotFit) {
         HRESULT expected;
     } const cases[] = {
         {4711, DISPATCH_METHOD, {}, DISP_E_MEMBERNOTFOUND},
-        {1, DISPATCH_PROPERTYGET, {number(1)}, DISP_E_MEMBERNOTFOUND},
-        {1, DISPATCH_METHOD, {number(1), number(2), number(3)}, DISP_E_BADPARAMCOUNT},
+        {1, DISPATCH_PROPERTYGET, {integer(1)}, DISP_E_MEMBERNOTFOUND},
+        {1, DISPATCH_METHOD, {integer(1), integer(2), integer(3)}, DISP_E_BADPARAMCOUNT},
         {1, DISPATCH_METHOD, {}, DISP_E_PARAMNOTOPTIONAL},
         {12, DISPATCH_METHOD, {}, DISP_E_MEMBERNOTFOUND},
     };

@@ -17,7 +17,7 @@ TEST(Type, HasTheAttributesOfItsKind) {
         WORD alignment;
     } const cases[] = {{OLESTR("Color"), TKIND_ENUM, 0, 3, 0, 4, 4},
                        {OLESTR("Point"), TKIND_RECORD, 0, 5, 0, 64, 8},
-                       {OLESTR("Number"), TKIND_UNION, 0, 2, 0, 8, 8},
+                       {OLESTR("Quantity"), TKIND_UNION, 0, 2, 0, 8, 8},
                        {OLESTR("Paint"), TKIND_ALIAS, 0, 0, 0, 4, 4},
                        {OLESTR("IRecorder"), TKIND_DISPATCH, 22, 0, 1, 8, 8},
                        {OLESTR("IRecorder2"), TKIND_DISPATCH, 23, 0, 1, 8, 8},
