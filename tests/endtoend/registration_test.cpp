@@ -1,0 +1,201 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include <oleauto.h>
+
+#include "support/installed_module.h"
+#include "support/registry_dump.h"
+
+namespace {
+
+using namespace velk::test;
+
+std::string const classes = "Software\\Classes";
+std::string const classId = "{5A2C7E31-9B84-4F06-8D1E-3C7A9B2E4F18}";
+std::string const libraryId = "{71A9C3E5-2F4B-4E8D-B6A1-5D3E8C0F2B94}";
+std::string const applicationId = "{6E1F2A90-4C3B-4D7E-A1F2-0B9C8D7E6F51}";
+std::string const progId = "VelkCOMAdapter.VelkCOMProxy";
+
+/// Everything that the registry scripts write for a module at `path`.
+RegistryTable expectedEntries(std::string const& path) {
+    std::string const key = "CLSID\\" + classId;
+    return {
+        {"AppID", ""},
+        {"AppID\\" + applicationId, ""},
+        {"AppID\\" + applicationId + ":", "VelkCOMAdapter"},
+        {"AppID\\VelkCOMAdapter.DLL", ""},
+        {"AppID\\VelkCOMAdapter.DLL:AppID", applicationId},
+        {progId + ".1", ""},
+        {progId + ".1:", "VelkCOMProxy Class"},
+        {progId + ".1\\CLSID", ""},
+        {progId + ".1\\CLSID:", classId},
+        {progId, ""},
+        {progId + ":", "VelkCOMProxy Class"},
+        {progId + "\\CLSID", ""},
+        {progId + "\\CLSID:", classId},
+        {progId + "\\CurVer", ""},
+        {progId + "\\CurVer:", progId + ".1"},
+        {"CLSID", ""},
+        {key, ""},
+        {key + ":", "VelkCOMProxy Class"},
+        {key + "\\ProgID", ""},
+        {key + "\\ProgID:", progId + ".1"},
+        {key + "\\VersionIndependentProgID", ""},
+        {key + "\\VersionIndependentProgID:", progId},
+        {key + "\\Programmable", ""},
+        {key + "\\InprocServer32", ""},
+        {key + "\\InprocServer32:", path},
+        {key + "\\InprocServer32:ThreadingModel", "Apartment"},
+        {key + "\\TypeLib", ""},
+        {key + "\\TypeLib:", libraryId},
+    };
+}
+
+/// What registering the type library writes is the system's choice.
+bool belongsToTypeLibrary(std::string const& entry) {
+    return entry.rfind("TypeLib", 0) == 0 || entry.rfind("Interface", 0) == 0;
+}
+
+RegistryTable scriptEntries(HKEY root) {
+    RegistryTable table = dumpRegistry(root, classes);
+    std::erase_if(table, [](auto const& entry) { return belongsToTypeLibrary(entry.first); });
+    return table;
+}
+
+bool typeLibraryIsRegistered(HKEY root) {
+    auto const table = dumpRegistry(root, classes);
+    return table.contains("TypeLib\\" + libraryId + "\\1.0");
+}
+
+RegistryTable const keptKeys = {{"AppID", ""}, {"CLSID", ""}};
+
+class Registration : public testing::Test {
+  protected:
+    void SetUp() override { clear(); }
+    void TearDown() override {
+        clear();
+        EXPECT_EQ(GetThreadLocale(), locale) << "the thread's locale was changed";
+    }
+    static void clear() {
+        for (HKEY const root : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) deleteKey(root, classes);
+    }
+
+    LCID const locale = GetThreadLocale();
+};
+
+TEST_F(Registration, WritesTheWholeTableForTheMachineAndRemovesIt) {
+    InstalledModule const module;
+    ASSERT_TRUE(module.loaded());
+    ASSERT_EQ(module.registerServer(), S_OK);
+    EXPECT_EQ(scriptEntries(HKEY_LOCAL_MACHINE), expectedEntries(builtModule()));
+    EXPECT_TRUE(typeLibraryIsRegistered(HKEY_LOCAL_MACHINE));
+    EXPECT_TRUE(dumpRegistry(HKEY_CURRENT_USER, classes).empty());
+    ASSERT_EQ(module.unregisterServer(), S_OK);
+    EXPECT_EQ(scriptEntries(HKEY_LOCAL_MACHINE), keptKeys);
+    EXPECT_FALSE(typeLibraryIsRegistered(HKEY_LOCAL_MACHINE));
+}
+
+TEST_F(Registration, CommandLineUserRegistersForTheUser) {
+    for (char const* commandLine : {"user", "USER", "uSeR"}) {
+        InstalledModule const module;
+        ASSERT_EQ(module.install(true, commandLine), S_OK) << commandLine;
+        EXPECT_EQ(scriptEntries(HKEY_CURRENT_USER), expectedEntries(builtModule()));
+        EXPECT_TRUE(typeLibraryIsRegistered(HKEY_CURRENT_USER));
+        EXPECT_TRUE(dumpRegistry(HKEY_LOCAL_MACHINE, classes).empty()) << commandLine;
+        ASSERT_EQ(module.install(false, commandLine), S_OK);
+        EXPECT_EQ(scriptEntries(HKEY_CURRENT_USER), keptKeys);
+        EXPECT_FALSE(typeLibraryIsRegistered(HKEY_CURRENT_USER));
+    }
+}
+
+TEST_F(Registration, OtherCommandLinesRegisterForTheMachine) {
+    for (char const* commandLine :
+         {static_cast<char const*>(nullptr), "", "users", "use", "user ", " user",
+          "us\xc5\xbf"
+          "r"}) {
+        InstalledModule const module;
+        ASSERT_EQ(module.install(true, commandLine), S_OK);
+        EXPECT_FALSE(scriptEntries(HKEY_LOCAL_MACHINE).empty());
+        EXPECT_TRUE(dumpRegistry(HKEY_CURRENT_USER, classes).empty());
+        ASSERT_EQ(module.install(false, commandLine), S_OK);
+    }
+}
+
+TEST_F(Registration, UserModeStaysOnUntilTheModuleGoes) {
+    {
+        InstalledModule const module;
+        ASSERT_EQ(module.install(false, "user"), module.unregisterServer());
+        ASSERT_EQ(module.registerServer(), S_OK);
+        EXPECT_FALSE(scriptEntries(HKEY_CURRENT_USER).empty());
+        EXPECT_TRUE(dumpRegistry(HKEY_LOCAL_MACHINE, classes).empty());
+        ASSERT_EQ(module.unregisterServer(), S_OK);
+    }
+    InstalledModule const again;
+    ASSERT_EQ(again.registerServer(), S_OK);
+    EXPECT_FALSE(scriptEntries(HKEY_LOCAL_MACHINE).empty());
+}
+
+TEST_F(Registration, KeepsWhatOthersWrote) {
+    writeText(HKEY_LOCAL_MACHINE, classes + "\\CLSID\\{other}", "", "other");
+    writeText(HKEY_LOCAL_MACHINE, classes + "\\" + progId + "\\Theirs", "", "theirs");
+    writeText(HKEY_LOCAL_MACHINE, classes + "\\CLSID\\" + classId + "\\Stale", "", "stale");
+    InstalledModule const module;
+    ASSERT_EQ(module.registerServer(), S_OK);
+    auto const registered = scriptEntries(HKEY_LOCAL_MACHINE);
+    EXPECT_FALSE(registered.contains("CLSID\\" + classId + "\\Stale"));
+    EXPECT_TRUE(registered.contains(progId + "\\Theirs"));
+    ASSERT_EQ(module.registerServer(), S_OK) << "a second time";
+    EXPECT_EQ(scriptEntries(HKEY_LOCAL_MACHINE), registered);
+    ASSERT_EQ(module.unregisterServer(), S_OK);
+    auto const left = scriptEntries(HKEY_LOCAL_MACHINE);
+    EXPECT_TRUE(left.contains("CLSID\\{other}:"));
+    EXPECT_TRUE(left.contains(progId + "\\Theirs:"));
+    EXPECT_FALSE(left.contains("CLSID\\" + classId));
+    EXPECT_FALSE(left.contains(progId + "\\CurVer"));
+}
+
+/// A copy of the module below the temporary folder, removed at the end.
+class ModuleCopy {
+  public:
+    explicit ModuleCopy(std::string const& name)
+        : folder_(std::filesystem::temp_directory_path() / "velk module copy") {
+        std::filesystem::create_directories(folder_);
+        path_ = folder_ / std::filesystem::path(name);
+        std::filesystem::create_directories(path_.parent_path());
+        std::filesystem::copy_file(builtModule(), path_,
+                                   std::filesystem::copy_options::overwrite_existing);
+    }
+    ~ModuleCopy() { std::filesystem::remove_all(folder_); }
+    std::string path() const { return path_.string(); }
+
+  private:
+    // The libraries that a module needs lie beside the original, which brings
+    // them into the process for the copy.
+    InstalledModule const original_;
+    std::filesystem::path folder_;
+    std::filesystem::path path_;
+};
+
+TEST_F(Registration, WritesUnusualPathsAsTheyAre) {
+    for (char const* name : {"it's a 'copy'.so", "\xc3\xa4\xe6\x97\xa5\xf0\x9f\x98\x80.so",
+                             "%APPID% 100%.so", "no extension"}) {
+        ModuleCopy const copy(name);
+        InstalledModule const module(copy.path());
+        ASSERT_TRUE(module.loaded()) << name;
+        ASSERT_EQ(module.registerServer(), S_OK) << name;
+        EXPECT_EQ(scriptEntries(HKEY_LOCAL_MACHINE), expectedEntries(copy.path()));
+        ASSERT_EQ(module.unregisterServer(), S_OK) << name;
+    }
+}
+
+TEST_F(Registration, RefusesPathsThatDoNotFit) {
+    ModuleCopy const copy(std::string(120, 'a') + "/" + std::string(150, 'b') + ".so");
+    InstalledModule const module(copy.path());
+    ASSERT_TRUE(module.loaded());
+    EXPECT_EQ(static_cast<ULONG>(module.install(true, nullptr)), 0x8007007AU);
+    EXPECT_EQ(static_cast<ULONG>(module.registerServer()), 0x8007007AU);
+    EXPECT_TRUE(scriptEntries(HKEY_LOCAL_MACHINE).empty()) << "an entry of a failed step";
+}
+
+}  // namespace
