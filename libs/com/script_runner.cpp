@@ -42,6 +42,13 @@ class Installer {
   public:
     explicit Installer(Registry& registry) noexcept : registry_(registry) {}
 
+    void root(ScriptRoot const& root, KeyPath const& path) {
+        // Predefined keys exist; the user's classes may not yet.
+        if (!path.names.empty()) require(registry_.createKey(path), "cannot create ", path);
+        content(root.values, root.keys, path);
+    }
+
+  private:
     void key(ScriptKey const& key, KeyPath const& parent) {
         KeyPath const path = below(parent, key.name);
         if (key.rule == KeyRule::remove || key.rule == KeyRule::forceRemove) {
@@ -59,7 +66,6 @@ class Installer {
         for (auto const& child : keys) key(child, path);
     }
 
-  private:
     void write(KeyPath const& path, Text const& name, ScriptData const& data) {
         LSTATUS const status = registry_.setValue(path, name, data.type, data.bytes);
         if (name.empty()) {
@@ -76,6 +82,11 @@ class Remover {
   public:
     explicit Remover(Registry& registry) noexcept : registry_(registry) {}
 
+    void root(ScriptRoot const& root, KeyPath const& path) {
+        content(root.values, root.keys, path);
+    }
+
+  private:
     void key(ScriptKey const& key, KeyPath const& parent) {
         KeyPath const path = below(parent, key.name);
         if (key.rule == KeyRule::remove) return;
@@ -95,7 +106,6 @@ class Remover {
         for (auto const& child : keys) key(child, path);
     }
 
-  private:
     void deleteWithoutSubkeys(KeyPath const& path) {
         bool occupied = false;
         LSTATUS const status = registry_.hasSubkeys(path, occupied);
@@ -110,7 +120,7 @@ class Remover {
 template <typename Runner>
 void run(Script const& script, Registry& registry, bool perUser) {
     Runner runner(registry);
-    for (auto const& root : script) runner.content(root.values, root.keys, rootPath(root, perUser));
+    for (auto const& root : script) runner.root(root, rootPath(root, perUser));
 }
 
 }  // namespace

@@ -136,6 +136,11 @@ TEST_F(RegistrarTest, PerUserMovesClassesOnly) {
     EXPECT_THAT(registry.lines(), Not(Contains("HKCU\\Software\\Classes\\A")));
 }
 
+TEST_F(RegistrarTest, PerUserValuesNeedNoKeyOfTheUserBefore) {
+    registrar.setPerUser(true);
+    EXPECT_THAT(installed("HKCR { val V = s 'v' }"), Contains("HKCU\\Software\\Classes V = 1:v"));
+}
+
 TEST_F(RegistrarTest, RegisteringTwiceReplacesWhatForceRemoveMarks) {
     std::string const script = "HKCR { NoRemove CLSID { ForceRemove {1} = s 'x' { Sub } } }";
     Lines const once = installed(script);
