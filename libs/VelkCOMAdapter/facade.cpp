@@ -72,9 +72,16 @@ HRESULT Cvelkdspwrap::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID,
     VELK_COM_CATCH
 }
 
-HRESULT Cvelkdspwrap::nameOfMember(DISPID member, mzComStringC& name) const {
+HRESULT Cvelkdspwrap::nameOfMember(DISPID member, mzComStringC& name) {
     mzCriticalAutoSectionRefC const inside(&lookupSection_);
-    return PDspMapData::instance().nameOf(member, name) ? S_OK : DISP_E_MEMBERNOTFOUND;
+    unsigned const generation = PDspMapData::generation();
+    if (member != lastMember_ || generation != lastGeneration_) {
+        if (!PDspMapData::instance().nameOf(member, lastName_)) return DISP_E_MEMBERNOTFOUND;
+        lastMember_ = member;
+        lastGeneration_ = generation;
+    }
+    name = lastName_;
+    return S_OK;
 }
 
 HRESULT Cvelkdspwrap::Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS* parameters,

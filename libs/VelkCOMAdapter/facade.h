@@ -2,6 +2,7 @@
 #pragma once
 
 #include "com/object_root.h"
+#include "host/com_string.h"
 #include "host/critical_section.h"
 #include "host/dispatch.h"
 #include "interfaces.h"
@@ -44,8 +45,14 @@ class Cvelkdspwrap : public velk::com::CComObjectRootEx<velk::com::CComSingleThr
     ~Cvelkdspwrap() = default;
 
   private:
-    HRESULT nameOfMember(DISPID member, mzComStringC& name) const;
+    HRESULT nameOfMember(DISPID member, mzComStringC& name);
 
     mzComPtrT<mzIDispatch> hostDispatch_;
+    // Guards what follows it.
     mzCriticalSectionObjectC lookupSection_;
+    // The member called last: calling it again touches nothing that facades
+    // on other threads touch.
+    DISPID lastMember_ = DISPID_UNKNOWN;
+    unsigned lastGeneration_ = 0;
+    mzComStringC lastName_;
 };

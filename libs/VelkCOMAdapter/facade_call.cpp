@@ -40,7 +40,6 @@ HRESULT takeArguments(DISPPARAMS const* parameters, mzComVariantArrayC& argument
     if (!parameters->rgvarg) return E_INVALIDARG;
     UINT const count = parameters->cArgs;
     if (count > mostArguments) return DISP_E_BADPARAMCOUNT;
-    arguments.resize(static_cast<int>(count));
     mzComVariantC value;
     for (UINT position = 0; position < count; ++position) {
         // Native callers write the last argument first.
@@ -48,19 +47,17 @@ HRESULT takeArguments(DISPPARAMS const* parameters, mzComVariantArrayC& argument
                                               false, true)) {
             return DISP_E_TYPEMISMATCH;
         }
-        arguments[static_cast<int>(position)] = value;
+        arguments.append(value);
     }
     return S_OK;
 }
 
 HRESULT giveResult(mzComVariantC const& value, VARIANT* result) {
     if (!result) return S_OK;
-    com::Variant converted;
     unsigned typedByRef = 0;
     unsigned wrapperFlags = 0;
-    convertMZCOMVariant2MSCOMVariant(value, *converted.put(), typedByRef, wrapperFlags);
-    // The caller's variable holds nothing yet, so the value moves into it.
-    *result = converted.release();
+    // The caller's variable holds nothing that is to be released.
+    convertMZCOMVariant2MSCOMVariant(value, *result, typedByRef, wrapperFlags);
     return S_OK;
 }
 

@@ -1,5 +1,6 @@
 #include "name_table.h"
 
+#include <atomic>
 #include <functional>
 #include <limits>
 #include <new>
@@ -18,6 +19,8 @@ constexpr std::size_t fewestSlots = 64;
 // No entry has it: a text never lies at the very end of the last block.
 constexpr NameStore::Reference noReference = 0xffffffff;
 
+std::atomic<unsigned> tableGeneration{1};
+
 std::uint32_t hashOf(TextView name) {
     std::uint64_t const hash = std::hash<TextView>{}(name);
     return static_cast<std::uint32_t>(hash ^ hash >> 32);
@@ -27,6 +30,14 @@ std::uint32_t hashOf(TextView name) {
 
 PDspMapData& PDspMapData::instance() {
     return mzModuleSingletonT<PDspMapData, 0>::instance();
+}
+
+unsigned PDspMapData::generation() noexcept {
+    return tableGeneration;
+}
+
+PDspMapData::~PDspMapData() {
+    ++tableGeneration;
 }
 
 DISPID PDspMapData::idOf(TextView name) {

@@ -18,7 +18,12 @@ class PDspMapData {
     /// clean-up destroys it; the next use makes a new, empty one.
     static PDspMapData& instance();
 
+    /// Changes whenever a table is destroyed: what was learnt from a table is
+    /// good as long as this stays the same. Thread-safe.
+    static unsigned generation() noexcept;
+
     PDspMapData() = default;
+    ~PDspMapData();
     PDspMapData(PDspMapData const&) = delete;
     PDspMapData& operator=(PDspMapData const&) = delete;
 
