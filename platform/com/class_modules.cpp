@@ -1,7 +1,9 @@
 #include "platform/com/class_modules.h"
 
+#include <condition_variable>
 #include <map>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <vector>
 
@@ -47,6 +49,9 @@ using ModulePointer = std::shared_ptr<ClassModule>;
 struct Modules {
     std::mutex lock;
     std::map<std::u16string, ModulePointer> byPath;
+    /// The paths that are being loaded, each with the thread that does it.
+    std::map<std::u16string, DWORD> loading;
+    std::condition_variable loaded;
 };
 
 Modules& modules() {
@@ -59,13 +64,39 @@ Function exported(HMODULE module, char const* name) {
     return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
 }
 
-/// The module of a path, counted as in use; null when it is not loaded.
+/// The module of a path, counted as in use; null when the caller is to load it.
+/// One thread loads, the others wait: only a module whose start-up comes back
+/// for its own classes is not made to wait for itself.
 ModulePointer findInUse(std::u16string const& path) {
-    std::lock_guard const guard(modules().lock);
+    std::unique_lock guard(modules().lock);
+    DWORD const self = GetCurrentThreadId();
+    auto const mayGoOn = [&] {
+        auto const busy = modules().loading.find(path);
+        return busy == modules().loading.end() || busy->second == self;
+    };
+    modules().loaded.wait(guard, mayGoOn);
     auto const found = modules().byPath.find(path);
-    if (found == modules().byPath.end()) return nullptr;
+    if (found == modules().byPath.end()) {
+        modules().loading.emplace(path, self);
+        return nullptr;
+    }
     found->second->countUse();
     return found->second;
+}
+
+/// Takes note of the end of loading. The module is null when that failed; else
+/// it is counted as in use, or another one that has come first.
+ModulePointer endLoading(std::u16string const& path, ModulePointer module) {
+    {
+        std::lock_guard const guard(modules().lock);
+        modules().loading.erase(path);
+        if (module != nullptr) {
+            module = modules().byPath.try_emplace(path, module).first->second;
+            module->countUse();
+        }
+    }
+    modules().loaded.notify_all();
+    return module;
 }
 
 /// Loads without a lock, since loading runs the module's own start-up.
@@ -135,14 +166,15 @@ HRESULT ClassModuleUse::classObject(REFCLSID id, REFIID riid, void** object) con
 HRESULT useClassModule(ModuleOfClass const& where, ClassModuleUse& use) {
     auto found = findInUse(where.path);
     if (found == nullptr) {
-        auto fresh = std::make_shared<ClassModule>();
-        if (HRESULT const result = load(where, *fresh); FAILED(result)) return result;
-        {
-            std::lock_guard const guard(modules().lock);
-            found = modules().byPath.try_emplace(where.path, fresh).first->second;
-            found->countUse();
+        auto fresh = ModulePointer(new (std::nothrow) ClassModule);
+        if (fresh == nullptr) {
+            endLoading(where.path, nullptr);
+            return E_OUTOFMEMORY;
         }
-        // Another thread was faster: this one's reference is one too many.
+        HRESULT const result = load(where, *fresh);
+        found = endLoading(where.path, FAILED(result) ? nullptr : fresh);
+        if (found == nullptr) return result;
+        // The module's own start-up was faster: this reference is one too many.
         if (found != fresh) FreeLibrary(fresh->handle);
     }
     use = ClassModuleUse(std::move(found));
@@ -156,8 +188,12 @@ void freeUnusedClassModules(std::chrono::milliseconds delay) {
     }
 }
 
-void freeAllClassModules() {
-    freeUnusedClassModules(std::chrono::milliseconds(0));
+void freeAllClassModules() noexcept {
+    try {
+        freeUnusedClassModules(std::chrono::milliseconds(0));
+    } catch (...) {
+        // Without memory the modules stay until the process ends.
+    }
 }
 
 }  // namespace velk::platform::com

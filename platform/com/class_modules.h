@@ -42,6 +42,6 @@ HRESULT useClassModule(ModuleOfClass const& where, ClassModuleUse& use);
 void freeUnusedClassModules(std::chrono::milliseconds delay);
 
 /// Unloads every module that says that it can go, at once. Thread-safe.
-void freeAllClassModules();
+void freeAllClassModules() noexcept;
 
 }  // namespace velk::platform::com
