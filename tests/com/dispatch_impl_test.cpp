@@ -140,8 +140,10 @@ TEST_F(DispatchImplTest, CallsTheMethodsOfTheInterface) {
               S_OK);
     EXPECT_EQ(viewBstr(result.get().bstrVal), OLESTR("a name"));
 
-    DISPPARAMS tooFew{arguments, nullptr, 1, 0};
-    EXPECT_EQ(object->Invoke(1, IID_NULL, libraryLocale, DISPATCH_METHOD, &tooFew, nullptr, nullptr,
+    VARIANT many[3]{};
+    for (auto& argument : many) argument.vt = VT_I4;
+    DISPPARAMS three{many, nullptr, 3, 0};
+    EXPECT_EQ(object->Invoke(1, IID_NULL, libraryLocale, DISPATCH_METHOD, &three, nullptr, nullptr,
                              nullptr),
               DISP_E_BADPARAMCOUNT);
     EXPECT_EQ(object->Invoke(9, IID_NULL, libraryLocale, DISPATCH_METHOD, nullptr, nullptr, nullptr,

@@ -16,7 +16,7 @@ using InstallFunction = HRESULT(STDAPICALLTYPE*)(BOOL install, LPCWSTR commandLi
 std::filesystem::path modulePath(RegisterCommand const& command) {
     if (!command.module.empty()) {
         // Without a folder the name would be looked for along search paths.
-        return std::filesystem::absolute(pathFromUtf8(command.module));
+        return std::filesystem::absolute(pathFromUtf8(command.module)).lexically_normal();
     }
     auto const program = pathFromUtf8(com::toUtf8(com::modulePath(nullptr)));
     return program.parent_path() / adapterFileName();
