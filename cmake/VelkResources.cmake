@@ -44,7 +44,11 @@ function(velk_resources target rc)
     set(wrapper ${CMAKE_CURRENT_BINARY_DIR}/${target}_resources.S)
     file(WRITE ${wrapper}
       ".section .rsrc.velk,\"a\",@progbits\n.balign 16\n.incbin \"${compiled}\"\n.section .note.GNU-stack,\"\",@progbits\n")
-    set_source_files_properties(${wrapper} PROPERTIES OBJECT_DEPENDS ${compiled} LANGUAGE C)
+    # Assembler text, compiled by the C compiler.
+    set_source_files_properties(${wrapper} PROPERTIES
+      OBJECT_DEPENDS ${compiled}
+      LANGUAGE C
+      COMPILE_OPTIONS "-x;assembler-with-cpp")
     target_sources(${target} PRIVATE ${wrapper})
   endif()
 endfunction()

@@ -14,6 +14,12 @@ void workOffEvents() {
     QCoreApplication::processEvents();
 }
 
+/// Text of its own memory. Qt keeps names until the process ends, and a text
+/// that came as a literal would point into a module that may be gone by then.
+QString ownCopy(QString const& text) {
+    return QString(text.constData(), text.size());
+}
+
 }  // namespace
 
 PApplication::PApplication(int& argc, char** argv, InitMode const& mode)
@@ -29,14 +35,14 @@ PApplication::~PApplication() {
 }
 
 void PApplication::initApplicationVersion(QString version) {
-    setApplicationVersion(version);
+    setApplicationVersion(ownCopy(version));
 }
 
 bool PApplication::initApplication(QString const& applicationName, QString const& product,
                                    QString const& profile, bool) {
-    setApplicationName(applicationName);
-    setOrganizationName(product);
-    setProperty("settingsProfile", profile);
+    setApplicationName(ownCopy(applicationName));
+    setOrganizationName(ownCopy(product));
+    setProperty("settingsProfile", ownCopy(profile));
     if (mode_ == bareMode || serversStarted_) {
         return true;
     }
