@@ -94,7 +94,7 @@ std::string_view Statement::bytes(int column) const {
 std::u16string Statement::text(int column) const {
     auto const raw = bytes(column);
     std::u16string text(raw.size() / sizeof(char16_t), u'\0');
-    std::memcpy(text.data(), raw.data(), text.size() * sizeof(char16_t));
+    if (!text.empty()) std::memcpy(text.data(), raw.data(), text.size() * sizeof(char16_t));
     return text;
 }
 
