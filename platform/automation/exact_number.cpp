@@ -52,9 +52,9 @@ DECIMAL decimalOf(ExactNumber const& number) noexcept {
     return value;
 }
 
-void roundToScale(ExactNumber& number, unsigned scale, bool inexact) noexcept {
+void roundToScale(ExactNumber& number, unsigned scale) noexcept {
     unsigned lastDigit = 0;
-    bool rest = inexact;
+    bool rest = false;
     if (number.scale <= scale) return;
     for (; number.scale > scale; --number.scale) {
         rest = rest || lastDigit != 0;

@@ -31,9 +31,8 @@ HRESULT exactOf(DECIMAL const& value, ExactNumber& number) noexcept;
 DECIMAL decimalOf(ExactNumber const& number) noexcept;
 
 /// Drops decimal places until no more than `scale` are left, rounding halves
-/// to the even neighbour. `inexact` says that places have been dropped before
-/// that were not all zero, which keeps a half from looking exact.
-void roundToScale(ExactNumber& number, unsigned scale, bool inexact = false) noexcept;
+/// to the even neighbour.
+void roundToScale(ExactNumber& number, unsigned scale) noexcept;
 
 /// Drops zeroes at the end of the decimal places.
 void stripZeroes(ExactNumber& number) noexcept;

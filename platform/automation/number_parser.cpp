@@ -1,5 +1,3 @@
-#include <limits>
-
 #include "number_text.h"
 #include "text_characters.h"
 
