@@ -82,6 +82,7 @@ void readFunction(Tables& tables, FunctionModel& model, ByteView record, unsigne
     // The low bits of the offset say something else.
     WORD const offset = record.u16(function::vtableOffset) & 0xfffc;
     model.vtableOffset = static_cast<SHORT>(offset * pointers);
+    require((kinds & 0x7) <= FUNC_DISPATCH && (kinds >> 8 & 0xf) < CC_MAX, TYPE_E_INVDATAREAD);
     model.kind = static_cast<FUNCKIND>(kinds & 0x7);
     model.invocation = static_cast<INVOKEKIND>(kinds >> 3 & 0xf);
     model.convention = static_cast<CALLCONV>(kinds >> 8 & 0xf);
@@ -98,6 +99,7 @@ void readVariable(Tables& tables, VariableModel& model, ByteView record) {
     Extras const extras(record.from(variable::extras));
     model.type = tables.type(record.u32(variable::type));
     model.flags = static_cast<WORD>(record.u32(variable::flags));
+    require(record.u16(variable::kind) <= VAR_DISPATCH, TYPE_E_INVDATAREAD);
     model.kind = static_cast<VARKIND>(record.u16(variable::kind));
     DWORD const value = record.u32(variable::value);
     if (model.kind == VAR_CONST) {

@@ -34,6 +34,7 @@ class LibraryReader {
         DWORD const version = file.u32(header::libraryVersion);
         model_.id = tables_.guid(file.u32(header::guid));
         model_.lcid = file.u32(header::lcid);
+        require((presence & header::systemMask) <= SYS_WIN64, TYPE_E_INVDATAREAD);
         model_.system = static_cast<SYSKIND>(presence & header::systemMask);
         model_.majorVersion = static_cast<WORD>(version);
         model_.minorVersion = static_cast<WORD>(version >> 16);
