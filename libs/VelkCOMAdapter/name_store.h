@@ -9,6 +9,8 @@
 
 #include <windows.h>
 
+#include "large_memory.h"
+
 namespace velk::adapter {
 
 /// Texts, each with a number, that are only ever added and are freed together.
@@ -33,20 +35,26 @@ class NameStore {
     Entry at(Reference reference) const noexcept;
 
   private:
-    // A reference is the block's index and the place in the block, each 16
-    // bits; places count units of four bytes.
+    // A reference is the block's index and the place in the block; places
+    // count units of four bytes, and a full block is one large page.
     using Unit = std::uint32_t;
-    static constexpr std::size_t blockUnits = 0x10000;
-    static constexpr std::size_t mostBlocks = 0x10000;
+    static constexpr unsigned placeBits = 19;
+    static constexpr std::size_t blockUnits = std::size_t{1} << placeBits;
+    static constexpr std::size_t mostBlocks = std::size_t{1} << (32 - placeBits);
+    static_assert(blockUnits * sizeof(Unit) == largePageBytes);
+    // Most processes know few names: the first block is small.
+    static constexpr std::size_t firstBlockUnits = 0x1000;
     // A text above this has a block of its own, so that at most an eighth of
     // a block is left unused at its end.
     static constexpr std::size_t largeUnits = blockUnits / 8;
 
     void addBlock(std::size_t units);
+    void startBlock(std::size_t atLeast);
 
-    std::vector<std::unique_ptr<Unit[]>> blocks_;
-    std::size_t current_ = 0;        // the block that texts go to
-    std::size_t used_ = blockUnits;  // units used in it
+    std::vector<LargeArray<Unit>> blocks_;
+    std::size_t current_ = 0;   // the block that texts go to
+    std::size_t capacity_ = 0;  // units in that block
+    std::size_t used_ = 0;      // units used in it
 };
 
 }  // namespace velk::adapter

@@ -1,9 +1,11 @@
 #include "name_table.h"
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <limits>
 #include <new>
+#include <utility>
 
 #include "host/module_singleton.h"
 
@@ -63,8 +65,8 @@ bool PDspMapData::nameOf(DISPID id, mzComStringC& name) const {
 }
 
 DISPID PDspMapData::find(TextView name, std::uint32_t hash) const noexcept {
-    if (idsByName_.empty()) return noId;
-    std::size_t const mask = idsByName_.size() - 1;
+    if (slotCount_ == 0) return noId;
+    std::size_t const mask = slotCount_ - 1;
     for (std::size_t place = hash & mask;; place = (place + 1) & mask) {
         Slot const& slot = idsByName_[place];
         if (slot.reference == noReference) return noId;
@@ -80,7 +82,7 @@ DISPID PDspMapData::add(TextView name, std::uint32_t hash) {
     DISPID const id = firstId + static_cast<DISPID>(namesById_.size());
     NameStore::Reference const reference = names_.add(id, name);
     namesById_.push_back(reference);
-    std::size_t const mask = idsByName_.size() - 1;
+    std::size_t const mask = slotCount_ - 1;
     std::size_t place = hash & mask;
     while (idsByName_[place].reference != noReference) place = (place + 1) & mask;
     idsByName_[place] = {hash, reference};
@@ -89,17 +91,20 @@ DISPID PDspMapData::add(TextView name, std::uint32_t hash) {
 
 // At three quarters searches still look at few places.
 bool PDspMapData::isFull() const noexcept {
-    return (namesById_.size() + 1) * 4 > idsByName_.size() * 3;
+    return (namesById_.size() + 1) * 4 > slotCount_ * 3;
 }
 
 void PDspMapData::grow() {
-    std::size_t const size = idsByName_.empty() ? fewestSlots : idsByName_.size() * 2;
-    std::vector<Slot> larger(size, Slot{0, noReference});
-    for (Slot const& slot : idsByName_) {
+    std::size_t const count = slotCount_ == 0 ? fewestSlots : slotCount_ * 2;
+    auto larger = velk::adapter::makeLargeArray<Slot>(count);
+    std::fill_n(larger.get(), count, Slot{0, noReference});
+    for (std::size_t former = 0; former < slotCount_; ++former) {
+        Slot const& slot = idsByName_[former];
         if (slot.reference == noReference) continue;
-        std::size_t place = slot.hash & (size - 1);
-        while (larger[place].reference != noReference) place = (place + 1) & (size - 1);
+        std::size_t place = slot.hash & (count - 1);
+        while (larger[place].reference != noReference) place = (place + 1) & (count - 1);
         larger[place] = slot;
     }
-    idsByName_.swap(larger);
+    idsByName_ = std::move(larger);
+    slotCount_ = count;
 }

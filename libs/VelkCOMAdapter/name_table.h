@@ -54,5 +54,6 @@ class PDspMapData {
     mutable PReadWriteLock tableLock_;
     velk::adapter::NameStore names_;
     std::vector<velk::adapter::NameStore::Reference> namesById_;
-    std::vector<Slot> idsByName_;  // as many as a power of two
+    velk::adapter::LargeArray<Slot> idsByName_;
+    std::size_t slotCount_ = 0;  // a power of two, or 0 before the first name
 };
