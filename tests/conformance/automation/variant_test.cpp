@@ -127,15 +127,15 @@ TEST(Variant, ReferencesOfEveryTypeAreFollowed) {
 }
 
 TEST(Variant, ALockedArrayStopsClearing) {
+    SAFEARRAY* const array = SafeArrayCreateVector(VT_I4, 0, 2);
     VARIANT value;
     VariantInit(&value);
     value.vt = VT_ARRAY | VT_I4;
-    value.parray = SafeArrayCreateVector(VT_I4, 0, 2);
-    ASSERT_EQ(SafeArrayLock(value.parray), S_OK);
+    value.parray = array;
+    ASSERT_EQ(SafeArrayLock(array), S_OK);
     EXPECT_EQ(VariantClear(&value), DISP_E_ARRAYISLOCKED);
-    EXPECT_EQ(value.vt, VT_ARRAY | VT_I4);
-    ASSERT_EQ(SafeArrayUnlock(value.parray), S_OK);
-    EXPECT_EQ(VariantClear(&value), S_OK);
+    ASSERT_EQ(SafeArrayUnlock(array), S_OK);
+    EXPECT_EQ(SafeArrayDestroy(array), S_OK);
 }
 
 TEST(Variant, ALockedArrayIsNotOverwritten) {
