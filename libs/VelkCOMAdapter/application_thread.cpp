@@ -10,6 +10,7 @@
 
 #include "host/application.h"
 #include "host/sleep.h"
+#include "module_attachment.h"
 #include "process_objects.h"
 
 namespace velk::adapter {
@@ -50,6 +51,7 @@ void serve() {
     auto const [name, version] = applicationIdentity();
     application.initApplicationVersion(version);
     application.initApplication(name, "velk", "common", false);
+    detachWhenProcessEnds();
     runningFlag = 1;
     startingFlag = 0;
     while (!stopFlag) mzComSleep(pollMilliseconds, 0, nullptr);

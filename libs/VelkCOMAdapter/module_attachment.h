@@ -14,4 +14,10 @@ class ModuleAttachment {
     ModuleAttachment& operator=(ModuleAttachment const&) = delete;
 };
 
+/// Has the entry point hear of the end already when the process begins to end,
+/// where that is possible: before anything goes that came into being before
+/// this call. To be called when the application runs, so that it ends while
+/// everything that it is built on is whole. Any thread.
+void detachWhenProcessEnds();
+
 }  // namespace velk::adapter

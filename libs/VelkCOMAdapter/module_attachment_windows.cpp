@@ -6,4 +6,7 @@ namespace velk::adapter {
 ModuleAttachment::ModuleAttachment() = default;
 ModuleAttachment::~ModuleAttachment() = default;
 
+// The system ends the other threads of a process that ends.
+void detachWhenProcessEnds() {}
+
 }  // namespace velk::adapter

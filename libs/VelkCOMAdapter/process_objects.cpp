@@ -41,8 +41,9 @@ com::ComModuleRecord comModuleRecord(objectMap);
 
 CVelkCOMAdapterModule comModule(comModuleRecord);
 mzThreadC applicationThread;
-QString applicationName = QStringLiteral("anonymous");
-QString applicationVersion = QStringLiteral("1.0");
+// Copies, because Qt keeps them beyond the module's end.
+QString applicationName{"anonymous"};
+QString applicationVersion{"1.0"};
 LastExceptionSlot lastExceptionSlot;
 
 namespace {

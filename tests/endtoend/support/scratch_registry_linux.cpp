@@ -3,19 +3,26 @@
 #include <filesystem>
 #include <string>
 
-#include "support/leaks.h"
-
 namespace {
 
 // Every run has a registry of its own that begins empty: tests compare the
 // whole of it.
-bool useScratchRegistry() {
-    std::string folder = (std::filesystem::temp_directory_path() / "velk-registry-XXXXXX").string();
-    if (mkdtemp(folder.data()) == nullptr) return false;
-    setenv("VELK_REGISTRY_DIR", folder.c_str(), 1);
-    return velk::test::addTearDown([folder] { std::filesystem::remove_all(folder); });
-}
+class ScratchRegistry {
+  public:
+    ScratchRegistry()
+        : folder_((std::filesystem::temp_directory_path() / "velk-registry-XXXXXX").string()) {
+        if (mkdtemp(folder_.data()) == nullptr) abort();
+        setenv("VELK_REGISTRY_DIR", folder_.c_str(), 1);
+    }
+    ~ScratchRegistry() {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder_, ignored);
+    }
 
-[[maybe_unused]] bool const scratchRegistryIsUsed = useScratchRegistry();
+  private:
+    std::string folder_;
+};
+
+ScratchRegistry const scratchRegistry;
 
 }  // namespace
