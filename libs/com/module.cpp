@@ -5,7 +5,7 @@
 
 #include "com/com_ptr.h"
 #include "com/encoded_pointer.h"
-#include "com/registrar.h"
+#include "com/error.h"
 
 namespace velk::com {
 namespace {
@@ -97,22 +97,6 @@ HRESULT DllModule::addTermFunction(void (*function)(void*) noexcept, void* data)
         return S_OK;
     }
     VELK_COM_CATCH
-}
-
-void DllModule::updateRegistry(WORD script, bool install, bool perUser) {
-    HMODULE const module = moduleHandle();
-    Registrar registrar;
-    registrar.setPerUser(perUser);
-    // Inside quotes of a script a quote has to be written twice.
-    auto const path = doubleQuotes(modulePath(module));
-    registrar.addReplacement(OLESTR("MODULE"), path);
-    registrar.addReplacement(OLESTR("MODULE_RAW"), path);
-    AddCommonRGSReplacements(registrar);
-    if (install) {
-        registrar.registerResource(module, script);
-    } else {
-        registrar.unregisterResource(module, script);
-    }
 }
 
 HMODULE moduleHandle() {

@@ -87,6 +87,10 @@ class DllModule : public ModuleLockCount {
     /// user. Throws Error.
     void updateRegistry(WORD script, bool install, bool perUser);
 
+    /// Registers a class: its script, then its component categories; or
+    /// unregisters them in the reverse order. Throws Error.
+    void updateClass(ObjectMapEntry const& entry, bool install, bool perUser);
+
   private:
     void tellClasses(bool starting) noexcept;
 

@@ -22,8 +22,6 @@ struct ObjectMapEntry {
     /// Null when the class cannot be created from outside.
     ClassObjectMaker makeClassObject;
     InstanceMaker makeInstance;
-    /// Text for people, or null.
-    OLECHAR const* description = nullptr;
     /// List that ends with a null category, or null.
     CategoryEntry const* categories = nullptr;
     /// Called with true when the module starts and false when it ends, or null.

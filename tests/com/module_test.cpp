@@ -95,14 +95,8 @@ TEST_F(ModuleTest, RacingCallersGetOneClassObject) {
     std::array<ComPtr<IUnknown>, callers> found;
     for (int round = 0; round < rounds; ++round) {
         {
-            ObjectMapEntry fresh[] = {{&recordedClass,
-                                       0,
-                                       makeCachedClassFactory,
-                                       createWithOrWithoutOuter<Recorded>,
-                                       nullptr,
-                                       nullptr,
-                                       nullptr,
-                                       {}}};
+            ObjectMapEntry fresh[] = {
+                {&recordedClass, 0, makeCachedClassFactory, createWithOrWithoutOuter<Recorded>}};
             ComModuleRecord raced(fresh);
             std::barrier start(callers);
             std::vector<std::thread> threads;
@@ -151,14 +145,8 @@ TEST_F(ModuleEnd, RunsHooksThenTermFunctionsThenRefuses) {
     plan = {};
     static char first[] = "term 1";
     static char second[] = "term 2";
-    ObjectMapEntry objects[] = {{&recordedClass,
-                                 0,
-                                 makeCachedClassFactory,
-                                 createWithOrWithoutOuter<Recorded>,
-                                 nullptr,
-                                 nullptr,
-                                 hook,
-                                 {}}};
+    ObjectMapEntry objects[] = {{&recordedClass, 0, makeCachedClassFactory,
+                                 createWithOrWithoutOuter<Recorded>, nullptr, hook}};
     ComModuleRecord record(objects);
     EXPECT_EQ(currentModule(), nullptr);
     {
@@ -183,7 +171,7 @@ TEST_F(ModuleEnd, TheRecordGivesItsClassObjectsBack) {
     auto const maker = [](InstanceMaker, REFIID id, void** out) noexcept {
         return classObject.QueryInterface(id, out);
     };
-    ObjectMapEntry objects[] = {{&recordedClass, 0, maker, nullptr, nullptr, nullptr, nullptr, {}}};
+    ObjectMapEntry objects[] = {{&recordedClass, 0, maker, nullptr}};
     {
         ComModuleRecord record(objects);
         ComPtr<IUnknown> out;

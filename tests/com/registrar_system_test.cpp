@@ -68,6 +68,31 @@ TEST_F(ModuleTest, RegistersItsScriptResource) {
     module.updateRegistry(101, false, false);
 }
 
+TEST_F(ModuleTest, RegistersCategoriesOfAClass) {
+    static constexpr CategoryEntry categories[] = {
+        {&libraryOfTests, false}, {&recordedInterface, true}, {nullptr, false}};
+    Text const classKey =
+        OLESTR("Software\\Classes\\CLSID\\{6A1D9E04-27B3-4C58-A20F-7B3E914D65C8}");
+    Text const implemented =
+        classKey + OLESTR("\\Implemented Categories\\{3F0C6B52-8D21-4A77-9B6E-1055C27E410D}");
+    Text const required =
+        classKey + OLESTR("\\Required Categories\\{D42E7F11-50C6-4B39-8E74-2FA806BD935A}");
+    objects[1].registryScript = 101;
+    objects[1].categories = categories;
+    module.updateClass(objects[1], true, true);
+    EXPECT_TRUE(keyExists(implemented));
+    EXPECT_TRUE(keyExists(required));
+    EXPECT_TRUE(keyExists(testKey));
+    module.updateClass(objects[1], false, true);
+    EXPECT_FALSE(keyExists(classKey + OLESTR("\\Implemented Categories")));
+    EXPECT_FALSE(keyExists(classKey + OLESTR("\\Required Categories")));
+    EXPECT_FALSE(keyExists(testKey));
+    Registrar cleanup;
+    cleanup.setPerUser(true);
+    cleanup.unregisterScript(
+        OLESTR("HKCR { NoRemove CLSID { {6A1D9E04-27B3-4C58-A20F-7B3E914D65C8} } }"));
+}
+
 TEST_F(ModuleTest, AMissingScriptResourceIsAnError) {
     try {
         module.updateRegistry(999, true, false);

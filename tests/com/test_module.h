@@ -102,22 +102,9 @@ class ModuleTest : public testing::Test {
         plan.events.push_back(starting ? "module starts" : "module ends");
     }
 
-    ObjectMapEntry objects[2] = {{&hiddenClass,
-                                  0,
-                                  nullptr,
-                                  createWithOrWithoutOuter<Recorded>,
-                                  nullptr,
-                                  nullptr,
-                                  nullptr,
-                                  {}},
-                                 {&recordedClass,
-                                  0,
-                                  makeCachedClassFactory,
-                                  createWithOrWithoutOuter<Recorded>,
-                                  nullptr,
-                                  nullptr,
-                                  mainHook,
-                                  {}}};
+    ObjectMapEntry objects[2] = {{&hiddenClass, 0, nullptr, createWithOrWithoutOuter<Recorded>},
+                                 {&recordedClass, 0, makeCachedClassFactory,
+                                  createWithOrWithoutOuter<Recorded>, nullptr, mainHook}};
     ComModuleRecord record{objects};
     TestModule module{record, libraryOfTests};
 };
