@@ -1,6 +1,3 @@
-#include <cstdlib>
-#include <mutex>
-
 #include "dll_main.h"
 #include "module_attachment.h"
 
@@ -20,18 +17,19 @@ ModuleAttachment::~ModuleAttachment() {
 
 namespace {
 
-void detachProcess() {
-    DllMain(nullptr, DLL_PROCESS_DETACH, nullptr);
-}
-
-std::once_flag detachIsRegistered;
+struct ProcessEnd {
+    ~ProcessEnd() { DllMain(nullptr, DLL_PROCESS_DETACH, nullptr); }
+};
 
 }  // namespace
 
-// Exit handlers run in the reverse order of their registration, among the
-// destructors of all libraries' static objects.
+// Static objects go in the reverse order of their construction, those of all
+// libraries together, and those of this module with it when it is unloaded
+// first. An exit handler would stay behind then where a sanitizer keeps the
+// list of them.
 void detachWhenProcessEnds() {
-    std::call_once(detachIsRegistered, [] { std::atexit(&detachProcess); });
+    static ProcessEnd const end;
+    static_cast<void>(end);
 }
 
 }  // namespace velk::adapter
