@@ -17,11 +17,12 @@ using velk::adapter::SystemLocaleScope;
 // was registered for the user must be found again when it is unregistered.
 std::atomic<bool> perUser{false};
 
-/// Runs the registry scripts of all classes of the object map.
+/// Runs the registry scripts of all classes of the object map, and their
+/// component categories.
 void updateClasses(bool install) {
     auto& module = velk::adapter::comModule;
     for (auto const& entry : module.record().objects()) {
-        module.updateRegistry(entry.registryScript, install, perUser);
+        module.updateClass(entry, install, perUser);
     }
 }
 
