@@ -10,6 +10,9 @@ namespace velk::adapter {
 /// What the processor's address translation covers with one entry at best.
 inline constexpr std::size_t largePageBytes = std::size_t{2} << 20;
 
+/// What the processor fetches at once.
+inline constexpr std::size_t cacheLineBytes = 64;
+
 /// Tells the system that a block, aligned to large pages, is worth them: a
 /// read at a random place of a large table then costs one miss less. Only
 /// advice; without effect where the system has no such means.
@@ -33,7 +36,7 @@ template <typename Item>
 LargeArray<Item> makeLargeArray(std::size_t count) {
     std::size_t const bytes = count * sizeof(Item);
     bool const isLarge = bytes >= largePageBytes;
-    std::align_val_t const alignment{isLarge ? largePageBytes : alignof(std::max_align_t)};
+    std::align_val_t const alignment{isLarge ? largePageBytes : cacheLineBytes};
     void* const memory = ::operator new(bytes, alignment);
     if (isLarge) preferLargePages(memory, bytes);
     return LargeArray<Item>(static_cast<Item*>(memory), LargeDelete{alignment});

@@ -7,7 +7,7 @@
 namespace velk::adapter {
 namespace {
 
-constexpr std::size_t headUnits = 2;  // number, then length in characters
+constexpr std::size_t headUnits = 1;  // the length in characters
 
 }  // namespace
 
@@ -25,7 +25,7 @@ void NameStore::startBlock(std::size_t atLeast) {
     used_ = 0;
 }
 
-NameStore::Reference NameStore::add(std::int32_t number, std::basic_string_view<OLECHAR> text) {
+NameStore::Reference NameStore::add(std::basic_string_view<OLECHAR> text) {
     if (text.size() > std::numeric_limits<Unit>::max()) throw std::bad_alloc();
     std::size_t const bytes = text.size() * sizeof(OLECHAR);
     std::size_t const units = headUnits + (bytes + sizeof(Unit) - 1) / sizeof(Unit);
@@ -41,16 +41,14 @@ NameStore::Reference NameStore::add(std::int32_t number, std::basic_string_view<
         used_ += units;
     }
     Unit* const entry = &blocks_[block][place];
-    entry[0] = static_cast<Unit>(number);
-    entry[1] = static_cast<Unit>(text.size());
+    entry[0] = static_cast<Unit>(text.size());
     if (bytes != 0) std::memcpy(entry + headUnits, text.data(), bytes);
     return static_cast<Reference>(block << placeBits | place);
 }
 
-NameStore::Entry NameStore::at(Reference reference) const noexcept {
+std::basic_string_view<OLECHAR> NameStore::at(Reference reference) const noexcept {
     Unit const* const entry = &blocks_[reference >> placeBits][reference & (blockUnits - 1)];
-    return {static_cast<std::int32_t>(entry[0]),
-            {reinterpret_cast<OLECHAR const*>(entry + headUnits), entry[1]}};
+    return {reinterpret_cast<OLECHAR const*>(entry + headUnits), entry[0]};
 }
 
 }  // namespace velk::adapter

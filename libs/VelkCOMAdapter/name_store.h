@@ -13,26 +13,21 @@
 
 namespace velk::adapter {
 
-/// Texts, each with a number, that are only ever added and are freed together.
+/// Texts that are only ever added and are freed together.
 ///
 /// They lie one behind the other in large blocks, and a reference of 32 bits
-/// finds one again: a stored text costs its characters and eight bytes.
+/// finds one again: a stored text costs its characters and four bytes.
 /// Reading is safe on many threads as long as nobody adds.
 class NameStore {
   public:
     using Reference = std::uint32_t;
 
-    struct Entry {
-        std::int32_t number;
-        std::basic_string_view<OLECHAR> text;
-    };
-
     /// Copies `text`. Throws std::bad_alloc, also when all references are in
     /// use; nothing is stored then.
-    Reference add(std::int32_t number, std::basic_string_view<OLECHAR> text);
+    Reference add(std::basic_string_view<OLECHAR> text);
 
-    /// The entry behind a reference that `add` gave; valid as long as the store.
-    Entry at(Reference reference) const noexcept;
+    /// The text behind a reference that `add` gave; valid as long as the store.
+    std::basic_string_view<OLECHAR> at(Reference reference) const noexcept;
 
   private:
     // A reference is the block's index and the place in the block; places
