@@ -15,6 +15,8 @@ inline constexpr char manyNames[] = "GetIDsOfNames among 1,000,000 names";
 inline constexpr char manyNamesRepeated[] = "GetIDsOfNames of 100 names among 1,000,000";
 inline constexpr char oneThread[] = "facade Invoke on 1 thread";
 inline constexpr char twoThreads[] = "facade Invoke on 2 threads";
+inline constexpr char oneThreadDirect[] = "invokeByName on 1 thread";
+inline constexpr char twoThreadsDirect[] = "invokeByName on 2 threads";
 inline constexpr char oneThreadAlone[] = "arithmetic on 1 thread";
 inline constexpr char twoThreadsAlone[] = "arithmetic on 2 threads";
 

@@ -52,6 +52,22 @@ void callFacade(std::latch& start) {
     }
 }
 
+/// The host call alone, on an object of the thread's own.
+void callDirectly(std::latch& start) {
+    auto const object = SampleObject::create();
+    mzComStringC const name("Add");
+    mzComVariantArrayC const args = mzComVariantArrayC() << mzComVariantC(0) << mzComVariantC(0);
+    start.arrive_and_wait();
+    for (int i = 0; i < callsPerThread; ++i) {
+        mzComVariantC result;
+        mzComPtrT<mzIException> exception;
+        requireSuccess(
+            static_cast<HRESULT>(object->invokeByName(name, mzCallMethod, args, result, exception)),
+            "invokeByName");
+        benchmark::DoNotOptimize(result);
+    }
+}
+
 /// Work that shares nothing: what two threads gain on this machine at best.
 void calculate(std::latch& start) {
     start.arrive_and_wait();
@@ -75,5 +91,6 @@ void registerPair(char const* one, char const* two, Worker const& worker) {
 
 void registerThreadBenchmarks() {
     registerPair(measure::oneThread, measure::twoThreads, callFacade);
+    registerPair(measure::oneThreadDirect, measure::twoThreadsDirect, callDirectly);
     registerPair(measure::oneThreadAlone, measure::twoThreadsAlone, calculate);
 }
