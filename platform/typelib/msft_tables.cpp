@@ -16,6 +16,12 @@ constexpr std::size_t mostDimensions = 60;
 constexpr DWORD basicType = 0x80000000;
 constexpr DWORD typeMask = 0x0fff;
 
+// Whether a type says more than its number: what it points at, or which type
+// it is. Readers follow that without asking.
+constexpr bool needsDetail(VARTYPE type) {
+    return type == VT_PTR || type == VT_SAFEARRAY || type == VT_CARRAY || type == VT_USERDEFINED;
+}
+
 }  // namespace
 
 Tables::Tables(ByteView file, LibraryModel& model) : file_(file), model_(model) {
@@ -126,6 +132,7 @@ Tables::NestedType Tables::typeAtDepth(DWORD stored, int depth) {
         nested.description.vt = VT_VOID;
     } else if (stored & basicType) {
         nested.description.vt = static_cast<VARTYPE>(stored & typeMask);
+        require(!needsDetail(nested.description.vt), TYPE_E_INVDATAREAD);
     } else {
         auto const known = types_.find(stored);
         nested = known != types_.end() ? known->second : readType(stored, depth);
