@@ -26,5 +26,7 @@ inline constexpr char twoThreadsAlone[] = "arithmetic on 2 threads";
 void registerRuntimeBenchmarks();
 void registerFacadeBenchmarks();
 void registerThreadBenchmarks();
-/// Must come last: it fills the name table of the process.
-void registerNameBenchmarks();
+/// These fill the name table of the process, the second with a million names:
+/// they run after all others, in this order.
+void registerFewNamesBenchmark();
+void registerManyNamesBenchmarks();

@@ -74,10 +74,13 @@ double bytesPerFacade() {
     return static_cast<double>(allocatedBytes() - before) / (count - 1);
 }
 
-void registerNameBenchmarks() {
+void registerFewNamesBenchmark() {
     benchmark::RegisterBenchmark(measure::fewNames, [](benchmark::State& state) {
         measureLookup(state, fewNamesCount, fewNamesCount);
     });
+}
+
+void registerManyNamesBenchmarks() {
     benchmark::RegisterBenchmark(measure::manyNames, [](benchmark::State& state) {
         measureLookup(state, manyNamesCount, manyNamesCount);
     });
