@@ -1,12 +1,11 @@
 // The printed form of the test library against its approved text.
 
-#include <filesystem>
-#include <fstream>
 #include <regex>
 #include <sstream>
 
 #include <gtest/gtest.h>
 
+#include "baselines.h"
 #include "typelib_printer.h"
 
 namespace velk::test {
@@ -23,13 +22,7 @@ TEST(Printer, PrintsTheApprovedText) {
     std::ostringstream errors;
     ASSERT_EQ(tools::printTypeLibrary(VELK_SHAPES_TLB, out, errors), 0);
     EXPECT_EQ(errors.str(), "");
-    std::string const printed = withoutStamps(out.str());
-    std::filesystem::path const received = VELK_RECEIVED_BASELINE;
-    std::ofstream(received) << printed;
-    std::ifstream stream(VELK_APPROVED_BASELINE);
-    ASSERT_TRUE(stream.good()) << "no approved text; renew it with scripts/approve-baselines";
-    std::string const approved{std::istreambuf_iterator<char>(stream), {}};
-    EXPECT_EQ(printed, approved) << "printed text is in " << received;
+    expectApproved("shapes", withoutStamps(out.str()));
 }
 
 TEST(Printer, SaysWhyAFileCannotBePrinted) {

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "baselines.h"
 #include "shapes.h"
 #include "typelib_printer.h"
 
@@ -58,6 +59,7 @@ TEST(Samples, AreReadWithEveryNameOfTheirDumps) {
             EXPECT_NE(text.find(name), std::string::npos) << file << " lacks " << name;
         }
         EXPECT_EQ(text.find("unreadable"), std::string::npos) << file;
+        expectApproved(file.stem().string(), text);
         ++compared;
     }
     EXPECT_GT(compared, 0);
