@@ -66,10 +66,6 @@ bool refuse(mzComVariantC& dst) {
     return false;
 }
 
-bool coerce(VARIANT const& src, VARTYPE type, Variant& coerced) {
-    return SUCCEEDED(VariantChangeType(coerced.put(), &src, 0, type));
-}
-
 bool isUnsigned32(VARTYPE type) {
     VARTYPE const plain = type & VT_TYPEMASK;
     return plain == VT_UI4 || plain == VT_UINT;
@@ -77,7 +73,7 @@ bool isUnsigned32(VARTYPE type) {
 
 bool takeInteger(VARIANT const& src, mzComVariantC& dst) {
     Variant coerced;
-    if (!coerce(src, VT_I4, coerced)) return refuse(dst);
+    if (FAILED(velk::com::changeType(src, VT_I4, coerced))) return refuse(dst);
     // Systems differ on an unsigned value above the signed range: some fail,
     // some keep its bits, which would make it another number here.
     if (isUnsigned32(src.vt) && coerced.get().lVal < 0) return refuse(dst);
@@ -87,21 +83,21 @@ bool takeInteger(VARIANT const& src, mzComVariantC& dst) {
 
 bool takeNumber(VARIANT const& src, mzComVariantC& dst) {
     Variant coerced;
-    if (!coerce(src, VT_R8, coerced)) return refuse(dst);
+    if (FAILED(velk::com::changeType(src, VT_R8, coerced))) return refuse(dst);
     dst.set(coerced.get().dblVal);
     return true;
 }
 
 bool takeTruth(VARIANT const& src, mzComVariantC& dst) {
     Variant coerced;
-    if (!coerce(src, VT_I4, coerced)) return refuse(dst);
+    if (FAILED(velk::com::changeType(src, VT_I4, coerced))) return refuse(dst);
     dst.set(coerced.get().lVal != 0);
     return true;
 }
 
 bool takeDate(VARIANT const& src, mzComVariantC& dst) {
     Variant coerced;
-    if (!coerce(src, VT_BSTR, coerced)) return refuse(dst);
+    if (FAILED(velk::com::changeType(src, VT_BSTR, coerced))) return refuse(dst);
     dst.set(mzComStringC(static_cast<OLECHAR const*>(coerced.get().bstrVal)));
     return true;
 }

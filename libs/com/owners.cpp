@@ -48,4 +48,9 @@ Variant copyVariant(VARIANT const& source) {
     return copy;
 }
 
+HRESULT changeType(VARIANT const& source, VARTYPE type, Variant& result) noexcept {
+    // Not every system's header says that the source stays as it is.
+    return VariantChangeType(result.put(), const_cast<VARIANT*>(&source), 0, type);
+}
+
 }  // namespace velk::com

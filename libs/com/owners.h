@@ -58,6 +58,10 @@ inline TextView viewBstr(Bstr const& text) noexcept {
 /// A copy of `source`. Throws Error with the failure of VariantCopy.
 Variant copyVariant(VARIANT const& source);
 
+/// `VariantChangeType` of `source` with flags 0, into `result`; `result` is
+/// empty when it fails.
+HRESULT changeType(VARIANT const& source, VARTYPE type, Variant& result) noexcept;
+
 /// The text that a task-memory block holds, up to its NUL.
 inline LPOLESTR taskText(TaskMemory const& block) noexcept {
     return static_cast<LPOLESTR>(block.get());

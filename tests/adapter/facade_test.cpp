@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <limits>
 #include <thread>
 
@@ -124,7 +125,7 @@ TEST_F(Facade, TurnsFlagsIntoCallKinds) {
 TEST_F(Facade, UnknownNumbersReachNobody) {
     DISPID const last = idOf(*facade.get(), OLESTR("Only"));
     for (DISPID const unknown :
-         {DISPID{1}, DISPID{99}, last + 1, DISPID_NEWENUM, DISPID_UNKNOWN,
+         {DISPID{1}, DISPID{99}, DISPID{last + 1}, DISPID{DISPID_NEWENUM}, DISPID{DISPID_UNKNOWN},
           std::numeric_limits<DISPID>::max(), std::numeric_limits<DISPID>::min()}) {
         EXPECT_EQ(call(unknown, DISPATCH_METHOD).code, DISP_E_MEMBERNOTFOUND) << unknown;
         EXPECT_TRUE(host->calls().empty()) << unknown;

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "conversions.h"
 #include "interfaces.h"
 #include "support/native_values.h"

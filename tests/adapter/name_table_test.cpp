@@ -34,7 +34,7 @@ TEST(NameTable, GivesEachNameItsOwnNumberAndBack) {
         ASSERT_EQ(nameOf(table, 99 + number), numbered(number));
     }
     mzComStringC untouched("untouched");
-    for (DISPID const unknown : {DISPID{99}, DISPID{0}, DISPID{-4}, 100 + count}) {
+    for (DISPID const unknown : {DISPID{99}, DISPID{0}, DISPID{-4}, DISPID{100 + count}}) {
         EXPECT_FALSE(table.nameOf(unknown, untouched));
     }
     EXPECT_EQ(untouched.toUtf8(), "untouched");

@@ -108,7 +108,7 @@ TEST(NativeToHost, DateBecomesTheTextThatTheSystemMakes) {
     double day = 36526.5;
     VARIANT const byValue = makeValue(VT_DATE, [&](VARIANT& value) { value.date = day; });
     velk::com::Variant text;
-    ASSERT_EQ(VariantChangeType(text.put(), &byValue, 0, VT_BSTR), S_OK);
+    ASSERT_EQ(velk::com::changeType(byValue, VT_BSTR, text), S_OK);
     std::string const expected = "text " + mzComStringC::fromBSTR(text.get().bstrVal).toUtf8();
     EXPECT_EQ(convert(byValue), expected);
     EXPECT_EQ(convert(makeValue(VT_DATE | VT_BYREF, [&](VARIANT& v) { v.pdate = &day; })),

@@ -57,7 +57,7 @@ class DispatchImplTest : public ModuleTest {
     }
     void TearDown() override {
         object.reset();
-        UnRegisterTypeLibForUser(testedLibrary, 1, 0, libraryLocale, SYS_WIN64);
+        UnRegisterTypeLib(testedLibrary, 1, 0, libraryLocale, SYS_WIN64);
         ModuleTest::TearDown();
     }
 
@@ -68,7 +68,7 @@ class DispatchImplTest : public ModuleTest {
         path += OLESTR("com_tests.tlb");
         ComPtr<ITypeLib> library;
         ASSERT_EQ(LoadTypeLibEx(path.c_str(), REGKIND_NONE, library.put()), S_OK) << toUtf8(path);
-        ASSERT_EQ(RegisterTypeLibForUser(library.get(), path.data(), nullptr), S_OK);
+        ASSERT_EQ(RegisterTypeLib(library.get(), path.data(), nullptr), S_OK);
     }
     HRESULT idOf(std::basic_string<OLECHAR> name, DISPID& id) {
         LPOLESTR names[] = {name.data()};

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <objbase.h>
+#include <windows.h>
+
 #include <oleauto.h>
 
 #include "com/owners.h"

@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+#include <windows.h>
+
 #include <oleauto.h>
 
 #include "support/installed_module.h"

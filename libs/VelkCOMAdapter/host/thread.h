@@ -10,8 +10,10 @@ class VELKCORE_API mzThreadBaseC {
     mzThreadBaseC(mzThreadBaseC const&) = delete;
     mzThreadBaseC& operator=(mzThreadBaseC const&) = delete;
 
-    /// True from a successful `start` until the thread function has returned
-    /// and the thread's own values are gone, detached or not. Any thread.
+    /// True from a successful `start` until the thread function has returned,
+    /// detached or not; where the system lets another thread wait for that
+    /// while it unloads a module, until the thread's own values are gone too.
+    /// Any thread.
     bool isActive() const;
 
   protected:

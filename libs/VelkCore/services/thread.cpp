@@ -5,25 +5,13 @@
 #include <system_error>
 #include <thread>
 
+#include "services/thread_run.h"
+
 namespace {
 
-/// One run of a thread function, shared by the thread and its object.
-struct Run {
-    std::atomic<bool> active{true};
-};
-
-/// Ends the run when the thread's own values are gone: it must be the first
-/// thread-local object that the thread makes, so that it is the last to go.
-struct RunEnd {
-    std::shared_ptr<Run> run;
-    ~RunEnd() {
-        if (run) run->active.store(false);
-    }
-};
-
-void runThread(std::shared_ptr<Run> run, unsigned (*function)(void*), void* argument) {
-    thread_local RunEnd end;
-    end.run = std::move(run);
+void runThread(std::shared_ptr<velk::core::ThreadRun> run, unsigned (*function)(void*),
+               void* argument) {
+    velk::core::ThreadRunEnd const end(std::move(run));
     function(argument);
 }
 
@@ -32,7 +20,7 @@ void runThread(std::shared_ptr<Run> run, unsigned (*function)(void*), void* argu
 struct mzThreadBaseC::State {
     mutable std::mutex mutex;
     // The run started last, empty before the first.
-    std::shared_ptr<Run> run;
+    std::shared_ptr<velk::core::ThreadRun> run;
     bool detached = false;
 };
 
@@ -54,7 +42,7 @@ bool mzThreadC::start(unsigned (*function)(void*), void* argument) {
     std::lock_guard const guard(state_->mutex);
     if (state_->run && state_->run->active.load() && !state_->detached) return false;
     try {
-        auto run = std::make_shared<Run>();
+        auto run = std::make_shared<velk::core::ThreadRun>();
         std::thread(runThread, run, function, argument).detach();
         state_->run = std::move(run);
         state_->detached = false;

@@ -23,7 +23,7 @@ class Registration : public testing::Test {
     void SetUp() override {
         library_ = loadShapes();
         path_ = shapesPath();
-        ASSERT_EQ(RegisterTypeLib(library_.get(), path_.c_str(), nullptr), S_OK);
+        ASSERT_EQ(RegisterTypeLib(library_.get(), path_.data(), nullptr), S_OK);
     }
     void TearDown() override { UnRegisterTypeLib(shapesId(0x01), 1, 2, german, SYS_WIN64); }
 

@@ -191,13 +191,13 @@ TEST(Routing, AThreadThatWaitsServesCallsBack) {
         }
     });
     {
-        mzComPtrC const far = made.get_future().get();
-        mzComPtrT<Sample> near(new Sample);
+        mzComPtrC const distant = made.get_future().get();
+        mzComPtrT<Sample> local(new Sample);
         Outcome const outcome =
-            call(far.iface(), "Forward", method, {reference(near->getIUnknown())});
+            call(distant.iface(), "Forward", method, {reference(local->getIUnknown())});
         EXPECT_EQ(outcome.code, mzSuccess) << outcome.exception;
         EXPECT_EQ(outcome.integer(), 1);
-        EXPECT_EQ(near->value(), 1);
+        EXPECT_EQ(local->value(), 1);
     }
     stop = true;
     owner.join();
