@@ -4,6 +4,12 @@
 #include "com/module.h"
 
 namespace velk::com {
+namespace {
+
+// English (United States), the locale of the libraries that modules carry.
+constexpr LCID libraryLocale = 0x0409;
+
+}  // namespace
 
 HRESULT TypeInfoHolder::get(LCID lcid, ComPtr<ITypeInfo>& out) noexcept {
     out.reset();
@@ -22,8 +28,14 @@ HRESULT TypeInfoHolder::get(LCID lcid, ComPtr<ITypeInfo>& out) noexcept {
 
 HRESULT TypeInfoHolder::load(LCID lcid, ComPtr<ITypeInfo>& out) const noexcept {
     ComPtr<ITypeLib> library;
-    HRESULT code =
-        LoadRegTypeLib(*source_.libraryId, source_.major, source_.minor, lcid, library.put());
+    auto const find = [&](LCID locale) {
+        return LoadRegTypeLib(*source_.libraryId, source_.major, source_.minor, locale,
+                              library.put());
+    };
+    HRESULT code = find(lcid);
+    // Not every system takes another language when there is none of that
+    // locale, and clients ask with whatever theirs is.
+    if (FAILED(code) && lcid != libraryLocale && SUCCEEDED(find(libraryLocale))) code = S_OK;
     if (SUCCEEDED(code)) code = library->GetTypeInfoOfGuid(*source_.interfaceId, out.put());
     return code;
 }

@@ -11,6 +11,7 @@
 #include "host/call_routing.h"
 #include "host/sleep.h"
 #include "services/immortal.h"
+#include "services/thread_end.h"
 
 namespace velk::core {
 
@@ -83,11 +84,10 @@ class Directory {
         return *directory;
     }
 
-    std::shared_ptr<Mailbox> open(std::int64_t thread) {
+    void open(std::int64_t thread) {
         auto box = std::make_shared<Mailbox>();
         std::unique_lock const hold(mutex_);
-        boxes_.emplace(thread, box);
-        return box;
+        boxes_.emplace(thread, std::move(box));
     }
 
     std::shared_ptr<Mailbox> find(std::int64_t thread) const {
@@ -130,23 +130,17 @@ class Directory {
 thread_local std::int64_t threadNumber = 0;
 thread_local void (*threadPump)() = nullptr;
 
-// Closes the thread's mailbox when the thread ends.
-struct MailboxOwner {
-    std::shared_ptr<Mailbox> box;
-
-    ~MailboxOwner() {
-        if (box) {
-            Directory::instance().close(threadNumber);
-        }
-    }
-};
-thread_local MailboxOwner threadMailbox;
+void closeMailbox(void* thread) {
+    Directory::instance().close(reinterpret_cast<std::intptr_t>(thread));
+}
 
 std::int64_t numberThisThread() noexcept {
     static std::atomic<std::int64_t> last{0};
-    threadNumber = ++last;
-    threadMailbox.box = Directory::instance().open(threadNumber);
-    return threadNumber;
+    std::int64_t const number = ++last;
+    threadNumber = number;
+    Directory::instance().open(number);
+    atThreadEnd(&closeMailbox, reinterpret_cast<void*>(static_cast<std::intptr_t>(number)));
+    return number;
 }
 
 std::shared_ptr<Mailbox> ownMailbox() {

@@ -4,22 +4,20 @@
 
 #include <objbase.h>
 
-namespace {
+#include "services/thread_end.h"
 
-// Whether this thread owes COM a CoUninitialize.
-thread_local constinit bool entered = false;
-
-}  // namespace
+// The thread's mark says whether it owes COM a CoUninitialize.
 
 void PCoInitializer::attach(unsigned long coinitFlags) {
-    if (entered) return;
+    if (velk::core::threadMark()) return;
     // S_FALSE (the thread was in COM already) counts as an entry too; only a
     // refusal, RPC_E_CHANGED_MODE above all, is not to be balanced.
-    entered = SUCCEEDED(CoInitializeEx(nullptr, static_cast<DWORD>(coinitFlags)));
+    velk::core::setThreadMark(
+        SUCCEEDED(CoInitializeEx(nullptr, static_cast<DWORD>(coinitFlags))));
 }
 
 void PCoInitializer::detach() {
-    if (!entered) return;
-    entered = false;
+    if (!velk::core::threadMark()) return;
+    velk::core::setThreadMark(false);
     CoUninitialize();
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "services/immortal.h"
+#include "services/thread_end.h"
 
 namespace {
 
@@ -64,47 +65,37 @@ bool destroyValue(ThreadValues& thread, int index) {
     return true;
 }
 
+thread_local constinit ThreadValues* current = nullptr;
+thread_local constinit bool ended = false;
+
 /// Ends the thread's values with the thread.
-class ThreadEnd {
-  public:
-    ~ThreadEnd() {
-        if (!values_) return;
-        // Destroying one value may set another; what is set again and again
-        // is left behind after a few rounds.
-        constexpr int rounds = 4;
-        for (int round = 0, found = 1; found && round < rounds; ++round) {
-            found = 0;
-            for (int i = 0; i < maxSlots; ++i) found += destroyValue(*values_, i);
-        }
-        current = nullptr;
-        ended = true;
-        Registry& all = registry();
-        std::lock_guard const guard(all.mutex);
-        std::erase(all.threads, values_.get());
+void endValues(void* ending) {
+    std::unique_ptr<ThreadValues> const values(static_cast<ThreadValues*>(ending));
+    // What is destroyed may still ask for the thread's values.
+    current = values.get();
+    // Destroying one value may set another; what is set again and again is
+    // left behind after a few rounds.
+    constexpr int rounds = 4;
+    for (int round = 0, found = 1; found && round < rounds; ++round) {
+        found = 0;
+        for (int i = 0; i < maxSlots; ++i) found += destroyValue(*values, i);
     }
-
-    ThreadValues* values() {
-        if (current || ended) return current;
-        auto fresh = std::make_unique<ThreadValues>();
-        Registry& all = registry();
-        std::lock_guard const guard(all.mutex);
-        all.threads.push_back(fresh.get());
-        values_ = std::move(fresh);
-        return current = values_.get();
-    }
-
-    // Outlive the object itself: other thread-local objects go later.
-    static thread_local constinit inline ThreadValues* current = nullptr;
-    static thread_local constinit inline bool ended = false;
-
-  private:
-    std::unique_ptr<ThreadValues> values_;
-};
+    current = nullptr;
+    ended = true;
+    Registry& all = registry();
+    std::lock_guard const guard(all.mutex);
+    std::erase(all.threads, values.get());
+}
 
 ThreadValues* currentValues() {
-    if (ThreadEnd::current || ThreadEnd::ended) return ThreadEnd::current;
-    thread_local ThreadEnd end;
-    return end.values();
+    if (current || ended) return current;
+    auto fresh = std::make_unique<ThreadValues>();
+    Registry& all = registry();
+    std::lock_guard const guard(all.mutex);
+    all.threads.reserve(all.threads.size() + 1);
+    velk::core::atThreadEnd(&endValues, fresh.get());
+    all.threads.push_back(fresh.get());
+    return current = fresh.release();
 }
 
 bool isSlot(int slot) {

@@ -33,7 +33,8 @@ void dumpValues(HKEY key, std::string const& path, RegistryTable& table) {
     }
 }
 
-void dumpBelow(HKEY key, std::string const& path, RegistryTable& table) {
+void dumpBelow(HKEY key, std::string const& path,
+               std::function<bool(std::string const&)> const& enter, RegistryTable& table) {
     dumpValues(key, path, table);
     for (DWORD index = 0;; ++index) {
         OLECHAR name[nameCapacity];
@@ -45,22 +46,29 @@ void dumpBelow(HKEY key, std::string const& path, RegistryTable& table) {
         Text const child(name, length);
         std::string const childPath = path.empty() ? narrow(child) : path + "\\" + narrow(child);
         table[childPath] = "";
+        if (!enter(childPath)) continue;
         RegistryKey opened;
         if (RegOpenKeyExW(key, child.c_str(), 0, KEY_READ, opened.put()) == ERROR_SUCCESS) {
-            dumpBelow(opened.get(), childPath, table);
+            dumpBelow(opened.get(), childPath, enter, table);
         }
     }
 }
 
 }  // namespace
 
-RegistryTable dumpRegistry(HKEY root, std::string const& key) {
+RegistryTable dumpRegistry(HKEY root, std::string const& key,
+                           std::function<bool(std::string const&)> const& enter) {
     RegistryTable table;
     RegistryKey opened;
     if (RegOpenKeyExW(root, wide(key).c_str(), 0, KEY_READ, opened.put()) == ERROR_SUCCESS) {
-        dumpBelow(opened.get(), "", table);
+        dumpBelow(opened.get(), "", enter, table);
     }
     return table;
+}
+
+bool keyExists(HKEY root, std::string const& key) {
+    RegistryKey opened;
+    return RegOpenKeyExW(root, wide(key).c_str(), 0, KEY_READ, opened.put()) == ERROR_SUCCESS;
 }
 
 void writeText(HKEY root, std::string const& key, std::string const& name,

@@ -1,6 +1,7 @@
 /// The registry as a table of texts.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 
@@ -13,9 +14,12 @@ namespace velk::test {
 /// by their type number.
 using RegistryTable = std::map<std::string, std::string>;
 
-/// Everything below `key` of one of the predefined keys; empty when the key
-/// does not exist.
-RegistryTable dumpRegistry(HKEY root, std::string const& key);
+/// Everything below `key` of one of the predefined keys, where `enter` says of
+/// each key whether to look into it; empty when the key does not exist.
+RegistryTable dumpRegistry(HKEY root, std::string const& key,
+                           std::function<bool(std::string const&)> const& enter);
+
+bool keyExists(HKEY root, std::string const& key);
 
 /// Writes a text, making the key where needed.
 void writeText(HKEY root, std::string const& key, std::string const& name, std::string const& text);

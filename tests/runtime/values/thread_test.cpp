@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include "host/sleep.h"
-#include "host/tls.h"
 
 namespace {
 
@@ -72,26 +71,6 @@ TEST(Thread, DetachedItStaysActiveAndMakesRoomForTheNext) {
     first.open = true;
     while (!first.left) mzSleep(1);
     EXPECT_TRUE(first.entered);
-}
-
-std::atomic<bool> destroyed = false;
-
-TEST(Thread, IsOverOnlyWhenItsValuesAreGone) {
-    int const slot = mzTlsAlloc([](void*) {
-        mzSleep(30);
-        destroyed = true;
-    });
-    int value = slot;
-    mzThreadC thread;
-    ASSERT_TRUE(thread.start(
-        [](void* argument) {
-            *mzTlsGet(*static_cast<int*>(argument)) = argument;
-            return 0u;
-        },
-        &value));
-    waitForEnd(thread);
-    EXPECT_TRUE(destroyed);
-    mzTlsFree(slot);
 }
 
 TEST(Sleep, LastsAtLeastAsLongAsAsked) {
