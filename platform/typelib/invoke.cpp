@@ -104,6 +104,7 @@ class MemberCall {
         : owner_(owner), function_(function), given_(given), map_(function, given, flags) {}
 
     HRESULT run(void* instance, VARIANT* result, EXCEPINFO* exception) {
+        requireEnoughArguments();
         for (std::size_t i = 0; i < function_.parameters.size(); ++i) bindParameter(i);
         auto const resultType = resolveForInvoke(owner_.library(), function_.result);
         auto const kind =
@@ -121,6 +122,17 @@ class MemberCall {
     }
 
   private:
+    // Too few arguments are a wrong count. That a certain one is missing is
+    // said only where as many as are needed were given.
+    void requireEnoughArguments() const {
+        UINT required = 0;
+        for (std::size_t i = 0; i < function_.parameters.size(); ++i) {
+            if (!isVisible(function_.parameters[i]) || map_.isVararg(i)) continue;
+            if (!isOptional(i)) ++required;
+        }
+        require(given_.cArgs >= required, DISP_E_BADPARAMCOUNT);
+    }
+
     InvokeArgument& newArgument() {
         return *arguments_.emplace_back(std::make_unique<InvokeArgument>());
     }

@@ -98,7 +98,7 @@ HRESULT TypeInfo::GetTypeAttr(TYPEATTR** attributes) noexcept {
         description->cImplTypes = static_cast<WORD>(model_.implemented.size());
         description->cbSizeVft = view_ == View::dispatch ? dispatchVtableSize : model_.vtableSize;
         description->cbAlignment = model_.alignment;
-        description->wTypeFlags = model_.flags;
+        description->wTypeFlags = publishedFlags();
         description->wMajorVerNum = model_.majorVersion;
         description->wMinorVerNum = model_.minorVersion;
         description->tdescAlias = model_.alias;

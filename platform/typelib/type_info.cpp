@@ -102,9 +102,16 @@ HRESULT TypeInfo::GetTypeKind(TYPEKIND* kindOut) noexcept {
     return S_OK;
 }
 
+// A dispinterface is never said to be for automation, even where it is one
+// view of a dual interface that is.
+WORD TypeInfo::publishedFlags() const {
+    auto const hidden = kind() == TKIND_DISPATCH ? TYPEFLAG_FOLEAUTOMATION : 0;
+    return static_cast<WORD>(model_.flags & ~hidden);
+}
+
 HRESULT TypeInfo::GetTypeFlags(ULONG* flags) noexcept {
     if (!flags) return E_INVALIDARG;
-    *flags = model_.flags;
+    *flags = publishedFlags();
     return S_OK;
 }
 

@@ -128,6 +128,7 @@ class TypeInfo final : public ITypeInfo2, public ITypeComp {
     ImplementedModel implementedAt(UINT index) const;
     CustomData functionCustomData(UINT index);
     CustomData parameterCustomData(UINT function, UINT parameter);
+    WORD publishedFlags() const;
 
     TypeLibrary& library_;
     TypeModel const& model_;
