@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "shapes.h"
+#include "support/expected_difference.h"
 
 namespace velk::test {
 namespace {
@@ -31,6 +32,10 @@ TEST(Library, TellsItsDocumentation) {
     EXPECT_EQ(taken(name), OLESTR("Shapes"));
     EXPECT_EQ(taken(help), OLESTR("Shapes of the tests"));
     EXPECT_NE(taken(file).find(OLESTR("shapes.hlp")), Wide::npos);
+    DWORD context = 0;
+    EXPECT_EQ(library->GetDocumentation(-1, nullptr, nullptr, &context, nullptr), S_OK);
+    expectDifference(System::wine, "a library has no help context",
+                     [&] { EXPECT_EQ(context, 77u); });
     // Every out-parameter may be left out.
     EXPECT_EQ(library->GetDocumentation(-1, nullptr, nullptr, nullptr, nullptr), S_OK);
     EXPECT_EQ(library->GetDocumentation(1000, &name, nullptr, nullptr, nullptr),
@@ -55,28 +60,37 @@ TEST(Library, FindsTypesByIndexAndIdentifier) {
     type->Release();
 }
 
+void expectName(ITypeLib* library, Wide name, bool expected, Wide const& spelling) {
+    BOOL found = FALSE;
+    EXPECT_EQ(library->IsName(name.data(), 0, &found), S_OK);
+    EXPECT_EQ(found != FALSE, expected);
+    ITypeInfo* types[4] = {};
+    MEMBERID members[4] = {};
+    USHORT count = 4;
+    EXPECT_EQ(library->FindName(name.data(), 0, types, members, &count), S_OK);
+    EXPECT_EQ(count > 0, expected);
+    EXPECT_EQ(name, spelling);
+    for (USHORT i = 0; i < count; ++i) types[i]->Release();
+}
+
+TEST(Library, FindsNames) {
+    auto const library = loadShapes();
+    for (Wide const name : {OLESTR("Recorder"), OLESTR("Green"), OLESTR("Compute")}) {
+        expectName(library.get(), name, true, name);
+    }
+    expectName(library.get(), OLESTR("nothing"), false, OLESTR("nothing"));
+}
+
 TEST(Library, FindsNamesInWhateverCase) {
     auto const library = loadShapes();
     struct {
-        Wide name;
-        bool found;
-        Wide spelling;
-    } const cases[] = {{OLESTR("recorder"), true, OLESTR("Recorder")},
-                       {OLESTR("GREEN"), true, OLESTR("Green")},
-                       {OLESTR("compute"), true, OLESTR("Compute")},
-                       {OLESTR("nothing"), false, OLESTR("nothing")}};
+        Wide name, spelling;
+    } const cases[] = {{OLESTR("recorder"), OLESTR("Recorder")},
+                       {OLESTR("GREEN"), OLESTR("Green")},
+                       {OLESTR("compute"), OLESTR("Compute")}};
     for (auto const& entry : cases) {
-        Wide buffer = entry.name;
-        BOOL found = FALSE;
-        EXPECT_EQ(library->IsName(buffer.data(), 0, &found), S_OK);
-        EXPECT_EQ(found != FALSE, entry.found);
-        ITypeInfo* types[4] = {};
-        MEMBERID members[4] = {};
-        USHORT count = 4;
-        EXPECT_EQ(library->FindName(buffer.data(), 0, types, members, &count), S_OK);
-        EXPECT_EQ(count > 0, entry.found);
-        EXPECT_EQ(buffer, entry.spelling);
-        for (USHORT i = 0; i < count; ++i) types[i]->Release();
+        expectDifference(System::wine, "a library compares names with regard to case",
+                         [&] { expectName(library.get(), entry.name, true, entry.spelling); });
     }
 }
 

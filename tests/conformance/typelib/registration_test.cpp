@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "shapes.h"
+#include "support/expected_difference.h"
 
 namespace velk::test {
 namespace {
@@ -59,7 +60,10 @@ TEST_F(Registration, IsGoneAfterwards) {
     ITypeLib* found = nullptr;
     EXPECT_EQ(LoadRegTypeLib(shapesId(0x01), 1, 2, german, &found), TYPE_E_LIBNOTREGISTERED);
     EXPECT_EQ(found, nullptr);
-    EXPECT_EQ(UnRegisterTypeLib(shapesId(0x01), 1, 2, german, SYS_WIN64), TYPE_E_REGISTRYACCESS);
+    expectDifference(System::wine, "a library without registration is an invalid argument", [] {
+        EXPECT_EQ(UnRegisterTypeLib(shapesId(0x01), 1, 2, german, SYS_WIN64),
+                  TYPE_E_REGISTRYACCESS);
+    });
 }
 
 TEST_F(Registration, NeedsAKnownLibrary) {

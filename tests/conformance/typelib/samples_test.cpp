@@ -10,6 +10,7 @@
 
 #include "baselines.h"
 #include "shapes.h"
+#include "support/expected_difference.h"
 #include "typelib_printer.h"
 
 namespace velk::test {
@@ -59,7 +60,8 @@ TEST(Samples, AreReadWithEveryNameOfTheirDumps) {
             EXPECT_NE(text.find(name), std::string::npos) << file << " lacks " << name;
         }
         EXPECT_EQ(text.find("unreadable"), std::string::npos) << file;
-        expectApproved(file.stem().string(), text);
+        expectDifference(System::wine, "a library for 32 bits keeps its offsets and vtable sizes",
+                         [&] { expectApproved(file.stem().string(), text); });
         ++compared;
     }
     EXPECT_GT(compared, 0);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "shapes.h"
+#include "support/expected_difference.h"
 
 namespace velk::test {
 namespace {
@@ -133,7 +134,29 @@ TEST(Type, ClassNamesItsInterfaces) {
     EXPECT_EQ(type->GetRefTypeOfImplType(3, &reference), TYPE_E_ELEMENTNOTFOUND);
     void* object = nullptr;
     auto const color = typeNamed(library.get(), OLESTR("Color"));
-    EXPECT_EQ(color->CreateInstance(nullptr, IID_IUnknown, &object), TYPE_E_WRONGTYPEKIND);
+    expectDifference(System::wine, "creation from no class is an invalid argument", [&] {
+        EXPECT_EQ(color->CreateInstance(nullptr, IID_IUnknown, &object), TYPE_E_WRONGTYPEKIND);
+    });
+}
+
+ULONG flagsOf(ITypeInfo* type) {
+    ITypeInfo2* extended = nullptr;
+    EXPECT_EQ(type->QueryInterface(IID_ITypeInfo2, reinterpret_cast<void**>(&extended)), S_OK);
+    ULONG flags = 0;
+    EXPECT_EQ(Owned<ITypeInfo2>(extended)->GetTypeFlags(&flags), S_OK);
+    return flags;
+}
+
+TEST(Type, OnlyTheVtableViewIsForAutomation) {
+    auto const library = loadShapes();
+    auto const type = typeNamed(library.get(), OLESTR("IRecorder"));
+    auto const view = otherView(type.get());
+    constexpr ULONG common = TYPEFLAG_FDUAL | TYPEFLAG_FNONEXTENSIBLE | TYPEFLAG_FDISPATCHABLE;
+    EXPECT_EQ(attributesOf(view.get())->wTypeFlags, common | TYPEFLAG_FOLEAUTOMATION);
+    EXPECT_EQ(flagsOf(view.get()), common | TYPEFLAG_FOLEAUTOMATION);
+    EXPECT_EQ(attributesOf(type.get())->wTypeFlags, common);
+    expectDifference(System::wine, "the flags of a dispinterface say that it is for automation",
+                     [&] { EXPECT_EQ(flagsOf(type.get()), common); });
 }
 
 TEST(Type, ModuleTellsItsEntries) {
