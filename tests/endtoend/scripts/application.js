@@ -1,0 +1,25 @@
+// The life of the host application: started by the first object, ended,
+// started again; a script may also leave it running.
+var checks = 0;
+var failures = 0;
+
+function check(what, expected, actual) {
+    ++checks;
+    if (expected === actual) return;
+    ++failures;
+    WScript.Echo("FAILED: " + what + ": expected " + expected + ", got " + actual);
+}
+
+var proxy = new ActiveXObject("VelkCOMAdapter.VelkCOMProxy");
+for (var round = 1; round <= 2; ++round) {
+    var words = proxy.CreateObject("scripting.dictionary");
+    words.Add("round", round);
+    check("an object of application " + round, round, words.Item("round"));
+    words = null;
+    if (round === 1) proxy.TerminateApplication();
+}
+check("GetObject of nothing", null, proxy.GetObject("no.such.object"));
+check("CreateObject of nothing", null, proxy.CreateObject("no.such.object"));
+
+// The application still runs when the script ends.
+if (failures === 0) WScript.Echo("all " + checks + " checks passed");
