@@ -8,7 +8,14 @@ DllInstall
 DllRegisterServer
 DllUnregisterServer
 convertMZCOMIDispatch2MSCOMIDispatch"
-found=$(nm -D --defined-only "$1" | awk '{ print $NF }' | LC_ALL=C sort)
+case $1 in
+*.dll)
+    found=$(x86_64-w64-mingw32-objdump -p "$1" |
+        sed -n '/Ordinal\/Name Pointer/,/^$/s/^[[:space:]]*\[ *[0-9][^]]*\] //p')
+    ;;
+*) found=$(nm -D --defined-only "$1" | awk '{ print $NF }') ;;
+esac
+found=$(echo "$found" | LC_ALL=C sort)
 if [ "$found" != "$expected" ]; then
     echo "exported:"
     echo "$found"

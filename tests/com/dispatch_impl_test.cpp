@@ -110,6 +110,15 @@ TEST_F(DispatchImplTest, WorksOnceTheLibraryIsRegistered) {
     EXPECT_EQ(first, second) << "the type information is kept";
 }
 
+TEST_F(DispatchImplTest, WorksInTheLocaleOfAnyClient) {
+    registerLibrary();
+    constexpr LCID french = 0x040C;
+    OLECHAR name[] = OLESTR("Add");
+    LPOLESTR names[] = {name};
+    DISPID id = 0;
+    EXPECT_EQ(object->GetIDsOfNames(IID_NULL, names, 1, french, &id), S_OK);
+}
+
 TEST_F(DispatchImplTest, CallsTheMethodsOfTheInterface) {
     registerLibrary();
     VARIANT arguments[2]{};

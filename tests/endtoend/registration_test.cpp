@@ -238,8 +238,8 @@ class ModuleCopy {
 };
 
 TEST_F(Registration, WritesUnusualPathsAsTheyAre) {
-    for (char const* name : {"it's a 'copy'.so", "\xc3\xa4\xe6\x97\xa5\xf0\x9f\x98\x80.so",
-                             "%APPID% 100%.so"}) {
+    for (char const* name :
+         {"it's a 'copy'.so", "\xc3\xa4\xe6\x97\xa5\xf0\x9f\x98\x80.so", "%APPID% 100%.so"}) {
         ModuleCopy const copy(name);
         InstalledModule const module(copy.path());
         ASSERT_TRUE(module.loaded()) << name;

@@ -12,8 +12,7 @@ void PCoInitializer::attach(unsigned long coinitFlags) {
     if (velk::core::threadMark()) return;
     // S_FALSE (the thread was in COM already) counts as an entry too; only a
     // refusal, RPC_E_CHANGED_MODE above all, is not to be balanced.
-    velk::core::setThreadMark(
-        SUCCEEDED(CoInitializeEx(nullptr, static_cast<DWORD>(coinitFlags))));
+    velk::core::setThreadMark(SUCCEEDED(CoInitializeEx(nullptr, static_cast<DWORD>(coinitFlags))));
 }
 
 void PCoInitializer::detach() {

@@ -8,8 +8,7 @@ namespace {
 
 bool stayLoaded() noexcept {
     static int const addressInLibrary = 0;
-    constexpr DWORD flags =
-        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN;
+    constexpr DWORD flags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN;
     HMODULE library = nullptr;
     return GetModuleHandleExW(flags, reinterpret_cast<LPCWSTR>(&addressInLibrary), &library);
 }
