@@ -20,5 +20,7 @@ function(velk_add_test)
   add_test(NAME ${ARG_NAME} COMMAND ${ARG_NAME})
   set_tests_properties(${ARG_NAME} PROPERTIES
     TIMEOUT ${ARG_TIMEOUT}
+    # A program that crashes under Wine may still end with status 0.
+    FAIL_REGULAR_EXPRESSION "wine: Unhandled"
     ENVIRONMENT "VELK_REGISTRY_DIR=${CMAKE_BINARY_DIR}/registry/${ARG_NAME};${ARG_ENVIRONMENT}")
 endfunction()

@@ -80,6 +80,7 @@ DllModule::~DllModule() {
         termFunctions_.pop_back();
         function(data);
     }
+    ComPtr<IGlobalInterfaceTable>(globalInterfaces_.exchange(nullptr), adopt).reset();
     record_.markUninitialised();
     theModule = nullptr;
 }
@@ -97,6 +98,25 @@ HRESULT DllModule::addTermFunction(void (*function)(void*) noexcept, void* data)
         return S_OK;
     }
     VELK_COM_CATCH
+}
+
+HRESULT DllModule::GetGITPtr(IGlobalInterfaceTable** out) noexcept {
+    if (out == nullptr) return E_POINTER;
+    *out = nullptr;
+    if (globalInterfaces_ == nullptr) {
+        ComPtr<IGlobalInterfaceTable> made;
+        HRESULT const code =
+            CoCreateInstance(CLSID_StdGlobalInterfaceTable, nullptr, CLSCTX_INPROC_SERVER,
+                             IID_IGlobalInterfaceTable, made.putVoid());
+        if (FAILED(code)) return code;
+        IGlobalInterfaceTable* none = nullptr;
+        // Another thread may have been faster: then its reference is kept.
+        if (globalInterfaces_.compare_exchange_strong(none, made.get())) {
+            static_cast<void>(made.detach());
+        }
+    }
+    *out = ComPtr<IGlobalInterfaceTable>(globalInterfaces_).copy();
+    return S_OK;
 }
 
 HMODULE moduleHandle() {

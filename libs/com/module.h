@@ -74,6 +74,12 @@ class DllModule : public ModuleLockCount {
     }
     HRESULT canUnloadNow() noexcept { return GetLockCount() == 0 ? S_OK : S_FALSE; }
 
+    /// Hands out the process's table of global interfaces with a reference of
+    /// the caller's. Made on first use and kept until the module ends; a
+    /// failure is not remembered. E_POINTER for a null `out`, otherwise what
+    /// CoCreateInstance answers. Thread-safe.
+    HRESULT GetGITPtr(IGlobalInterfaceTable** out) noexcept;
+
     GUID const& libraryId() const noexcept { return libraryId_; }
     ComModuleRecord& record() noexcept { return record_; }
 
@@ -98,6 +104,7 @@ class DllModule : public ModuleLockCount {
     GUID const& libraryId_;
     std::atomic<LONG> locks_{0};
     std::vector<std::pair<void (*)(void*) noexcept, void*>> termFunctions_;
+    std::atomic<IGlobalInterfaceTable*> globalInterfaces_{nullptr};
 };
 
 /// This module's object; null before it is made and after it ended.

@@ -3,6 +3,8 @@
 
 #include "platform/com/apartments.h"
 #include "platform/com/class_modules.h"
+#include "platform/com/global_interface_table.h"
+#include "platform/com/held_object.h"
 #include "platform/com/prog_ids.h"
 #include "platform/system/thread_end.h"
 
@@ -18,28 +20,13 @@ HRESULT classObject(REFCLSID id, DWORD context, REFIID riid, void** object) {
     if ((context & CLSCTX_ALL) == 0) return E_INVALIDARG;
     // Classes live in modules of this process and nowhere else.
     if ((context & CLSCTX_INPROC_SERVER) == 0) return REGDB_E_CLASSNOTREG;
+    if (id == CLSID_StdGlobalInterfaceTable) return globalInterfaceTableClass(riid, object);
     auto const where = moduleOfClass(id);
     if (!where) return REGDB_E_CLASSNOTREG;
     ClassModuleUse module;
     HRESULT const result = useClassModule(*where, module);
     return FAILED(result) ? result : module.classObject(id, riid, object);
 }
-
-/// A class factory, released on every way out.
-class Factory {
-  public:
-    Factory() = default;
-    Factory(Factory const&) = delete;
-    Factory& operator=(Factory const&) = delete;
-    ~Factory() {
-        if (factory_ != nullptr) factory_->Release();
-    }
-    void** target() { return reinterpret_cast<void**>(&factory_); }
-    IClassFactory* operator->() const { return factory_; }
-
-  private:
-    IClassFactory* factory_ = nullptr;
-};
 
 }  // namespace
 }  // namespace velk::platform::com
@@ -60,7 +47,7 @@ HRESULT CoGetClassObject(REFCLSID id, DWORD context, LPVOID, REFIID riid, LPVOID
 HRESULT CoCreateInstance(REFCLSID id, IUnknown* outer, DWORD context, REFIID riid, LPVOID* object) {
     if (object == nullptr) return E_POINTER;
     *object = nullptr;
-    Factory factory;
+    HeldObject<IClassFactory> factory;
     HRESULT result = CoGetClassObject(id, context, nullptr, IID_IClassFactory, factory.target());
     if (FAILED(result)) return result;
     // The outer object needs the inner one's own IUnknown, or it could never

@@ -1,8 +1,9 @@
-/// The published values of the interface identifiers that the headers declare.
+/// The published values of the identifiers that the headers declare.
 ///
 /// All but the null one belong to the family whose last eight bytes are
 /// C0 00 00 00 00 00 00 46; they differ in the first number only.
 #include <oaidl.h>
+#include <objidl.h>
 
 namespace {
 
@@ -16,6 +17,8 @@ constinit GUID const GUID_NULL = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
 constinit IID const IID_IUnknown = publishedId(0x00000000);
 constinit IID const IID_IClassFactory = publishedId(0x00000001);
 constinit IID const IID_IRecordInfo = publishedId(0x0000002F);
+constinit IID const IID_IGlobalInterfaceTable = publishedId(0x00000146);
+constinit CLSID const CLSID_StdGlobalInterfaceTable = publishedId(0x00000323);
 constinit IID const IID_IDispatch = publishedId(0x00020400);
 constinit IID const IID_ITypeInfo = publishedId(0x00020401);
 constinit IID const IID_ITypeLib = publishedId(0x00020402);

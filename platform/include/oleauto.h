@@ -106,3 +106,43 @@ WINOLEAUTAPI DispGetIDsOfNames(ITypeInfo* type, LPOLESTR* names, UINT count, DIS
 WINOLEAUTAPI DispInvoke(void* instance, ITypeInfo* type, DISPID member, WORD flags,
                         DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
                         UINT* argumentError);
+
+// Records.
+
+/// Record information of a record that has an identifier, or of an alias of one.
+///
+/// @return E_INVALIDARG for a null pointer, for a type of another kind and for
+///         a record without an identifier; DISP_E_BADVARTYPE for a record with
+///         a field that automation cannot hold
+WINOLEAUTAPI GetRecordInfoFromTypeInfo(ITypeInfo* type, IRecordInfo** record);
+/// The same for a record of a registered library, which is loaded as
+/// LoadRegTypeLib does.
+WINOLEAUTAPI GetRecordInfoFromGuids(REFGUID library, ULONG major, ULONG minor, LCID lcid,
+                                    REFGUID id, IRecordInfo** record);
+
+/// IDispatch over an object, by a type that describes its vtable.
+///
+/// @param outer     the aggregate's own IUnknown; null for an object that stands alone
+/// @param instance  what members are called on; not counted, it has to outlive the result
+/// @param type      the description, which is kept
+/// @param dispatch  the object's own IUnknown; IDispatch comes from its QueryInterface
+/// @return          E_INVALIDARG when one of the last three is null
+///
+/// The object may be used by several threads at once when `instance` may.
+WINOLEAUTAPI CreateStdDispatch(IUnknown* outer, void* instance, ITypeInfo* type,
+                               IUnknown** dispatch);
+
+// Active objects: one a class, for the threads of this process to find.
+#define ACTIVEOBJECT_STRONG 0x0
+#define ACTIVEOBJECT_WEAK 0x1
+
+/// Registers `object` as the active one of a class and gives the number to
+/// revoke it with. A strong registration holds a reference; a weak one holds
+/// none, and must be revoked before the object goes. Further registrations of
+/// a class succeed with MK_S_MONIKERALREADYREGISTERED and wait their turn.
+WINOLEAUTAPI RegisterActiveObject(IUnknown* object, REFCLSID id, DWORD flags, DWORD* registration);
+/// E_INVALIDARG for an unknown registration. When this returns, no thread
+/// uses what a weak registration pointed at.
+WINOLEAUTAPI RevokeActiveObject(DWORD registration, void* reserved);
+/// The object registered first. MK_E_UNAVAILABLE when the class has none.
+WINOLEAUTAPI GetActiveObject(REFCLSID id, void* reserved, IUnknown** object);
