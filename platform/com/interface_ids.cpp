@@ -1,9 +1,10 @@
 /// The published values of the identifiers that the headers declare.
 ///
-/// All but the null one belong to the family whose last eight bytes are
+/// All but the null one and those that stand last belong to the family whose last eight bytes are
 /// C0 00 00 00 00 00 00 46; they differ in the first number only.
 #include <oaidl.h>
 #include <objidl.h>
+#include <ocidl.h>
 
 namespace {
 
@@ -25,3 +26,5 @@ constinit IID const IID_ITypeLib = publishedId(0x00020402);
 constinit IID const IID_ITypeComp = publishedId(0x00020403);
 constinit IID const IID_ITypeLib2 = publishedId(0x00020411);
 constinit IID const IID_ITypeInfo2 = publishedId(0x00020412);
+constinit IID const IID_IProvideClassInfo = {
+    0xB196B283, 0xBAB4, 0x101A, {0xB6, 0x9C, 0x00, 0xAA, 0x00, 0x34, 0x1D, 0x07}};
