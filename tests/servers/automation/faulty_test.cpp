@@ -12,7 +12,7 @@ struct FaultyObject : ServerTest {
         ServerTest::SetUp();
         create("VelkTest.Faulty");
     }
-    Answer call(char const* member, std::vector<VARIANT> arguments = {}) {
+    NativeAnswer call(char const* member, std::vector<VARIANT> arguments = {}) {
         return callByName(*object_, member, std::move(arguments));
     }
 };
@@ -59,12 +59,12 @@ TEST_F(FaultyObject, HasWrongFailures) {
         WORD exceptionCode;
     };
     Case const cases[] = {
-        {"Throws", E_UNEXPECTED, Answer::untouched, 0},
+        {"Throws", E_UNEXPECTED, NativeAnswer::untouched, 0},
         {"GarbageArgumentIndex", DISP_E_TYPEMISMATCH, garbage, 0},
-        {"UnsetArgumentIndex", DISP_E_TYPEMISMATCH, Answer::untouched, 0},
+        {"UnsetArgumentIndex", DISP_E_TYPEMISMATCH, NativeAnswer::untouched, 0},
         {"ParamNotFoundGarbage", DISP_E_PARAMNOTFOUND, garbage, 0},
-        {"ExceptionWithoutInfo", DISP_E_EXCEPTION, Answer::untouched, 0},
-        {"ExceptionSuccessCode", DISP_E_EXCEPTION, Answer::untouched, 1001},
+        {"ExceptionWithoutInfo", DISP_E_EXCEPTION, NativeAnswer::untouched, 0},
+        {"ExceptionSuccessCode", DISP_E_EXCEPTION, NativeAnswer::untouched, 1001},
     };
     for (auto const& entry : cases) {
         auto const answer = call(entry.member);

@@ -13,7 +13,7 @@ struct SampleRecords : ServerTest {
         ServerTest::SetUp();
         create("VelkTest.Sample");
     }
-    Answer call(char const* member, std::vector<VARIANT> arguments = {}) {
+    NativeAnswer call(char const* member, std::vector<VARIANT> arguments = {}) {
         return callByName(*object_, member, std::move(arguments));
     }
     static Point pointIn(VARIANT const& value) { return *static_cast<Point*>(value.pvRecord); }

@@ -27,13 +27,13 @@ std::string describe(VARIANT const& value) {
     return ascii(server::describeValue(value));
 }
 
-std::string Answer::text() const {
+std::string NativeAnswer::text() const {
     return FAILED(code) ? com::hexadecimal(code) : describe(result.get());
 }
 
-Answer callByName(IDispatch& object, char const* member, std::vector<VARIANT> arguments,
-                  WORD flags) {
-    Answer answer;
+NativeAnswer callByName(IDispatch& object, char const* member, std::vector<VARIANT> arguments,
+                        WORD flags) {
+    NativeAnswer answer;
     auto name = server::textOf(member);
     LPOLESTR names = name.data();
     DISPID id = DISPID_UNKNOWN;
@@ -50,12 +50,12 @@ Answer callByName(IDispatch& object, char const* member, std::vector<VARIANT> ar
     return answer;
 }
 
-Answer getByName(IDispatch& object, char const* member, std::vector<VARIANT> indexes) {
+NativeAnswer getByName(IDispatch& object, char const* member, std::vector<VARIANT> indexes) {
     return callByName(object, member, std::move(indexes), DISPATCH_PROPERTYGET);
 }
 
-Answer putByName(IDispatch& object, char const* member, std::vector<VARIANT> arguments,
-                 WORD flags) {
+NativeAnswer putByName(IDispatch& object, char const* member, std::vector<VARIANT> arguments,
+                       WORD flags) {
     return callByName(object, member, std::move(arguments), flags);
 }
 

@@ -9,7 +9,7 @@
 namespace velk::test {
 
 /// What Invoke answered.
-struct Answer {
+struct NativeAnswer {
     HRESULT code = E_FAIL;
     com::Variant result;
     com::ExceptionInfo exception;
@@ -25,14 +25,14 @@ struct Answer {
 
 /// Calls `member` with arguments in the order in which a caller writes them.
 /// They stay the caller's. A failing GetIDsOfNames is the answer's code.
-Answer callByName(IDispatch& object, char const* member, std::vector<VARIANT> arguments = {},
-                  WORD flags = DISPATCH_METHOD);
+NativeAnswer callByName(IDispatch& object, char const* member, std::vector<VARIANT> arguments = {},
+                        WORD flags = DISPATCH_METHOD);
 
 /// Reads, and writes by value or by reference (`flags`), a property, whose new
 /// value is the last argument.
-Answer getByName(IDispatch& object, char const* member, std::vector<VARIANT> indexes = {});
-Answer putByName(IDispatch& object, char const* member, std::vector<VARIANT> arguments,
-                 WORD flags = DISPATCH_PROPERTYPUT);
+NativeAnswer getByName(IDispatch& object, char const* member, std::vector<VARIANT> indexes = {});
+NativeAnswer putByName(IDispatch& object, char const* member, std::vector<VARIANT> arguments,
+                       WORD flags = DISPATCH_PROPERTYPUT);
 
 /// The elements of a vector of texts, in ASCII.
 std::vector<std::string> textsIn(com::Variant const& vector);
