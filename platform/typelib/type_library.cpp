@@ -175,13 +175,16 @@ HRESULT TypeLibrary::FindName(LPOLESTR name, ULONG, ITypeInfo** types, MEMBERID*
     if (!name || !types || !members || !count) return E_INVALIDARG;
     return guarded([&] {
         auto const& places = index().named(folded(name));
-        std::size_t const found = std::min<std::size_t>(places.size(), *count);
-        for (std::size_t i = 0; i < found; ++i) {
-            types[i] = type(places[i].type).release();
-            members[i] = places[i].member;
+        USHORT found = 0;
+        for (std::size_t i = 0; i < places.size() && found < *count; ++i) {
+            // A type is found once, by its own name before those of its members.
+            if (i > 0 && places[i].type == places[i - 1].type) continue;
+            types[found] = type(places[i].type).release();
+            members[found] = places[i].member;
+            ++found;
         }
         if (found > 0) std::copy(places[0].spelling.begin(), places[0].spelling.end(), name);
-        *count = static_cast<USHORT>(found);
+        *count = found;
     });
 }
 

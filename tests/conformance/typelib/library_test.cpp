@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -94,17 +95,104 @@ TEST(Library, FindsNamesInWhateverCase) {
     }
 }
 
-TEST(Library, FindNameGivesNoMoreThanThereIsRoomFor) {
+struct Hit {
+    Wide type;
+    MEMBERID member;
+    bool operator==(Hit const&) const = default;
+};
+
+std::vector<Hit> hitsOf(ITypeLib* library, Wide& name, ULONG hash, USHORT room) {
+    ITypeInfo* types[8] = {};
+    MEMBERID members[8] = {};
+    USHORT count = room;
+    EXPECT_EQ(library->FindName(name.data(), hash, types, members, &count), S_OK);
+    EXPECT_LE(count, room);
+    std::vector<Hit> hits;
+    for (USHORT i = 0; i < count; ++i) {
+        hits.push_back({nameOf(types[i]), members[i]});
+        types[i]->Release();
+    }
+    for (USHORT i = count; i < 8; ++i) EXPECT_EQ(types[i], nullptr);
+    return hits;
+}
+
+TEST(Library, FindNameGivesTypesAndMembersInTheirOrder) {
     auto const library = loadShapes();
-    Wide name = OLESTR("Title");
-    ITypeInfo* type = nullptr;
-    MEMBERID member = 0;
+    struct {
+        Wide name;
+        USHORT room;
+        std::vector<Hit> hits;
+    } const cases[] = {
+        {OLESTR("Recorder"), 8, {{OLESTR("Recorder"), MEMBERID_NIL}}},
+        {OLESTR("Add"), 8, {{OLESTR("IRecorder"), 1}}},
+        {OLESTR("Secret"), 1, {{OLESTR("IRecorder"), 12}}},
+        // The accessors of a property are one occurrence.
+        {OLESTR("Item"), 8, {{OLESTR("IRecorder"), 0}}},
+        {OLESTR("Title"), 8, {{OLESTR("IRecorder"), 2}, {OLESTR("Events"), 11}}},
+        {OLESTR("Count"), 8, {{OLESTR("IRecorder"), 3}, {OLESTR("Events"), 10}}},
+        {OLESTR("Count"), 2, {{OLESTR("IRecorder"), 3}, {OLESTR("Events"), 10}}},
+        {OLESTR("Count"), 1, {{OLESTR("IRecorder"), 3}}},
+        {OLESTR("Count"), 0, {}},
+        // Parameters and the library itself are no occurrences.
+        {OLESTR("left"), 8, {}},
+        {OLESTR("Shapes"), 8, {}},
+        {OLESTR("nothing"), 8, {}},
+        {OLESTR(""), 8, {}},
+    };
+    for (auto const& entry : cases) {
+        for (ULONG const hash :
+             {ULONG{0}, LHashValOfNameSys(SYS_WIN64, 0x0407, entry.name.c_str())}) {
+            Wide name = entry.name;
+            EXPECT_EQ(hitsOf(library.get(), name, hash, entry.room), entry.hits)
+                << testing::PrintToString(entry.name);
+            EXPECT_EQ(name, entry.name);
+        }
+    }
+}
+
+TEST(Library, FindNameWritesTheSpellingOfTheFirstHit) {
+    auto const library = loadShapes();
+    for (ULONG const hash : {ULONG{0}, LHashValOfNameSys(SYS_WIN64, 0x0407, OLESTR("count"))}) {
+        expectDifference(System::wine, "a library compares names with regard to case", [&] {
+            Wide name = OLESTR("cOUNT");
+            std::vector<Hit> const hits = {{OLESTR("IRecorder"), 3}, {OLESTR("Events"), 10}};
+            EXPECT_EQ(hitsOf(library.get(), name, hash, 8), hits);
+            EXPECT_EQ(name, OLESTR("Count"));
+        });
+    }
+    Wide unknown = OLESTR("noTHing");
+    EXPECT_TRUE(hitsOf(library.get(), unknown, 0, 8).empty());
+    EXPECT_EQ(unknown, OLESTR("noTHing"));
+}
+
+TEST(Library, IsNameKnowsParametersToo) {
+    auto const library = loadShapes();
+    struct {
+        OLECHAR const* name;
+        bool known;
+    } const cases[] = {{OLESTR("left"), true},
+                       {OLESTR("Add"), true},
+                       {OLESTR("Recorder"), true},
+                       {OLESTR("nothing"), false}};
+    for (auto const& entry : cases) {
+        Wide name = entry.name;
+        BOOL found = !entry.known;
+        EXPECT_EQ(library->IsName(name.data(), 0, &found), S_OK);
+        EXPECT_EQ(found != FALSE, entry.known) << testing::PrintToString(name);
+    }
+}
+
+TEST(Library, FindNameRefusesNullPointers) {
+    auto const library = loadShapes();
+    Wide name = OLESTR("Count");
+    ITypeInfo* types[1] = {};
+    MEMBERID members[1] = {};
     USHORT count = 1;
-    ASSERT_EQ(library->FindName(name.data(), 0, &type, &member, &count), S_OK);
-    ASSERT_EQ(count, 1);
-    EXPECT_EQ(nameOf(type), OLESTR("IRecorder"));
-    EXPECT_EQ(member, 2);
-    type->Release();
+    EXPECT_EQ(library->FindName(nullptr, 0, types, members, &count), E_INVALIDARG);
+    EXPECT_EQ(library->FindName(name.data(), 0, nullptr, members, &count), E_INVALIDARG);
+    EXPECT_EQ(library->FindName(name.data(), 0, types, nullptr, &count), E_INVALIDARG);
+    EXPECT_EQ(library->FindName(name.data(), 0, types, members, nullptr), E_INVALIDARG);
+    EXPECT_EQ(types[0], nullptr);
 }
 
 TEST(Library, IsReadOnceWhileInUse) {
