@@ -519,3 +519,5 @@ struct IRecordInfo : IUnknown {
     virtual HRESULT STDMETHODCALLTYPE RecordCreateCopy(PVOID pvSource, PVOID* ppvDest) = 0;
     virtual HRESULT STDMETHODCALLTYPE RecordDestroy(PVOID pvRecord) = 0;
 };
+
+#include "oaidl_create.h"

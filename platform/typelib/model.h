@@ -1,10 +1,12 @@
 /// What a type library says, in memory.
 ///
 /// A model is filled by a reader and never changes once a library object
-/// stands over it. Everything below a LibraryModel lives in its arena; texts
-/// with a null data pointer are absent.
+/// stands over it, or is filled bit by bit by the creator of its library. What
+/// types point at lives in the arena of the LibraryModel; texts with a null data
+/// pointer are absent.
 #pragma once
 
+#include <deque>
 #include <memory>
 #include <memory_resource>
 #include <span>
@@ -22,7 +24,7 @@ using Text = std::u16string_view;
 enum class ReferenceKind : unsigned {
     local = 0,      ///< index of a type of the same library
     imported = 1,   ///< index of an ImportedType
-    otherView = 2,  ///< index of a dual type of the same library, its vtable view
+    otherView = 2,  ///< index of a dual type of the same library, its less usual view
     foreign = 3     ///< index into the library object's table of borrowed references
 };
 constexpr HREFTYPE makeReference(ReferenceKind kind, std::size_t index) {
@@ -72,6 +74,7 @@ struct FunctionModel {
     CustomData custom;
     Text entryName;
     WORD entryOrdinal = 0;
+    Text marshalling;
 };
 
 struct VariableModel {
@@ -104,13 +107,22 @@ struct TypeModel {
     WORD vtableSize = 0;
     /// Functions that the vtable inherits, as the library's compiler counted them.
     WORD inheritedFunctions = 0;
+    /// Limit of the alignment of a record's fields; 0 where `alignment` tells it.
+    WORD packing = 0;
     TYPEDESC alias{};
     Text moduleName;
+    Text schema;
+    Text marshalling;
+    USHORT idlFlags = 0;
     Documentation documentation;
     CustomData custom;
     std::span<FunctionModel const> functions;
     std::span<VariableModel> variables;
     std::span<ImplementedModel const> implemented;
+    /// Whether a dual type is usually seen as a vtable: those made in memory are.
+    bool vtableFirst = false;
+    /// Whether the type was taken out of its library, which keeps its place.
+    bool deleted = false;
 
     bool dual() const { return kind == TKIND_DISPATCH && (flags & TYPEFLAG_FDUAL); }
 };
@@ -166,7 +178,8 @@ class LibraryModel {
     Text helpModule;
     Documentation documentation;
     CustomData custom;
-    std::span<TypeModel> types;
+    /// Types never move, so that library objects may point at them.
+    std::deque<TypeModel> types;
     std::span<ImportedLibrary> importedLibraries;
     std::span<ImportedType> importedTypes;
     /// The reference to IDispatch that dispatch interfaces implement.

@@ -19,7 +19,7 @@ class LibraryReader {
 
     void read() {
         readLibrary();
-        model_.types = model_.makeArray<TypeModel>(tables_.typeCount());
+        model_.types.resize(tables_.typeCount());
         for (std::size_t i = 0; i < model_.types.size(); ++i) {
             readType(model_.types[i], tables_.typeRecord(i));
         }

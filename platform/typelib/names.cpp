@@ -61,6 +61,7 @@ std::size_t LibraryIndex::GuidHash::operator()(GUID const& id) const noexcept {
 LibraryIndex::LibraryIndex(LibraryModel const& model) : typeCount_(model.types.size()) {
     for (std::size_t i = 0; i < model.types.size(); ++i) {
         auto const& type = model.types[i];
+        if (type.deleted) continue;
         auto const add = [&](Text name, MEMBERID member) {
             if (name.empty()) return;
             auto& list = byName_[folded(name)];
@@ -92,6 +93,19 @@ std::vector<LibraryIndex::Occurrence> const& LibraryIndex::named(
 Text LibraryIndex::parameterNamed(std::u16string const& foldedName) const {
     auto const found = parameters_.find(foldedName);
     return found == parameters_.end() ? Text() : found->second;
+}
+
+NameStatistics LibraryIndex::statistics() const {
+    NameStatistics result;
+    auto const count = [&result](std::u16string const& name) {
+        ++result.names;
+        result.characters += static_cast<ULONG>(name.size());
+    };
+    for (auto const& entry : byName_) count(entry.first);
+    for (auto const& entry : parameters_) {
+        if (!byName_.contains(entry.first)) count(entry.first);
+    }
+    return result;
 }
 
 std::size_t LibraryIndex::identified(REFGUID id) const {

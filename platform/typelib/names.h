@@ -34,6 +34,12 @@ class MemberIndex {
     std::unordered_map<MEMBERID, std::vector<MemberPlace>> byId_;
 };
 
+/// How many different names there are, and their characters altogether.
+struct NameStatistics {
+    ULONG names = 0;
+    ULONG characters = 0;
+};
+
 /// Where names occur in a library.
 class LibraryIndex {
   public:
@@ -51,6 +57,8 @@ class LibraryIndex {
     Text parameterNamed(std::u16string const& foldedName) const;
     /// The index of the type of an identifier; the number of types where there is none.
     std::size_t identified(REFGUID id) const;
+
+    NameStatistics statistics() const;
 
   private:
     struct GuidHash {

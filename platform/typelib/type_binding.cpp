@@ -85,6 +85,7 @@ HRESULT TypeLibrary::Bind(LPOLESTR name, ULONG hash, WORD flags, ITypeInfo** out
         bool mismatch = false;
         for (std::size_t i = 0; i < model_->types.size(); ++i) {
             auto const& candidate = model_->types[i];
+            if (candidate.deleted) continue;
             bool const group = candidate.kind == TKIND_MODULE || candidate.kind == TKIND_ENUM;
             bool const implicit =
                 candidate.kind == TKIND_COCLASS && (candidate.flags & TYPEFLAG_FAPPOBJECT);

@@ -102,6 +102,9 @@ HRESULT TypeInfo::GetTypeAttr(TYPEATTR** attributes) noexcept {
         description->wMajorVerNum = model_.majorVersion;
         description->wMinorVerNum = model_.minorVersion;
         description->tdescAlias = model_.alias;
+        description->idldescType.wIDLFlags = model_.idlFlags;
+        // The published field is not const, but nobody writes to it.
+        description->lpstrSchema = const_cast<LPOLESTR>(model_.schema.data());
         *attributes = description.release();
     });
 }

@@ -97,14 +97,19 @@ HRESULT TypeInfo::CreateInstance(IUnknown* outer, REFIID riid, PVOID* object) no
     return CoCreateInstance(model_.id, outer, CLSCTX_SERVER, riid, object);
 }
 
-// The format carries no marshalling instructions, so that the text is absent
-// for every member that there is.
+// The format carries no marshalling instructions: only types made in memory
+// may have some.
 HRESULT TypeInfo::GetMops(MEMBERID member, BSTR* text) noexcept {
     if (!text) return E_INVALIDARG;
     *text = nullptr;
     return guarded([&] {
-        auto const found = findById(member);
-        require(member == MEMBERID_NIL || found.function || found.variable, TYPE_E_ELEMENTNOTFOUND);
+        Text marshalling = model_.marshalling;
+        if (member != MEMBERID_NIL) {
+            auto const found = findById(member);
+            require(found.function || found.variable, TYPE_E_ELEMENTNOTFOUND);
+            marshalling = found.function ? found.function->marshalling : Text();
+        }
+        *text = optionalText(marshalling).release();
     });
 }
 

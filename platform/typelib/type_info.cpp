@@ -3,6 +3,13 @@
 #include "platform/typelib/custom_data.h"
 
 namespace velk::typelib {
+namespace {
+
+// Asks an object of unknown origin whether it is a TypeInfo; no interface.
+constexpr GUID ownClass = {
+    0x8F0B6C4E, 0x2D57, 0x4A9B, {0xB1, 0x36, 0x5E, 0x70, 0xC9, 0x14, 0xD8, 0x2A}};
+
+}  // namespace
 
 TypeInfo::TypeInfo(TypeLibrary& library, TypeModel const& model, std::size_t index, View view)
     : library_(library), model_(model), index_(index), view_(view) {}
@@ -14,9 +21,12 @@ HRESULT TypeInfo::QueryInterface(REFIID riid, void** object) noexcept {
         *object = static_cast<ITypeInfo2*>(this);
     } else if (riid == IID_ITypeComp) {
         *object = static_cast<ITypeComp*>(this);
+    } else if (riid == ownClass) {
+        *object = this;
     } else {
-        return E_NOINTERFACE;
+        *object = editor_ ? editor_->editingInterface(riid) : nullptr;
     }
+    if (!*object) return E_NOINTERFACE;
     AddRef();
     return S_OK;
 }
@@ -45,7 +55,8 @@ HRESULT TypeInfo::GetTypeComp(ITypeComp** binder) noexcept {
 
 HRESULT TypeInfo::GetContainingTypeLib(ITypeLib** library, UINT* index) noexcept {
     if (!library && !index) return E_INVALIDARG;
-    if (index) *index = static_cast<UINT>(index_);
+    if (model_.deleted) return TYPE_E_ELEMENTNOTFOUND;
+    if (index) *index = static_cast<UINT>(library_.publishedIndexOf(index_));
     if (library) {
         *library = &library_;
         library_.AddRef();
@@ -70,12 +81,7 @@ ImplementedModel TypeInfo::implementedAt(UINT index) const {
     }
     require(index < model_.implemented.size(), TYPE_E_ELEMENTNOTFOUND);
     ImplementedModel entry = model_.implemented[index];
-    bool const local = kindOfReference(entry.reference) == ReferenceKind::local;
-    if (view_ == View::vtable && local &&
-        library_.model().types[indexOfReference(entry.reference)].dual()) {
-        entry.reference =
-            makeReference(ReferenceKind::otherView, indexOfReference(entry.reference));
-    }
+    if (view_ == View::vtable) entry.reference = library_.vtableReference(entry.reference);
     return entry;
 }
 
@@ -84,11 +90,25 @@ HRESULT TypeInfo::GetRefTypeOfImplType(UINT index, HREFTYPE* reference) noexcept
     // -1 asks for the other view of a dual interface.
     if (index == static_cast<UINT>(-1)) {
         if (view_ == View::plain) return TYPE_E_ELEMENTNOTFOUND;
-        *reference = makeReference(
-            view_ == View::dispatch ? ReferenceKind::otherView : ReferenceKind::local, index_);
+        *reference =
+            makeReference(isUsualView() ? ReferenceKind::otherView : ReferenceKind::local, index_);
         return S_OK;
     }
     return guarded([&] { *reference = implementedAt(index).reference; });
+}
+
+bool TypeInfo::isUsualView() const {
+    return view_ == View::plain || (view_ == View::vtable) == model_.vtableFirst;
+}
+
+HREFTYPE TypeInfo::ownReference() const {
+    return makeReference(isUsualView() ? ReferenceKind::local : ReferenceKind::otherView, index_);
+}
+
+Reference<TypeInfo> TypeInfo::own(ITypeInfo& type) {
+    void* found = nullptr;
+    if (FAILED(type.QueryInterface(ownClass, &found))) return {};
+    return Reference<TypeInfo>::adopt(static_cast<TypeInfo*>(found));
 }
 
 HRESULT TypeInfo::GetImplTypeFlags(UINT index, INT* flags) noexcept {

@@ -2,9 +2,9 @@
 #pragma once
 
 #include <atomic>
-#include <mutex>
-#include <optional>
+#include <memory>
 
+#include "platform/typelib/lazy.h"
 #include "platform/typelib/names.h"
 #include "platform/typelib/owners.h"
 #include "platform/typelib/type_library.h"
@@ -44,6 +44,16 @@ class TypeInfo final : public ITypeInfo2, public ITypeComp {
     View view() const { return view_; }
     TYPEKIND kind() const { return view_ == View::vtable ? TKIND_INTERFACE : model_.kind; }
     MemberIndex const& members() const;
+    /// A reference of the library to this view.
+    HREFTYPE ownReference() const;
+    /// `type` as an object of this class; null for one of another's making.
+    static Reference<TypeInfo> own(ITypeInfo& type);
+
+    /// For the editor: shows another side from now on.
+    void show(View view) { view_ = view; }
+    /// For the editor: members have changed.
+    void forgetMembers() { members_.forget(); }
+    void attach(std::unique_ptr<Editor> editor) { editor_ = std::move(editor); }
 
     /// How many functions this view lists.
     UINT functionCount() const;
@@ -129,14 +139,15 @@ class TypeInfo final : public ITypeInfo2, public ITypeComp {
     CustomData functionCustomData(UINT index);
     CustomData parameterCustomData(UINT function, UINT parameter);
     WORD publishedFlags() const;
+    bool isUsualView() const;
 
     TypeLibrary& library_;
     TypeModel const& model_;
     std::size_t index_;
     View view_;
     std::atomic<ULONG> references_{0};
-    mutable std::once_flag membersOnce_;
-    mutable std::optional<MemberIndex> members_;
+    Lazy<MemberIndex> members_;
+    std::unique_ptr<Editor> editor_;
 };
 
 }  // namespace velk::typelib

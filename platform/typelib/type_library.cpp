@@ -9,6 +9,18 @@
 #include "platform/typelib/type_info.h"
 
 namespace velk::typelib {
+namespace {
+
+View usualView(TypeModel const& type) {
+    if (!type.dual()) return View::plain;
+    return type.vtableFirst ? View::vtable : View::dispatch;
+}
+
+View otherView(TypeModel const& type) {
+    return type.vtableFirst ? View::dispatch : View::vtable;
+}
+
+}  // namespace
 
 Reference<TypeLibrary> TypeLibrary::create(std::unique_ptr<LibraryModel const> model,
                                            std::u16string path) {
@@ -19,14 +31,50 @@ TypeLibrary::TypeLibrary(std::unique_ptr<LibraryModel const> model, std::u16stri
     : model_(std::move(model)),
       path_(std::move(path)),
       imported_(model_->importedLibraries.size()) {
-    for (std::size_t i = 0; i < model_->types.size(); ++i) {
-        auto const& type = model_->types[i];
-        View const view = type.dual() ? View::dispatch : View::plain;
-        types_.push_back(std::make_unique<TypeInfo>(*this, type, i, view));
-        vtableViews_.push_back(
-            type.dual() ? std::make_unique<TypeInfo>(*this, type, i, View::vtable) : nullptr);
-    }
+    while (types_.size() < model_->types.size()) showNextType();
     platform::countLive(VELK_LIVE_TYPE_LIBRARY, 1);
+}
+
+// Both lists grow or none does.
+TypeInfo& TypeLibrary::showNextType() {
+    std::size_t const place = types_.size();
+    auto const& type = model_->types[place];
+    types_.reserve(place + 1);
+    otherViews_.reserve(place + 1);
+    auto info = std::make_unique<TypeInfo>(*this, type, place, usualView(type));
+    auto other =
+        type.dual() ? std::make_unique<TypeInfo>(*this, type, place, otherView(type)) : nullptr;
+    types_.push_back(std::move(info));
+    otherViews_.push_back(std::move(other));
+    return *types_.back();
+}
+
+// A view that was handed out stays, even if the type is dual no more.
+void TypeLibrary::updateViews(std::size_t place) {
+    auto const& type = model_->types[place];
+    if (type.dual() && !otherViews_[place]) {
+        otherViews_[place] = std::make_unique<TypeInfo>(*this, type, place, otherView(type));
+    }
+    types_[place]->show(usualView(type));
+}
+
+std::size_t TypeLibrary::placeOf(std::size_t published) const {
+    std::size_t const count = model_->types.size();
+    if (!editor_) return published;
+    for (std::size_t place = 0; place < count; ++place) {
+        if (model_->types[place].deleted) continue;
+        if (published == 0) return place;
+        --published;
+    }
+    return count;
+}
+
+std::size_t TypeLibrary::publishedIndexOf(std::size_t place) const {
+    if (!editor_) return place;
+    auto const begin = model_->types.begin();
+    auto const deleted = std::count_if(begin, begin + static_cast<std::ptrdiff_t>(place),
+                                       [](auto const& type) { return type.deleted; });
+    return place - static_cast<std::size_t>(deleted);
 }
 
 TypeLibrary::~TypeLibrary() {
@@ -35,8 +83,7 @@ TypeLibrary::~TypeLibrary() {
 }
 
 LibraryIndex const& TypeLibrary::index() const {
-    std::call_once(indexOnce_, [this] { index_.emplace(*model_); });
-    return *index_;
+    return index_.get([this] { return LibraryIndex(*model_); });
 }
 
 HRESULT TypeLibrary::QueryInterface(REFIID riid, void** object) noexcept {
@@ -47,8 +94,9 @@ HRESULT TypeLibrary::QueryInterface(REFIID riid, void** object) noexcept {
     } else if (riid == IID_ITypeComp) {
         *object = static_cast<ITypeComp*>(this);
     } else {
-        return E_NOINTERFACE;
+        *object = editor_ ? editor_->editingInterface(riid) : nullptr;
     }
+    if (!*object) return E_NOINTERFACE;
     AddRef();
     return S_OK;
 }
@@ -72,20 +120,18 @@ ULONG TypeLibrary::Release() noexcept {
 }
 
 UINT TypeLibrary::GetTypeInfoCount() noexcept {
-    return static_cast<UINT>(types_.size());
+    return static_cast<UINT>(publishedIndexOf(types_.size()));
 }
 
 HRESULT TypeLibrary::GetTypeInfo(UINT index, ITypeInfo** out) noexcept {
     if (!out) return E_INVALIDARG;
     *out = nullptr;
-    return guarded([&] { *out = type(index).release(); });
+    return guarded([&] { *out = type(placeOf(index)).release(); });
 }
 
 HRESULT TypeLibrary::GetTypeInfoType(UINT index, TYPEKIND* kind) noexcept {
     if (!kind) return E_INVALIDARG;
-    if (index >= types_.size()) return TYPE_E_ELEMENTNOTFOUND;
-    *kind = model_->types[index].kind;
-    return S_OK;
+    return guarded([&] { *kind = type(placeOf(index))->kind(); });
 }
 
 HRESULT TypeLibrary::GetTypeInfoOfGuid(REFGUID id, ITypeInfo** out) noexcept {
@@ -104,7 +150,7 @@ HRESULT TypeLibrary::GetLibAttr(TLIBATTR** attributes) noexcept {
         description->syskind = model_->system;
         description->wMajorVerNum = model_->majorVersion;
         description->wMinorVerNum = model_->minorVersion;
-        description->wLibFlags = model_->flags | LIBFLAG_FHASDISKIMAGE;
+        description->wLibFlags = model_->flags | (editor_ ? 0 : LIBFLAG_FHASDISKIMAGE);
         *attributes = description.release();
     });
 }
@@ -124,7 +170,7 @@ HRESULT TypeLibrary::GetDocumentation(INT index, BSTR* name, BSTR* help, DWORD* 
                                       BSTR* helpFile) noexcept {
     return guarded([&] {
         if (index >= 0) {
-            return type(static_cast<std::size_t>(index))
+            return type(placeOf(static_cast<std::size_t>(index)))
                 ->GetDocumentation(MEMBERID_NIL, name, help, context, helpFile);
         }
         require(index == -1, TYPE_E_ELEMENTNOTFOUND);
@@ -143,7 +189,7 @@ HRESULT TypeLibrary::GetDocumentation2(INT index, LCID lcid, BSTR* help, DWORD* 
                                        BSTR* module) noexcept {
     return guarded([&] {
         if (index >= 0) {
-            return type(static_cast<std::size_t>(index))
+            return type(placeOf(static_cast<std::size_t>(index)))
                 ->GetDocumentation2(MEMBERID_NIL, lcid, help, context, module);
         }
         require(index == -1, TYPE_E_ELEMENTNOTFOUND);
@@ -198,9 +244,13 @@ HRESULT TypeLibrary::GetAllCustData(CUSTDATA* data) noexcept {
 
 HRESULT TypeLibrary::GetLibStatistics(ULONG* names, ULONG* characters) noexcept {
     if (!names) return E_INVALIDARG;
-    *names = model_->nameCount;
-    if (characters) *characters = model_->nameCharacters;
-    return S_OK;
+    return guarded([&] {
+        // What was read tells its own figures, which count more than a caller sees.
+        auto const figures = editor_ ? index().statistics()
+                                     : NameStatistics{model_->nameCount, model_->nameCharacters};
+        *names = figures.names;
+        if (characters) *characters = figures.characters;
+    });
 }
 
 }  // namespace velk::typelib

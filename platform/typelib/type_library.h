@@ -4,10 +4,10 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "platform/typelib/lazy.h"
 #include "platform/typelib/names.h"
 #include "platform/typelib/owners.h"
 
@@ -15,8 +15,17 @@ namespace velk::typelib {
 
 class TypeInfo;
 
-/// ITypeLib2 and ITypeComp over a model. Thread-safe: the model never changes,
-/// everything made later stands behind locks.
+/// The side of a library or type made in memory that changes it. It belongs to
+/// the object that it changes and shares its identity and its count.
+class Editor {
+  public:
+    virtual ~Editor() = default;
+    /// The editing interface of an identifier, not counted; null for others.
+    virtual IUnknown* editingInterface(REFIID riid) noexcept = 0;
+};
+
+/// ITypeLib2 and ITypeComp over a model. Thread-safe while the model does not
+/// change: everything made later stands behind locks.
 ///
 /// The library owns its type objects. A type object in use holds one reference
 /// to its library, so that either may be released first.
@@ -30,13 +39,29 @@ class TypeLibrary final : public ITypeLib2, public ITypeComp {
     std::u16string const& path() const { return path_; }
     LibraryIndex const& index() const;
 
-    /// A type of this library, in its usual view.
+    /// A type of this library by its place in the model, in its usual view.
     Reference<TypeInfo> type(std::size_t index);
+    /// The place in the model of a type that callers count without the deleted
+    /// ones; the number of places where there is none.
+    std::size_t placeOf(std::size_t published) const;
+    /// How callers count the type at a place of the model.
+    std::size_t publishedIndexOf(std::size_t place) const;
     /// The type that a reference of this library stands for. Fails with a
     /// ResultError, TYPE_E_ELEMENTNOTFOUND for a reference that is none.
     Reference<TypeInfo> resolve(HREFTYPE reference);
     /// A reference of this library to what `reference` means in `owner`.
     HREFTYPE borrow(TypeLibrary& owner, HREFTYPE reference);
+
+    /// The reference that leads to the vtable of what `reference` stands for.
+    HREFTYPE vtableReference(HREFTYPE reference) const;
+
+    /// For the editor: takes in the first type of the model that it has not yet.
+    TypeInfo& showNextType();
+    /// For the editor: gives the type at a place the views that it now has.
+    void updateViews(std::size_t place);
+    /// For the editor: names and identifiers have changed.
+    void forgetIndex() { index_.forget(); }
+    void attach(std::unique_ptr<Editor> editor) { editor_ = std::move(editor); }
 
     /// Adds a reference unless the last one has already gone. For caches.
     bool tryAddRef();
@@ -81,16 +106,16 @@ class TypeLibrary final : public ITypeLib2, public ITypeComp {
     Reference<TypeInfo> resolveImported(std::size_t index);
     Reference<TypeLibrary> importedLibrary(std::size_t index);
     Reference<TypeInfo> typeOfKind(Text name, std::vector<TYPEKIND> const& kinds);
-    bool reaches(TypeLibrary const* target, int depth) const;
+    bool reaches(TypeLibrary const* target, int depth);
 
     std::atomic<ULONG> references_{1};
     std::unique_ptr<LibraryModel const> model_;
     std::u16string path_;
+    std::unique_ptr<Editor> editor_;
     std::vector<std::unique_ptr<TypeInfo>> types_;
-    /// The vtable views of dual types, null for all others.
-    std::vector<std::unique_ptr<TypeInfo>> vtableViews_;
-    mutable std::once_flag indexOnce_;
-    mutable std::optional<LibraryIndex> index_;
+    /// The less usual views of dual types, null for all others.
+    std::vector<std::unique_ptr<TypeInfo>> otherViews_;
+    Lazy<LibraryIndex> index_;
     std::vector<Reference<TypeLibrary>> imported_;
     std::vector<BorrowedReference> borrowed_;
     std::mutex borrowedLock_;

@@ -17,19 +17,13 @@ bool isHidden(ParameterModel const& parameter) {
 }  // namespace
 
 MemberIndex const& TypeInfo::members() const {
-    std::call_once(membersOnce_, [this] { members_.emplace(model_); });
-    return *members_;
+    return members_.get([this] { return MemberIndex(model_); });
 }
 
 Reference<TypeInfo> TypeInfo::base() {
     bool const derives = model_.kind == TKIND_INTERFACE || model_.dual();
     if (!derives || model_.implemented.empty()) return {};
-    HREFTYPE reference = model_.implemented[0].reference;
-    bool const local = kindOfReference(reference) == ReferenceKind::local;
-    if (local && library_.model().types[indexOfReference(reference)].dual()) {
-        reference = makeReference(ReferenceKind::otherView, indexOfReference(reference));
-    }
-    return library_.resolve(reference);
+    return library_.resolve(library_.vtableReference(model_.implemented[0].reference));
 }
 
 UINT TypeInfo::functionCount() const {

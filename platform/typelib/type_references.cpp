@@ -17,7 +17,8 @@ std::mutex importLock;
 }  // namespace
 
 Reference<TypeInfo> TypeLibrary::type(std::size_t index) {
-    require(index < types_.size(), TYPE_E_ELEMENTNOTFOUND);
+    bool const present = index < types_.size() && !model_->types[index].deleted;
+    require(present, TYPE_E_ELEMENTNOTFOUND);
     return Reference<TypeInfo>(types_[index].get());
 }
 
@@ -30,8 +31,8 @@ Reference<TypeInfo> TypeLibrary::resolve(HREFTYPE reference) {
         case ReferenceKind::imported:
             return resolveImported(index);
         case ReferenceKind::otherView: {
-            require(index < vtableViews_.size() && vtableViews_[index], TYPE_E_ELEMENTNOTFOUND);
-            return Reference<TypeInfo>(vtableViews_[index].get());
+            require(index < otherViews_.size() && otherViews_[index], TYPE_E_ELEMENTNOTFOUND);
+            return Reference<TypeInfo>(otherViews_[index].get());
         }
         case ReferenceKind::foreign:
             break;
@@ -47,10 +48,8 @@ Reference<TypeInfo> TypeLibrary::resolve(HREFTYPE reference) {
 
 HREFTYPE TypeLibrary::borrow(TypeLibrary& owner, HREFTYPE reference) {
     if (&owner == this || reference == noReference) return reference;
-    {
-        std::scoped_lock const lock(importLock);
-        require(!owner.reaches(this, 0), TYPE_E_CIRCULARTYPE);
-    }
+    std::scoped_lock const import(importLock);
+    require(!owner.reaches(this, 0), TYPE_E_CIRCULARTYPE);
     std::scoped_lock const lock(borrowedLock_);
     for (std::size_t i = 0; i < borrowed_.size(); ++i) {
         if (borrowed_[i].owner.get() == &owner && borrowed_[i].reference == reference) {
@@ -61,6 +60,15 @@ HREFTYPE TypeLibrary::borrow(TypeLibrary& owner, HREFTYPE reference) {
     return makeReference(ReferenceKind::foreign, borrowed_.size() - 1);
 }
 
+HREFTYPE TypeLibrary::vtableReference(HREFTYPE reference) const {
+    std::size_t const index = indexOfReference(reference);
+    bool const local = kindOfReference(reference) == ReferenceKind::local;
+    if (!local || index >= model_->types.size()) return reference;
+    auto const& type = model_->types[index];
+    bool const other = type.dual() && !type.vtableFirst;
+    return other ? makeReference(ReferenceKind::otherView, index) : reference;
+}
+
 Reference<TypeInfo> TypeLibrary::resolveImported(std::size_t index) {
     require(index < model_->importedTypes.size(), TYPE_E_ELEMENTNOTFOUND);
     auto const& entry = model_->importedTypes[index];
@@ -69,10 +77,14 @@ Reference<TypeInfo> TypeLibrary::resolveImported(std::size_t index) {
     return library->type(found);
 }
 
-bool TypeLibrary::reaches(TypeLibrary const* target, int depth) const {
+bool TypeLibrary::reaches(TypeLibrary const* target, int depth) {
     if (this == target || depth > longestImportPath) return true;
     for (auto const& library : imported_) {
         if (library && library->reaches(target, depth + 1)) return true;
+    }
+    std::scoped_lock const lock(borrowedLock_);
+    for (auto const& entry : borrowed_) {
+        if (entry.owner->reaches(target, depth + 1)) return true;
     }
     return false;
 }
