@@ -178,9 +178,10 @@ HRESULT SafeArrayDestroyData(SAFEARRAY* array) {
 HRESULT SafeArrayDestroyDescriptor(SAFEARRAY* array) {
     if (array == nullptr) return S_OK;
     if (array->cLocks != 0) return DISP_E_ARRAYISLOCKED;
-    if ((array->fFeatures & FADF_RECORD) != 0) SafeArraySetRecordInfo(array, nullptr);
     // Elements inside the descriptor's own block end with it.
     if ((array->fFeatures & FADF_CREATEVECTOR) != 0) SafeArrayDestroyData(array);
+    // Only now: records are cleared by their description.
+    if ((array->fFeatures & FADF_RECORD) != 0) SafeArraySetRecordInfo(array, nullptr);
     if ((array->fFeatures & foreignMemoryFeatures) == 0) freeDescriptor(*array);
     return S_OK;
 }

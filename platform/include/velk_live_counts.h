@@ -12,7 +12,8 @@ enum VelkLiveKind {
     VELK_LIVE_TYPE_LIBRARY = 3,  ///< loaded type libraries, each counted once
     VELK_LIVE_DESCRIPTION = 4,   ///< TYPEATTR, FUNCDESC, VARDESC and TLIBATTR handed out
     VELK_LIVE_REGISTRY_KEY = 5,  ///< open registry keys
-    VELK_LIVE_KINDS = 6
+    VELK_LIVE_RECORD = 6,        ///< records of RecordCreate and its kin
+    VELK_LIVE_KINDS = 7
 };
 
 /// How many things of a kind are alive in this process. Exact once the

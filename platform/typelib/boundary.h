@@ -28,6 +28,11 @@ inline void require(bool condition, HRESULT code) {
     if (!condition) fail(code);
 }
 
+/// Throws a failure as a ResultError.
+inline void check(HRESULT result) {
+    if (FAILED(result)) fail(result);
+}
+
 /// Runs `action`, which gives an HRESULT or nothing, and turns what it throws
 /// into a result code.
 template <typename Action>

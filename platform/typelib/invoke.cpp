@@ -107,11 +107,7 @@ class MemberCall {
         requireEnoughArguments();
         for (std::size_t i = 0; i < function_.parameters.size(); ++i) bindParameter(i);
         auto const resultType = resolveForInvoke(owner_.library(), function_.result);
-        auto const kind =
-            resultType.pointers > 0 ? NativeKind::pointer : nativeKindOf(resultType.type);
-        require(kind.has_value(), DISP_E_BADVARTYPE);
-        NativeValue returned;
-        returned.kind = *kind;
+        NativeValue returned = bindReturned(resultType);
         callSlot(instance, static_cast<USHORT>(function_.vtableOffset), natives_, returned);
         bool const resultCode = function_.result.vt == VT_HRESULT;
         auto const code = static_cast<HRESULT>(returned.integer);
@@ -135,6 +131,20 @@ class MemberCall {
 
     InvokeArgument& newArgument() {
         return *arguments_.emplace_back(std::make_unique<InvokeArgument>());
+    }
+
+    // Room for what the member itself returns.
+    NativeValue bindReturned(InvokeType const& type) {
+        if (type.type == VT_RECORD) {
+            require(type.pointers == 0, DISP_E_BADVARTYPE);
+            result_ = &newArgument();
+            return result_->bindEmptyRecord(type);
+        }
+        auto const kind = type.pointers > 0 ? NativeKind::pointer : nativeKindOf(type.type);
+        require(kind.has_value(), DISP_E_BADVARTYPE);
+        NativeValue returned;
+        returned.kind = *kind;
+        return returned;
     }
 
     void bindParameter(std::size_t index) {
@@ -183,6 +193,8 @@ class MemberCall {
 
     NativeValue bindMissing(std::size_t index, ParameterModel const& parameter,
                             InvokeType const& type) {
+        bool const empty = !parameter.defaultValue && isOptional(index);
+        if (empty && type.type == VT_RECORD) return newArgument().bindEmptyRecord(type);
         VARIANT value{};
         if (parameter.defaultValue) {
             value = parameter.defaultValue->varDefaultValue;

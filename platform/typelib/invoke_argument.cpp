@@ -2,12 +2,10 @@
 
 #include <cstring>
 
+#include "platform/typelib/record_array.h"
+
 namespace velk::typelib {
 namespace {
-
-void check(HRESULT result) {
-    if (FAILED(result)) fail(result);
-}
 
 // The value behind a reference to a VARIANT, else the argument itself.
 VARIANT& withoutVariantReference(VARIANT& argument) {
@@ -64,20 +62,23 @@ IUnknown* objectIn(VARIANT const& value) {
     return value.punkVal;
 }
 
+// An array of records has to be one of those that the member is declared with.
+void requireElements(VARIANT const& source, TypeInfo& record) {
+    auto const type = static_cast<VARTYPE>(source.vt & ~VT_BYREF);
+    if (type != (VT_ARRAY | VT_RECORD)) return;
+    SAFEARRAY* const array = dereferenced(source).parray;
+    require(!array || hasElementsOf(*array, record.model().id), DISP_E_TYPEMISMATCH);
+}
+
 }  // namespace
 
 NativeValue InvokeArgument::bind(VARIANT& argument, InvokeType const& type, USHORT flags) {
     VARIANT& source = withoutVariantReference(argument);
-    if (type.type == VT_RECORD) return bindRecord(source, type);
+    if (type.type == VT_RECORD) return bindRecord(argument, source, type, flags);
     require(type.pointers <= 1, DISP_E_BADVARTYPE);
+    if (type.type == (VT_ARRAY | VT_RECORD)) requireElements(source, *type.record);
     return type.pointers == 0 ? bindValue(source, type)
                               : bindReference(argument, source, type, flags);
-}
-
-NativeValue InvokeArgument::bindRecord(VARIANT& source, InvokeType const& type) {
-    bool const record = (source.vt & ~VT_BYREF) == VT_RECORD && source.pvRecord;
-    require(record && type.pointers == 1, DISP_E_TYPEMISMATCH);
-    return NativeValue::ofPointer(source.pvRecord);
 }
 
 NativeValue InvokeArgument::bindValue(VARIANT& source, InvokeType const& type) {
@@ -165,6 +166,7 @@ NativeValue InvokeArgument::bindReference(VARIANT& argument, VARIANT& source,
 
 NativeValue InvokeArgument::bindResult(InvokeType const& type) {
     // A member hands out a pointer to what it returns.
+    if (type.type == VT_RECORD && type.pointers == 1) return bindEmptyRecord(type);
     require(type.pointers == 1 && nativeKindOf(type.type), DISP_E_BADVARTYPE);
     copyType_ = type.type;
     return NativeValue::ofPointer(storage());

@@ -1,8 +1,12 @@
 /// One argument of a late-bound call on its way to the member and back.
 #pragma once
 
+#include <optional>
+
 #include "platform/typelib/invoke_type.h"
+#include "platform/typelib/native_structure.h"
 #include "platform/typelib/owners.h"
+#include "platform/typelib/record_types.h"
 #include "platform/typelib/vtable_call.h"
 
 namespace velk::typelib {
@@ -12,7 +16,8 @@ namespace velk::typelib {
 /// A value is passed as it is where its type fits, converted by
 /// VariantChangeType otherwise. A reference is passed through where its type
 /// fits; otherwise the member gets a reference to a converted copy, which is
-/// written back after the call.
+/// written back after the call. A record is passed in its place, by reference
+/// even where the caller's VARIANT holds it by value.
 class InvokeArgument {
   public:
     InvokeArgument() = default;
@@ -27,6 +32,10 @@ class InvokeArgument {
     /// storage of its own.
     NativeValue bindResult(InvokeType const& type);
 
+    /// Makes the native form of an empty record of its own, by value or as a
+    /// reference. takeResult hands the record out.
+    NativeValue bindEmptyRecord(InvokeType const& type);
+
     /// After a successful call: writes a converted copy back.
     void writeBack();
 
@@ -37,7 +46,9 @@ class InvokeArgument {
     NativeValue bindValue(VARIANT& source, InvokeType const& type);
     NativeValue bindReference(VARIANT& argument, VARIANT& source, InvokeType const& type,
                               USHORT flags);
-    NativeValue bindRecord(VARIANT& source, InvokeType const& type);
+    NativeValue bindRecord(VARIANT& argument, VARIANT& source, InvokeType const& type,
+                           USHORT flags);
+    NativeValue recordAt(void* bytes, RecordDescription const& record, InvokeType const& type);
     void convertInto(VARIANT const& source, InvokeType const& type);
     void* storage();
 
@@ -46,6 +57,8 @@ class InvokeArgument {
     VARTYPE copyType_ = VT_EMPTY;
     /// Where a converted copy goes after the call; null for nowhere.
     VARIANT* target_ = nullptr;
+    /// What a record by value is made of.
+    std::optional<NativeStructure> structure_;
 };
 
 }  // namespace velk::typelib

@@ -52,6 +52,7 @@ InvokeType resolveUser(TypeLibrary& library, HREFTYPE reference, int depth) {
         case TKIND_RECORD:
         case TKIND_UNION:
             result.type = VT_RECORD;
+            result.record = target;
             return result;
         case TKIND_INTERFACE:
         case TKIND_DISPATCH:
@@ -78,6 +79,7 @@ InvokeType resolve(TypeLibrary& library, TYPEDESC const& type, int depth) {
             auto const element = resolve(library, *type.lptdesc, depth + 1);
             require(element.pointers == 0, DISP_E_BADVARTYPE);
             result.type = static_cast<VARTYPE>(VT_ARRAY | element.type);
+            result.record = element.record;
             return result;
         }
         case VT_USERDEFINED:

@@ -14,6 +14,8 @@ struct InvokeType {
     int pointers = 0;
     /// The interface of a VT_UNKNOWN or VT_DISPATCH; null for any.
     GUID interfaceId{};
+    /// The structure of a VT_RECORD, or of an array's elements; null for all else.
+    Reference<TypeInfo> record;
 
     bool isInterface() const { return type == VT_UNKNOWN || type == VT_DISPATCH; }
 };

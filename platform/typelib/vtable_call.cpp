@@ -6,6 +6,7 @@
 #include <ffi.h>
 
 #include "platform/typelib/boundary.h"
+#include "platform/typelib/native_structure.h"
 
 namespace velk::typelib {
 namespace {
@@ -34,7 +35,9 @@ bool structuresAreReady() {
     return ready;
 }
 
-ffi_type* typeOf(NativeKind kind) {
+}  // namespace
+
+ffi_type* nativeTypeOf(NativeKind kind) {
     switch (kind) {
         case NativeKind::nothing:
             return &ffi_type_void;
@@ -66,8 +69,21 @@ ffi_type* typeOf(NativeKind kind) {
             return &decimalType;
         case NativeKind::variant:
             return &variantType;
+        case NativeKind::structure:
+            break;
     }
     fail(E_UNEXPECTED);
+}
+
+namespace {
+
+ffi_type* typeOf(NativeValue const& value) {
+    return value.structure ? value.structure->type() : nativeTypeOf(value.kind);
+}
+
+// Where the bits of a value stand.
+void* placeOf(NativeValue& value) {
+    return value.structure ? value.pointer : &value.integer;
 }
 
 }  // namespace
@@ -190,17 +206,16 @@ void callFunction(void* address, std::span<NativeValue> arguments, NativeValue& 
     std::vector<void*> values;
     for (auto& argument : arguments) {
         require(argument.kind != NativeKind::nothing, DISP_E_BADVARTYPE);
-        types.push_back(typeOf(argument.kind));
-        values.push_back(&argument.integer);
+        types.push_back(typeOf(argument));
+        values.push_back(placeOf(argument));
     }
     ffi_cif call;
-    ffi_status const status =
-        ffi_prep_cif(&call, FFI_DEFAULT_ABI, static_cast<unsigned>(types.size()),
-                     typeOf(result.kind), types.data());
+    ffi_status const status = ffi_prep_cif(
+        &call, FFI_DEFAULT_ABI, static_cast<unsigned>(types.size()), typeOf(result), types.data());
     require(status == FFI_OK, DISP_E_BADVARTYPE);
     // Results narrower than a register come back as a whole register, whose low
     // bytes stand first on this machine.
-    ffi_call(&call, FFI_FN(address), &result.integer, values.data());
+    ffi_call(&call, FFI_FN(address), placeOf(result), values.data());
 }
 
 void callSlot(void* instance, std::size_t offset, std::span<NativeValue const> arguments,
@@ -211,7 +226,9 @@ void callSlot(void* instance, std::size_t offset, std::span<NativeValue const> a
     all.insert(all.end(), arguments.begin(), arguments.end());
     auto* const vtable = *static_cast<std::byte**>(instance);
     void* function = nullptr;
+    require(vtable, E_INVALIDARG);
     std::memcpy(&function, vtable + offset, sizeof function);
+    require(function, E_INVALIDARG);
     callFunction(function, all, result);
 }
 

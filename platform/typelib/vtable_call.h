@@ -6,7 +6,11 @@
 
 #include "oleauto.h"
 
+struct _ffi_type;
+
 namespace velk::typelib {
+
+class NativeStructure;
 
 /// How a value travels to and from a native function.
 enum class NativeKind {
@@ -24,7 +28,8 @@ enum class NativeKind {
     pointer,
     currency,
     decimal,
-    variant
+    variant,
+    structure
 };
 
 /// The kind of an automation type; nothing for types that no function takes by
@@ -32,13 +37,19 @@ enum class NativeKind {
 /// VT_VOID are NativeKind::nothing.
 std::optional<NativeKind> nativeKindOf(VARTYPE type);
 
-/// How many bytes a value of the kind has.
+/// How many bytes a value of the kind has; 8 for a structure's address.
 std::size_t sizeOf(NativeKind kind);
 
+/// The kind as the calling convention knows it. E_UNEXPECTED for a structure,
+/// which has a description of its own.
+_ffi_type* nativeTypeOf(NativeKind kind);
+
 /// One argument or result. Holds its bits only: what they point at stays with
-/// whoever put them here.
+/// whoever put them here. Of a structure it holds the address, from which it is
+/// passed, or at which it is returned.
 struct NativeValue {
     NativeKind kind = NativeKind::nothing;
+    NativeStructure const* structure = nullptr;
     union {
         LONGLONG integer;
         FLOAT real32;
@@ -63,7 +74,8 @@ struct NativeValue {
 void callFunction(void* address, std::span<NativeValue> arguments, NativeValue& result);
 
 /// Calls a member function of `instance` through its vtable, `offset` in bytes.
-/// The instance goes in front of the arguments.
+/// The instance goes in front of the arguments. E_INVALIDARG for a slot without
+/// a function.
 void callSlot(void* instance, std::size_t offset, std::span<NativeValue const> arguments,
               NativeValue& result);
 

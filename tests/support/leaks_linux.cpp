@@ -13,7 +13,8 @@ void addNativeLeakChecks() {
                  {VELK_LIVE_TASK_MEMORY, "task memory blocks"},
                  {VELK_LIVE_TYPE_LIBRARY, "type libraries"},
                  {VELK_LIVE_DESCRIPTION, "type descriptions"},
-                 {VELK_LIVE_REGISTRY_KEY, "registry keys"}};
+                 {VELK_LIVE_REGISTRY_KEY, "registry keys"},
+                 {VELK_LIVE_RECORD, "records"}};
     for (auto const& entry : kinds) {
         addLeakCheck(entry.name, [kind = entry.kind] { return VelkLiveCount(kind); });
     }

@@ -1,50 +1,14 @@
-/// The library that the tests load, and small helpers around the interfaces.
+/// The library of shapes that the tests load.
 #pragma once
 
-#include <memory>
-#include <string>
-
-#include <windows.h>
-
-#include <oleauto.h>
+#include "type_access.h"
 
 namespace velk::test {
-
-struct ReleaseInterface {
-    void operator()(IUnknown* object) const { object->Release(); }
-};
-template <typename Interface>
-using Owned = std::unique_ptr<Interface, ReleaseInterface>;
-
-using Wide = std::basic_string<OLECHAR>;
 
 /// The path of a file that the build made for these tests.
 Wide shapesPath();
 /// The loaded library; a failure ends the test program's assertion.
 Owned<ITypeLib> loadShapes();
-/// A type by its name.
-Owned<ITypeInfo> typeNamed(ITypeLib* library, OLECHAR const* name);
-/// The other view of a dual interface.
-Owned<ITypeInfo> otherView(ITypeInfo* type);
-/// What a reference of a type stands for.
-Owned<ITypeInfo> referenced(ITypeInfo* type, HREFTYPE reference);
-/// The name of a type or of one of its members.
-Wide nameOf(ITypeInfo* type, MEMBERID member = MEMBERID_NIL);
-/// The text of a BSTR, which is freed.
-Wide taken(BSTR text);
-
-/// Descriptions that give themselves back.
-template <typename Description, auto release>
-struct GiveBack {
-    ITypeInfo* type;
-    void operator()(Description* description) const { (type->*release)(description); }
-};
-using Attributes = std::unique_ptr<TYPEATTR, GiveBack<TYPEATTR, &ITypeInfo::ReleaseTypeAttr>>;
-using Function = std::unique_ptr<FUNCDESC, GiveBack<FUNCDESC, &ITypeInfo::ReleaseFuncDesc>>;
-using Variable = std::unique_ptr<VARDESC, GiveBack<VARDESC, &ITypeInfo::ReleaseVarDesc>>;
-Attributes attributesOf(ITypeInfo* type);
-Function functionOf(ITypeInfo* type, UINT index);
-Variable variableOf(ITypeInfo* type, UINT index);
 
 /// An identifier of the library: they differ in their last byte.
 GUID shapesId(BYTE last);
