@@ -10,12 +10,6 @@ void closeSafeArray(SAFEARRAY*& array) noexcept {
     if (array != nullptr) SafeArrayDestroy(array);
 }
 
-void closeExceptionInfo(EXCEPINFO& info) noexcept {
-    SysFreeString(info.bstrSource);
-    SysFreeString(info.bstrDescription);
-    SysFreeString(info.bstrHelpFile);
-}
-
 void closeRegistryKey(HKEY& key) noexcept {
     if (key != nullptr) RegCloseKey(key);
 }
@@ -40,16 +34,22 @@ Bstr makeBstr(TextView text) {
     return copy;
 }
 
+// Not every system's header says that the source stays as it is.
+HRESULT copyVariant(VARIANT const& source, VARIANT& target) noexcept {
+    return VariantCopy(&target, const_cast<VARIANT*>(&source));
+}
+
+HRESULT copyReferredTo(VARIANT const& source, Variant& result) noexcept {
+    return VariantCopyInd(result.put(), const_cast<VARIANT*>(&source));
+}
+
 Variant copyVariant(VARIANT const& source) {
     Variant copy;
-    // Some declarations of VariantCopy take a source that they do not change
-    // without const.
-    throwIfFailed(VariantCopy(copy.address(), const_cast<VARIANT*>(&source)));
+    throwIfFailed(copyVariant(source, *copy.address()));
     return copy;
 }
 
 HRESULT changeType(VARIANT const& source, VARTYPE type, Variant& result) noexcept {
-    // Not every system's header says that the source stays as it is.
     return VariantChangeType(result.put(), const_cast<VARIANT*>(&source), 0, type);
 }
 

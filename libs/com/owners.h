@@ -18,11 +18,19 @@ using TextView = std::basic_string_view<OLECHAR>;
 inline void closeBstr(BSTR& text) noexcept {
     SysFreeString(text);
 }
+/// Whether a value of this type is nothing but bits: there is nothing to give up.
+constexpr bool isPlainType(VARTYPE type) noexcept {
+    return type <= VT_DATE || type == VT_BOOL || (type >= VT_I1 && type <= VT_UINT);
+}
 inline void closeVariant(VARIANT& value) noexcept {
-    VariantClear(&value);
+    if (!isPlainType(value.vt)) VariantClear(&value);
+}
+inline void closeExceptionInfo(EXCEPINFO& info) noexcept {
+    if (info.bstrSource) SysFreeString(info.bstrSource);
+    if (info.bstrDescription) SysFreeString(info.bstrDescription);
+    if (info.bstrHelpFile) SysFreeString(info.bstrHelpFile);
 }
 void closeSafeArray(SAFEARRAY*& array) noexcept;
-void closeExceptionInfo(EXCEPINFO& info) noexcept;
 void closeRegistryKey(HKEY& key) noexcept;
 void closeTaskMemory(void*& block) noexcept;
 void closeModule(HMODULE& module) noexcept;
@@ -57,6 +65,13 @@ inline TextView viewBstr(Bstr const& text) noexcept {
 
 /// A copy of `source`. Throws Error with the failure of VariantCopy.
 Variant copyVariant(VARIANT const& source);
+
+/// `VariantCopy` of `source` over what `target` holds, which must be a value.
+HRESULT copyVariant(VARIANT const& source, VARIANT& target) noexcept;
+
+/// A copy of `source`, or of the value that it refers to, into `result`, which
+/// is empty when that fails.
+HRESULT copyReferredTo(VARIANT const& source, Variant& result) noexcept;
 
 /// `VariantChangeType` of `source` with flags 0, into `result`; `result` is
 /// empty when it fails.

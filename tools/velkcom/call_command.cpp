@@ -1,9 +1,9 @@
 #include "call_command.h"
 
-#include "com/utf.h"
 #include "com_session.h"
 #include "member_call.h"
 #include "member_path.h"
+#include "object_creation.h"
 #include "result_codes.h"
 #include "result_text.h"
 #include "typed_value.h"
@@ -37,27 +37,6 @@ std::vector<PreparedStep> prepare(CallCommand const& command) {
         prepared.push_back(std::move(next));
     }
     return prepared;
-}
-
-[[noreturn]] void failCreation(std::string const& progId, HRESULT code) {
-    std::string const meaning = meaningOfCode(code);
-    throw CallFailure("cannot create \"" + progId + "\": " + describeCode(code) +
-                      (meaning.empty() ? "" : ": " + meaning));
-}
-
-ComPtr<IDispatch> createObject(std::string const& progId) {
-    auto const name = com::fromUtf8(progId);
-    if (!name) throw UsageError("the PROGID is not valid UTF-8");
-    CLSID classId{};
-    HRESULT code = progId.starts_with('{') ? CLSIDFromString(name->c_str(), &classId)
-                                           : CLSIDFromProgID(name->c_str(), &classId);
-    if (FAILED(code)) failCreation(progId, code);
-    ComPtr<IDispatch> object;
-    code =
-        CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.putVoid());
-    if (FAILED(code)) failCreation(progId, code);
-    if (!object) failCreation(progId, E_NOINTERFACE);
-    return object;
 }
 
 // The object in a result, to go on with.

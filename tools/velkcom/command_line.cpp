@@ -89,6 +89,12 @@ Command parseTypelib(std::string const& command, Words const& words) {
     return TypelibCommand{words.operands[0]};
 }
 
+Command parseEnum(std::string const& command, Words const& words) {
+    if (!words.options.empty()) refuseOption(command, words.options[0]);
+    requireOperands(command, words, 3, 3, "a FILE or PROGID, an ENUM and a CONSTANT");
+    return EnumCommand{words.operands[0], words.operands[1], words.operands[2]};
+}
+
 }  // namespace
 
 Command parseCommandLine(std::vector<std::string> const& arguments) {
@@ -105,6 +111,7 @@ Command parseCommandLine(std::vector<std::string> const& arguments) {
     if (command == "register" || command == "unregister") return parseRegister(command, words);
     if (command == "call") return parseCall(command, words);
     if (command == "typelib") return parseTypelib(command, words);
+    if (command == "enum") return parseEnum(command, words);
     throw UsageError("unknown command \"" + command + "\"");
 }
 

@@ -36,9 +36,14 @@ struct CallCommand {
 struct TypelibCommand {
     std::string file;
 };
+struct EnumCommand {
+    std::string source;  ///< path of a type library, or the ProgID of a class
+    std::string enumeration;
+    std::string constant;
+};
 
-using Command =
-    std::variant<HelpCommand, VersionCommand, RegisterCommand, CallCommand, TypelibCommand>;
+using Command = std::variant<HelpCommand, VersionCommand, RegisterCommand, CallCommand,
+                             TypelibCommand, EnumCommand>;
 
 /// Reads the arguments after the program's name, in UTF-8. Options may stand
 /// anywhere after the command; after "--" nothing is an option.

@@ -11,6 +11,7 @@ usage:
   velkcom unregister [--user] [MODULE]
   velkcom call [--get | --put | --putref | --method] PROGID MEMBER [ARGUMENT...]
   velkcom typelib FILE
+  velkcom enum FILE|PROGID ENUM CONSTANT
   velkcom COMMAND --help
   velkcom --help | --version
 
@@ -69,12 +70,23 @@ constexpr char typelib[] =
 Prints the type library in FILE, a .tlb file or a module that carries one.
 )";
 
+constexpr char enumeration[] =
+    R"(usage: velkcom enum FILE ENUM CONSTANT
+       velkcom enum PROGID ENUM CONSTANT
+
+Prints the value of CONSTANT of the enumeration ENUM in the type library FILE,
+or in the library that an object of the class PROGID tells of. Upper and lower
+case matter in both names. What contains a slash, or is there as a file, is a
+FILE.
+)";
+
 }  // namespace
 
 std::string helpText(std::string const& topic) {
     if (topic == "register" || topic == "unregister") return registration;
     if (topic == "call") return calling;
     if (topic == "typelib") return typelib;
+    if (topic == "enum") return enumeration;
     return overview;
 }
 

@@ -3,6 +3,7 @@
 #include "call_command.h"
 #include "com/error.h"
 #include "command_line.h"
+#include "enum_command.h"
 #include "help_text.h"
 #include "register_command.h"
 #include "result_codes.h"
@@ -31,6 +32,7 @@ class Runner {
     int operator()(TypelibCommand const& command) const {
         return runTypelib(command, out_, errors_);
     }
+    int operator()(EnumCommand const& command) const { return runEnum(command, out_, errors_); }
 
   private:
     std::ostream& out_;
