@@ -5,10 +5,10 @@
 /// object goes out as a new facade on every crossing, and a facade of this
 /// module comes back as the very object that it stands for.
 ///
-/// Native objects that are no facades, and native values that no host type
-/// can hold (records, arrays, decimals, error codes, nulls, bare interfaces),
-/// would cross inside a wrapper object. The module has no wrapper classes yet:
-/// such values have no host form.
+/// Every other native object arrives inside a `vbsComDispatchWrapperC`, and a
+/// native value that no host type can hold (records, arrays, decimals, error
+/// codes, nulls, bare interfaces, numbers beyond the host's) as a copy inside a
+/// `vbsComVariantWrapperC`. Both give back what they hold when they cross again.
 #pragma once
 
 #include <windows.h>
@@ -22,10 +22,11 @@
 /// \param src           the value to convert
 /// \param dst           receives the value; what it held before is not
 ///                      released. The caller clears it with VariantClear.
-/// \param typedByRef    1 for the empty object reference, else 0: whether a
-///                      by-reference argument is passed as a reference to its
-///                      own type and not as one to a VARIANT
-/// \param wrapperFlags  0; the flags of the wrapper that held the value
+/// \param typedByRef    1 for the empty object reference and for what a wrapper
+///                      gave back, else 0: whether a by-reference argument is
+///                      passed as a reference to its own type and not as one
+///                      to a VARIANT
+/// \param wrapperFlags  the flags of the value wrapper that held the value, else 0
 /// \return false, `dst` then being empty, when the host type has no native
 ///         form or when no facade could be made
 ///
@@ -40,10 +41,11 @@ bool convertMZCOMVariant2MSCOMVariant(mzComVariantC const& src, VARIANT& dst, un
 /// \param followVariantRefs  first follow references to VARIANTs to the value
 ///                           that they end at
 /// \param wrapUnsupported    wrap a value without host form instead of
-///                           refusing it; without effect as long as there is
-///                           nothing to wrap it in
-/// \return false, `dst` then being empty, for a value without host form. A
-///         value that cannot be coerced, a null reference and a circle of
-///         references have none either.
+///                           refusing it; a value behind a reference that is
+///                           not followed is always wrapped
+/// \return false, `dst` then being empty, for a value without host form that
+///         is not wrapped, for a null reference and for a circle of references
+///
+/// Throws com::Error with the failure of copying a value that is to be wrapped.
 bool convertMSCOMVariant2MZCOMVariant(VARIANT const& src, mzComVariantC& dst,
                                       bool followVariantRefs, bool wrapUnsupported);

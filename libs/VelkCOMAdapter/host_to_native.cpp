@@ -1,3 +1,4 @@
+#include "VelkQXTProxy/wrapper_interfaces.h"
 #include "com/owners.h"
 #include "conversions.h"
 #include "facade_creation.h"
@@ -41,12 +42,31 @@ bool giveFacade(mzIDispatch& object, VARIANT& dst) {
     return true;
 }
 
-// An object that wraps a native object or value is to give that back before
-// it is asked whether it is Nothing.
-bool giveObject(mzComVariantC const& src, VARIANT& dst, unsigned& typedByRef) {
+/// Gives back what the object wraps; false when it is no wrapper.
+bool giveWrapped(mzComPtrC const& object, VARIANT& dst, unsigned& wrapperFlags) {
+    if (mzComPtrT<mzIComVariantWrapper> const value{object}; value.isValid()) {
+        value->getVariant(dst);
+        value->getFlags(wrapperFlags);
+        return true;
+    }
+    if (mzComPtrT<mzIComDispatchWrapper> const native{object}; native.isValid()) {
+        dst.vt = VT_DISPATCH;
+        native->getDispatch(&dst.pdispVal);
+        return true;
+    }
+    return false;
+}
+
+bool giveObject(mzComVariantC const& src, VARIANT& dst, unsigned& typedByRef,
+                unsigned& wrapperFlags) {
     mzComPtrT<mzIUnknown> reference;
     src.get(reference);
-    mzComPtrT<mzIDispatch> const object{mzComPtrC(reference.iface())};
+    mzComPtrC const identity(reference.iface());
+    mzComPtrT<mzIDispatch> const object{identity};
+    if (object.isValid() && giveWrapped(identity, dst, wrapperFlags)) {
+        typedByRef = 1;
+        return true;
+    }
     if (!object.isValid() || isNothing(*object.iface())) {
         giveNothing(dst, typedByRef);
         return true;
@@ -76,7 +96,7 @@ bool convertMZCOMVariant2MSCOMVariant(mzComVariantC const& src, VARIANT& dst, un
             giveText(src, dst);
             return true;
         case mzTypeObject:
-            return giveObject(src, dst, typedByRef);
+            return giveObject(src, dst, typedByRef, wrapperFlags);
         default:
             return false;
     }

@@ -1,15 +1,19 @@
+#include <new>
+
+#include "VelkQXTProxy/dispatch_wrapper.h"
+#include "VelkQXTProxy/variant_wrapper.h"
+#include "com/error.h"
 #include "com/owners.h"
 #include "conversions.h"
 #include "facade.h"
+#include "variant_references.h"
 
 namespace {
 
 using velk::com::ComPtr;
 using velk::com::Variant;
 
-constexpr VARTYPE variantReference = VT_BYREF | VT_VARIANT;
-
-enum class HostForm { none, empty, integer, number, date, text, truth, dispatch };
+enum class HostForm { none, empty, integer, number, date, text, truth, dispatch, unknown };
 
 HostForm hostFormOf(VARTYPE type) {
     bool const byReference = (type & VT_BYREF) != 0;
@@ -40,30 +44,31 @@ HostForm hostFormOf(VARTYPE type) {
             return HostForm::truth;
         case VT_DISPATCH:
             return HostForm::dispatch;
+        case VT_UNKNOWN:
+            return HostForm::unknown;
         default:
             return HostForm::none;
     }
 }
 
-/// The value at the end of a chain of references to VARIANTs; null when the
-/// chain ends at a null pointer or runs in a circle.
-VARIANT const* followReferences(VARIANT const* value) {
-    // The trailing pointer goes half as fast: in a circle the two meet.
-    VARIANT const* trailing = value;
-    for (bool trailingMoves = false; value && value->vt == variantReference;
-         trailingMoves = !trailingMoves) {
-        value = value->pvarVal;
-        if (trailingMoves) trailing = trailing->pvarVal;
-        if (value == trailing) return nullptr;
-    }
-    return value;
-}
-
-/// What becomes of a native value that the host cannot express, and of a
-/// native object: the one place where wrapping it comes in.
 bool refuse(mzComVariantC& dst) {
     dst.clear();
     return false;
+}
+
+bool wrapDispatch(ComPtr<IDispatch> const& object, mzComVariantC& dst) {
+    auto* const wrapper = new (std::nothrow) vbsComDispatchWrapperC(object.get());
+    dst.set(mzComPtrT<mzIUnknown>(wrapper ? wrapper->getIUnknown() : nullptr));
+    return true;
+}
+
+/// A reference is wrapped as the value that it refers to: the wrapper may
+/// outlive the storage of whoever made the call.
+bool wrapCopy(VARIANT const& src, mzComVariantC& dst) {
+    Variant copy;
+    velk::com::throwIfFailed(velk::com::copyReferredTo(src, copy));
+    dst.set(vbsComVariantWrapperC::make(std::move(copy)));
+    return true;
 }
 
 bool isUnsigned32(VARTYPE type) {
@@ -73,31 +78,31 @@ bool isUnsigned32(VARTYPE type) {
 
 bool takeInteger(VARIANT const& src, mzComVariantC& dst) {
     Variant coerced;
-    if (FAILED(velk::com::changeType(src, VT_I4, coerced))) return refuse(dst);
+    if (FAILED(velk::com::changeType(src, VT_I4, coerced))) return false;
     // Systems differ on an unsigned value above the signed range: some fail,
     // some keep its bits, which would make it another number here.
-    if (isUnsigned32(src.vt) && coerced.get().lVal < 0) return refuse(dst);
+    if (isUnsigned32(src.vt) && coerced.get().lVal < 0) return false;
     dst.set(static_cast<int>(coerced.get().lVal));
     return true;
 }
 
 bool takeNumber(VARIANT const& src, mzComVariantC& dst) {
     Variant coerced;
-    if (FAILED(velk::com::changeType(src, VT_R8, coerced))) return refuse(dst);
+    if (FAILED(velk::com::changeType(src, VT_R8, coerced))) return false;
     dst.set(coerced.get().dblVal);
     return true;
 }
 
 bool takeTruth(VARIANT const& src, mzComVariantC& dst) {
     Variant coerced;
-    if (FAILED(velk::com::changeType(src, VT_I4, coerced))) return refuse(dst);
+    if (FAILED(velk::com::changeType(src, VT_I4, coerced))) return false;
     dst.set(coerced.get().lVal != 0);
     return true;
 }
 
 bool takeDate(VARIANT const& src, mzComVariantC& dst) {
     Variant coerced;
-    if (FAILED(velk::com::changeType(src, VT_BSTR, coerced))) return refuse(dst);
+    if (FAILED(velk::com::changeType(src, VT_BSTR, coerced))) return false;
     dst.set(mzComStringC(static_cast<OLECHAR const*>(coerced.get().bstrVal)));
     return true;
 }
@@ -119,11 +124,20 @@ bool takeDispatch(VARIANT const& src, mzComVariantC& dst) {
         dst.set(mzComPtrT<mzIUnknown>(facade->hostObject()));
         return true;
     }
-    return refuse(dst);
+    return wrapDispatch(object, dst);
 }
 
+/// An interface that leads to no dispatch object is always wrapped.
+bool takeUnknown(VARIANT const& src, mzComVariantC& dst) {
+    ComPtr<IUnknown> const object((src.vt & VT_BYREF) ? *src.ppunkVal : src.punkVal);
+    if (auto const dispatch = object.query<IDispatch>(IID_IDispatch)) {
+        return wrapDispatch(dispatch, dst);
+    }
+    return wrapCopy(src, dst);
+}
+
+/// False when the value has no host form; `dst` is then unspecified.
 bool takeValue(VARIANT const& src, mzComVariantC& dst) {
-    if ((src.vt & VT_BYREF) && !src.byref) return refuse(dst);
     switch (hostFormOf(src.vt)) {
         case HostForm::empty:
             dst.clear();
@@ -140,17 +154,16 @@ bool takeValue(VARIANT const& src, mzComVariantC& dst) {
             return takeTruth(src, dst);
         case HostForm::dispatch:
             return takeDispatch(src, dst);
+        case HostForm::unknown:
+            return takeUnknown(src, dst);
         case HostForm::none:
             break;
     }
-    return refuse(dst);
+    return false;
 }
 
-}  // namespace
-
-bool convertMSCOMVariant2MZCOMVariant(VARIANT const& src, mzComVariantC& dst,
-                                      bool /*followVariantRefs*/, bool /*wrapUnsupported*/) {
-    // Numbers of the host's own widths need no coercion.
+/// Numbers of the host's own widths need no coercion.
+bool takeNumberAsItIs(VARIANT const& src, mzComVariantC& dst) {
     if (src.vt == VT_I4) {
         dst.set(static_cast<int>(src.lVal));
         return true;
@@ -159,9 +172,39 @@ bool convertMSCOMVariant2MZCOMVariant(VARIANT const& src, mzComVariantC& dst,
         dst.set(src.dblVal);
         return true;
     }
-    // A reference to a VARIANT is the value that it ends at, whether the
-    // caller asks for that or leaves it to the rule for this type: the two
-    // would differ only in what is wrapped.
-    VARIANT const* const value = followReferences(&src);
-    return value ? takeValue(*value, dst) : refuse(dst);
+    return false;
+}
+
+/// The same for a reference to a number of these widths.
+bool takeReferredNumber(VARIANT const& src, mzComVariantC& dst) {
+    if (!src.byref) return false;
+    if (src.vt == (VT_BYREF | VT_I4)) {
+        dst.set(static_cast<int>(*src.plVal));
+        return true;
+    }
+    if (src.vt == (VT_BYREF | VT_R8)) {
+        dst.set(*src.pdblVal);
+        return true;
+    }
+    return false;
+}
+
+/// What is no value at all: it cannot even be copied.
+bool isNonsense(VARIANT const& src) {
+    if ((src.vt & VT_BYREF) && !src.byref) return true;
+    return (src.vt & VT_TYPEMASK) == VT_VARIANT && !(src.vt & (VT_BYREF | VT_ARRAY));
+}
+
+}  // namespace
+
+bool convertMSCOMVariant2MZCOMVariant(VARIANT const& src, mzComVariantC& dst,
+                                      bool followVariantRefs, bool wrapUnsupported) {
+    if (takeNumberAsItIs(src, dst) || takeReferredNumber(src, dst)) return true;
+    VARIANT const* const value = velk::adapter::followReferences(&src);
+    if (!value || isNonsense(*value)) return refuse(dst);
+    if (takeValue(*value, dst)) return true;
+    // Behind a reference that the caller did not ask to follow, a value is
+    // wrapped whatever the caller says about the outer one.
+    bool const wrap = wrapUnsupported || (!followVariantRefs && value != &src);
+    return wrap ? wrapCopy(*value, dst) : refuse(dst);
 }

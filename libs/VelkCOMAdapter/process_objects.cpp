@@ -6,6 +6,9 @@
 #include "process_objects.h"
 
 #include "VelkCOMProxy.h"
+#include "VelkQXTProxy/com_adapter.h"
+#include "VelkQXTProxy/exception_info.h"
+#include "VelkQXTProxy/variant_wrapper.h"
 #include "com/class_factory.h"
 #include "host/cleanup.h"
 #include "host_class_module.h"
@@ -44,10 +47,19 @@ mzThreadC applicationThread;
 // Copies, because Qt keeps them beyond the module's end.
 QString applicationName{"anonymous"};
 QString applicationVersion{"1.0"};
+
+namespace {
+
+proxyAutoRegisterT<prx_EXCEPINFO> exceptionInfoClass;
+proxyAutoRegisterT<qxtProxyC> comAdapterClass;
+
+}  // namespace
+
 LastExceptionSlot lastExceptionSlot;
 
 namespace {
 
+proxyAutoRegisterT<vbsComVariantWrapperC> variantWrapperClass;
 VelkCOMAdapter hostClassModule;
 GlobalCleanupHook globalCleanupHook;
 // Last, so that the entry point hears of the end before anything goes.

@@ -145,7 +145,7 @@ TEST_F(Facade, GivesArgumentsInCallOrderAndTheNewValueLast) {
 
 TEST_F(Facade, ArgumentWithoutHostFormFailsTheCall) {
     DISPID const member = idOf(*facade.get(), OLESTR("Member"));
-    Arguments arguments{integerValue(1), makeValue(VT_NULL, [](VARIANT&) {})};
+    Arguments arguments{integerValue(1), makeValue(VT_BYREF | VT_I4, [](VARIANT&) {})};
     UINT argumentError = 77;
     EXPECT_EQ(facade->Invoke(member, IID_NULL, 0, DISPATCH_METHOD, arguments.get(), nullptr,
                              nullptr, &argumentError),

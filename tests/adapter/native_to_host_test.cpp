@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <map>
 
+#include "VelkQXTProxy/wrapper_interfaces.h"
+#include "com/error.h"
 #include "conversions.h"
 #include "facade_creation.h"
 #include "support/counting_dispatch.h"
@@ -14,13 +17,37 @@ using namespace velk::test;
 using velk::com::Bstr;
 using velk::com::ComPtr;
 using velk::com::makeBstr;
+using velk::com::Variant;
 
 std::string const refused = "refused";
 
-/// The host value as text, "refused" when the value has no host form.
+std::string hexadecimal(unsigned number) {
+    return mzComStringC::fromInt(static_cast<int>(number), 16).toUtf8();
+}
+
+/// A wrapper as what it wraps, every other value by its content.
+std::string describeWrapped(mzComVariantC const& value) {
+    mzComPtrC const object(objectIn(value));
+    if (mzComPtrT<mzIComVariantWrapper> const wrapper{object}; wrapper.isValid()) {
+        unsigned type = 0;
+        wrapper->getVartype(type);
+        return "wrapped " + hexadecimal(type);
+    }
+    if (mzComPtrT<mzIComDispatchWrapper>(object).isValid()) return "native object";
+    return describe(value);
+}
+
+/// The host value as text, "refused" when the value has no host form, "raised"
+/// when it cannot even be copied.
 std::string convert(VARIANT const& source, bool follow = false, bool wrap = true) {
     mzComVariantC target("left over");
-    if (convertMSCOMVariant2MZCOMVariant(source, target, follow, wrap)) return describe(target);
+    try {
+        if (convertMSCOMVariant2MZCOMVariant(source, target, follow, wrap)) {
+            return describeWrapped(target);
+        }
+    } catch (velk::com::Error const&) {
+        return "raised";
+    }
     EXPECT_EQ(target.getType(), mzTypeEmpty) << "a refused value leaves something behind";
     return refused;
 }
@@ -40,11 +67,11 @@ constexpr NumberRow numberRows[] = {
     {"UI2", VT_UI2, 0xffff, "integer 65535"},
     {"I4", VT_I4, 0x80000000, "integer -2147483648"},
     {"UI4 that fits", VT_UI4, 0x7fffffff, "integer 2147483647"},
-    {"UI4 above the host's integers", VT_UI4, 0x80000000, "refused"},
+    {"UI4 above the host's integers", VT_UI4, 0x80000000, "wrapped 13"},
     {"I8 that fits", VT_I8, -5, "integer -5"},
-    {"I8 above the host's integers", VT_I8, 0x80000000, "refused"},
+    {"I8 above the host's integers", VT_I8, 0x80000000, "wrapped 14"},
     {"UI8 that fits", VT_UI8, 5, "integer 5"},
-    {"UI8 above the host's integers", VT_UI8, -1, "refused"},
+    {"UI8 above the host's integers", VT_UI8, -1, "wrapped 15"},
     {"INT", VT_INT, 7, "integer 7"},
     {"UINT", VT_UINT, 7, "integer 7"},
     {"BOOL true", VT_BOOL, 0xffff, "integer -1"},
@@ -52,15 +79,15 @@ constexpr NumberRow numberRows[] = {
     // Any value but 0 is true.
     {"BOOL 1", VT_BOOL, 1, "integer -1"},
     {"CY 1.5", VT_CY, 15000, "number 1.500000"},
-    {"NULL", VT_NULL, 0, "refused"},
-    {"ERROR", VT_ERROR, 0x80020004, "refused"},
+    {"NULL", VT_NULL, 0, "wrapped 1"},
+    {"ERROR", VT_ERROR, 0x80020004, "wrapped a"},
     {"VARIANT without a reference", VT_VARIANT, 0x1234, "refused"},
-    {"code 15", 15, 0, "refused"},
-    {"VOID", VT_VOID, 0, "refused"},
-    {"RECORD without content", VT_RECORD, 0, "refused"},
-    {"null array", VT_ARRAY | VT_I4, 0, "refused"},
-    {"vector", VT_VECTOR | VT_I4, 0, "refused"},
-    {"reserved bit", VT_RESERVED | VT_I4, 0, "refused"},
+    {"code 15", 15, 0, "raised"},
+    {"VOID", VT_VOID, 0, "raised"},
+    {"RECORD without content", VT_RECORD, 0, "wrapped 24"},
+    {"null array", VT_ARRAY | VT_I4, 0, "wrapped 2003"},
+    {"vector", VT_VECTOR | VT_I4, 0, "raised"},
+    {"reserved bit", VT_RESERVED | VT_I4, 0, "raised"},
     {"all bits", 0xffff, 0, "refused"},
 };
 
@@ -72,13 +99,16 @@ TEST(NativeToHost, NumbersAndTypeCodes) {
 }
 
 TEST(NativeToHost, NumbersByReference) {
+    std::map<VARTYPE, std::string> const otherwise = {
+        {VT_EMPTY, "raised"}, {VT_CY, "wrapped 6"}, {VT_NULL, "raised"}, {VT_RECORD, "raised"}};
     for (auto const& row : numberRows) {
+        if (row.type == VT_VARIANT || row.expected == refused) continue;
         long long content = row.bits;
         VARIANT const source =
             makeValue(row.type | VT_BYREF, [&](VARIANT& value) { value.byref = &content; });
-        bool const onlyByValue = row.type == VT_EMPTY || row.type == VT_CY;
-        if (row.type == VT_VARIANT) continue;
-        EXPECT_EQ(convert(source), onlyByValue ? refused : row.expected) << row.name;
+        auto const found = otherwise.find(row.type);
+        EXPECT_EQ(convert(source), found != otherwise.end() ? found->second : row.expected)
+            << row.name;
     }
 }
 
@@ -94,14 +124,14 @@ TEST(NativeToHost, FloatingPoint) {
               "number 2.500000");
 }
 
-TEST(NativeToHost, DecimalHasNoHostForm) {
+TEST(NativeToHost, DecimalIsWrappedAsItsValue) {
     VARIANT source{};
     source.decVal.Lo64 = 5;
     source.vt = VT_DECIMAL;
-    EXPECT_EQ(convert(source), refused);
+    EXPECT_EQ(convert(source), "wrapped e");
     DECIMAL content{};
     EXPECT_EQ(convert(makeValue(VT_DECIMAL | VT_BYREF, [&](VARIANT& v) { v.pdecVal = &content; })),
-              refused);
+              "wrapped e");
 }
 
 TEST(NativeToHost, DateBecomesTheTextThatTheSystemMakes) {
@@ -114,7 +144,7 @@ TEST(NativeToHost, DateBecomesTheTextThatTheSystemMakes) {
     EXPECT_EQ(convert(makeValue(VT_DATE | VT_BYREF, [&](VARIANT& v) { v.pdate = &day; })),
               expected);
     double const never = std::numeric_limits<double>::infinity();
-    EXPECT_EQ(convert(makeValue(VT_DATE, [&](VARIANT& v) { v.date = never; })), refused);
+    EXPECT_EQ(convert(makeValue(VT_DATE, [&](VARIANT& v) { v.date = never; })), "wrapped 7");
 }
 
 TEST(NativeToHost, TextKeepsEveryCodeUnit) {
@@ -153,8 +183,10 @@ TEST(NativeToHost, ReferencesToValuesAreFollowed) {
     EXPECT_EQ(convert(third, false), "integer 7");
     EXPECT_EQ(convert(third, true), "integer 7");
     number.vt = VT_NULL;
-    EXPECT_EQ(convert(third), refused);
+    EXPECT_EQ(convert(third), "wrapped 1");
+    EXPECT_EQ(convert(third, false, false), "wrapped 1") << "only the outer value may be refused";
     EXPECT_EQ(convert(third, true, false), refused);
+    EXPECT_EQ(convert(number, false, false), refused);
 }
 
 TEST(NativeToHost, CirclesOfReferencesEnd) {
@@ -203,7 +235,7 @@ TEST(NativeToHost, FacadeAsUnknownIsNotUnwrapped) {
     ComPtr<Ivelkdspwrap> facade;
     ASSERT_EQ(velk::adapter::createBoundFacade(host.dispatch(), facade), S_OK);
     VARIANT const source = makeValue(VT_UNKNOWN, [&](VARIANT& v) { v.punkVal = facade.get(); });
-    EXPECT_EQ(convert(source), refused);
+    EXPECT_EQ(convert(source), "native object");
     EXPECT_EQ(host->references(), 2U);
 }
 
@@ -215,9 +247,35 @@ TEST(NativeToHost, ForeignObjectsAreNeverTakenForFacades) {
     for (IID const* claimed : {static_cast<IID const*>(nullptr), &IID_Ivelkdspwrap}) {
         CountingDispatch foreign(claimed);
         VARIANT const source = makeValue(VT_DISPATCH, [&](VARIANT& v) { v.pdispVal = &foreign; });
-        EXPECT_EQ(convert(source), refused);
+        EXPECT_EQ(convert(source), "native object");
         EXPECT_EQ(foreign.references(), 1U);
     }
+}
+
+TEST(NativeToHost, BareInterfacesAreWrapped) {
+    VARIANT const none = makeValue(VT_UNKNOWN, [](VARIANT& v) { v.punkVal = nullptr; });
+    EXPECT_EQ(convert(none), "wrapped d");
+    EXPECT_EQ(convert(none, true, false), "wrapped d") << "whatever the caller says";
+}
+
+TEST(NativeToHost, WhatIsWrappedDoesNotReferToTheCaller) {
+    mzComVariantC target;
+    {
+        DECIMAL content{};
+        content.Lo64 = 7;
+        VARIANT const source =
+            makeValue(VT_DECIMAL | VT_BYREF, [&](VARIANT& v) { v.pdecVal = &content; });
+        ASSERT_TRUE(convertMSCOMVariant2MZCOMVariant(source, target, false, true));
+        content.Lo64 = 8;
+    }
+    Variant back;
+    unsigned typedByRef = 0;
+    unsigned flags = 9;
+    ASSERT_TRUE(convertMZCOMVariant2MSCOMVariant(target, *back.address(), typedByRef, flags));
+    EXPECT_EQ(back.get().vt, VT_DECIMAL);
+    EXPECT_EQ(back.get().decVal.Lo64, 7U);
+    EXPECT_EQ(typedByRef, 1U);
+    EXPECT_EQ(flags, 0U);
 }
 
 }  // namespace

@@ -53,6 +53,34 @@ template <class Result, class Class, class... Parameters>
 struct MemberFunction<Result (Class::*)(Parameters...) const noexcept>
     : MemberFunction<Result (Class::*)(Parameters...)> {};
 
+/// A static function: the object that it is called on does not matter.
+template <class Result, class... Parameters>
+struct MemberFunction<Result (*)(Parameters...)> {
+    using ResultType = Result;
+    using ClassType = void;
+    using Arguments = std::tuple<std::decay_t<Parameters>...>;
+    static constexpr int argCount = sizeof...(Parameters);
+
+    static proxySignatureEntryS const* signature() {
+        static proxySignatureEntryS const entries[] = {
+            {&typeid(Result(*)(Parameters...)), &typeid(Result(*)(Parameters...)), 0},
+            {&typeid(Parameters), &typeid(Parameters), 0}...,
+            {nullptr, nullptr, 0}};
+        return entries;
+    }
+};
+
+template <auto member, class... Values>
+decltype(auto) callMember([[maybe_unused]] void* self, Values&&... values) {
+    if constexpr (std::is_member_function_pointer_v<decltype(member)>) {
+        auto* const object =
+            static_cast<typename MemberFunction<decltype(member)>::ClassType*>(self);
+        return (object->*member)(std::forward<Values>(values)...);
+    } else {
+        return member(std::forward<Values>(values)...);
+    }
+}
+
 template <auto member, std::size_t... indices>
 void invokeMember(void* self, proxyAutoParaListC& args, proxyAutoTypeCastC& result, bool convert,
                   std::index_sequence<indices...>) {
@@ -64,12 +92,11 @@ void invokeMember(void* self, proxyAutoParaListC& args, proxyAutoTypeCastC& resu
     // Braces fix the order: the first argument that cannot be read is reported.
     Arguments values{
         unpack.template operator()<std::tuple_element_t<indices, Arguments>>(int(indices))...};
-    auto* const object = static_cast<typename Function::ClassType*>(self);
     if constexpr (std::is_void_v<typename Function::ResultType>) {
-        (object->*member)(std::get<indices>(std::move(values))...);
+        callMember<member>(self, std::get<indices>(std::move(values))...);
     } else {
         result.set<std::decay_t<typename Function::ResultType>>(
-            (object->*member)(std::get<indices>(std::move(values))...));
+            callMember<member>(self, std::get<indices>(std::move(values))...));
     }
 }
 
@@ -119,7 +146,8 @@ constexpr proxyMemberDescS proxyMember(char const* name, unsigned kind, char con
     return proxy_member_detail::describe<member>(name, kind, sourceFile, line);
 }
 
-/// A method without arguments whose invoker takes no conversion flag (kind 0x401).
+/// A method without arguments, static or not, whose invoker takes no conversion
+/// flag (kind 0x401).
 template <auto member>
 constexpr proxyMemberDescS proxyPlainMethod(char const* name, char const* sourceFile, int line) {
     using Function = proxy_member_detail::MemberFunction<decltype(member)>;

@@ -91,6 +91,10 @@ class VELKCORE_API mzComVariantC {
 
     /// Sets an object reference; an empty pointer gives an empty reference.
     unsigned set(mzComPtrT<mzIUnknown> const& object) { return intSet(object); }
+    template <class T>
+    unsigned set(mzComPtrT<T> const& object) {
+        return intSet(mzComPtrT<mzIUnknown>(object.iface()));
+    }
     /// Reads the object with a new reference. `mzFailure`, and `object` empty,
     /// when the variant holds none.
     unsigned get(mzComPtrT<mzIUnknown>& object) const { return intGet(object); }

@@ -1,0 +1,25 @@
+/// How the wrappers tell a host script that something failed.
+#pragma once
+
+#include <windows.h>
+
+#include "host/codes.h"
+#include "host/exception.h"
+
+namespace velk::adapter {
+
+/// The text for calls that go back and forth until the stack is nearly used up.
+inline constexpr char const* nestedTooDeeply =
+    "The calls between host and native objects are nested too deeply";
+
+/// Stores an exception of the wrappers' source with `message`; returns
+/// `mzFailure`. Throws std::bad_alloc.
+unsigned raise(mzComStringC const& message, mzComPtrT<mzIException>& exception);
+
+/// A number as the messages write it: in base 16, without "0x".
+mzComStringC hexText(HRESULT code);
+
+/// The text about a code that has no text of its own.
+mzComStringC unknownFailureText(HRESULT code);
+
+}  // namespace velk::adapter

@@ -1,0 +1,346 @@
+#include "VelkQXTProxy/dispatch_wrapper.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "VelkQXTProxy/exception_info.h"
+#include "VelkQXTProxy/variant_wrapper.h"
+#include "conversions.h"
+#include "host/module_singleton.h"
+#include "support/host_calls.h"
+#include "support/native_values.h"
+#include "support/scripted_dispatch.h"
+
+namespace {
+
+using namespace velk::test;
+using velk::com::Variant;
+
+class DispatchWrapper : public testing::Test {
+  protected:
+    // The object of this thread would count as a leak.
+    ~DispatchWrapper() override { velk::adapter::setLastException({}); }
+};
+
+mzComPtrT<mzIDispatch> wrap(ScriptedDispatch& native) {
+    return mzComPtrT<mzIDispatch>(new vbsComDispatchWrapperC(&native));
+}
+
+HostOutcome callMember(ScriptedDispatch& native,
+                       std::initializer_list<mzComVariantC> arguments = {},
+                       unsigned kind = mzCallMethod, char const* name = "Member") {
+    return callHost(wrap(native).iface(), name, kind, arguments);
+}
+
+mzComVariantC variable(mzComVariantC const& value) {
+    return mzComVariantC::createSymbolRef(value);
+}
+
+mzComVariantC wrapped(VARIANT value) {
+    mzComVariantC result;
+    result.set(vbsComVariantWrapperC::make(Variant(value)));
+    return result;
+}
+
+void setFlags(mzComVariantC const& wrapper, int flags) {
+    ASSERT_EQ(callHost(dispatchIn(wrapper).iface(), "flags", mzCallPropertyPut, {flags}).code,
+              mzSuccess);
+}
+
+void fillException(EXCEPINFO& info, SCODE code) {
+    info.wCode = 7;
+    info.bstrSource = velk::com::makeBstr(OLESTR("Source")).release();
+    info.bstrDescription = velk::com::makeBstr(OLESTR("Description")).release();
+    info.dwHelpContext = 0xffffffff;
+    info.scode = code;
+}
+
+struct FailureRow {
+    char const* name;
+    HRESULT status;
+    bool fillsInfo;
+    SCODE scode;
+    UINT wrongArgument;
+    char const* expected;
+};
+
+constexpr FailureRow failureRows[] = {
+    {"count", DISP_E_BADPARAMCOUNT, false, 0, 0, "wrong number of arguments"},
+    {"member", DISP_E_MEMBERNOTFOUND, false, 0, 0, "Member 'Member' not found"},
+    {"member with details", DISP_E_MEMBERNOTFOUND, true, 5, 0,
+     "Exception (Member 'Member' not found): Source:Description:5"},
+    {"type of the first of three", DISP_E_TYPEMISMATCH, false, 0, 2,
+     "Argument mismatch at position :3"},
+    {"argument beyond all bounds", DISP_E_TYPEMISMATCH, false, 0, 0xDEADBEEF,
+     "Argument mismatch at position :-559038736"},
+    {"exception", DISP_E_EXCEPTION, true, static_cast<SCODE>(0x80004005), 0,
+     "Exception:Source:Description:80004005"},
+    {"exception without details", DISP_E_EXCEPTION, false, 0, 0, "Exception:::0"},
+    {"omitted", DISP_E_PARAMNOTOPTIONAL, false, 0, 0, "A required parameter was omitted"},
+    {"another failure", E_FAIL, false, 0, 0, "unknown exception :0x80004005"},
+    {"no success", S_FALSE, false, 0, 0, "unknown exception :0x1"},
+};
+
+TEST_F(DispatchWrapper, EachFailureHasItsText) {
+    for (auto const& row : failureRows) {
+        ScriptedDispatch native([&row](NativeCallArguments& call) {
+            if (row.fillsInfo) fillException(*call.exception, row.scode);
+            *call.wrongArgument = row.wrongArgument;
+            call.result->vt = VT_I4;
+            return row.status;
+        });
+        auto const outcome = callMember(native);
+        EXPECT_EQ(outcome.code, mzFailure) << row.name;
+        EXPECT_EQ(outcome.text(), std::string("Invoke DSP: ") + row.expected) << row.name;
+        EXPECT_EQ(outcome.result.getType(), mzTypeEmpty) << row.name;
+        EXPECT_EQ(native.references(), 0U) << row.name;
+    }
+}
+
+TEST_F(DispatchWrapper, KeepsWhatTheFailureTold) {
+    ScriptedDispatch native([](NativeCallArguments& call) {
+        fillException(*call.exception, E_FAIL);
+        return DISP_E_EXCEPTION;
+    });
+    callMember(native);
+    mzComPtrT<mzIDispatch> const info{velk::adapter::takeLastException()};
+    ASSERT_TRUE(info.isValid());
+    struct {
+        char const* member;
+        char const* expected;
+    } const rows[] = {
+        {"WCode", "ok integer 7"},          {"WReserved", "ok integer 0"},
+        {"BstrSource", "ok text Source"},   {"BstrDescription", "ok text Description"},
+        {"BstrHelpFile", "ok text "},       {"DwHelpContext", "ok number 4294967295.000000"},
+        {"Scode", "ok integer -2147467259"}};
+    for (auto const& row : rows) {
+        EXPECT_EQ(callHost(info.iface(), row.member, mzCallPropertyGet).text(), row.expected);
+    }
+    mzComPtrT<mzIDispatch> const next{velk::adapter::takeLastException()};
+    ASSERT_TRUE(next.isValid()) << "an empty one takes its place";
+    EXPECT_EQ(callHost(next.iface(), "Scode", mzCallPropertyGet).text(), "ok integer 0");
+}
+
+TEST_F(DispatchWrapper, ServersThatThrowFailLikeOthers) {
+    ScriptedDispatch native(
+        [](NativeCallArguments&) -> HRESULT { throw std::runtime_error("oh"); });
+    auto const number = variable(5);
+    EXPECT_EQ(callMember(native, {number}).text(), "Invoke DSP: Unhandled exception");
+    EXPECT_EQ(describe(number.skipVariable()), "integer 5");
+    mzComPtrT<mzIDispatch> const info{velk::adapter::takeLastException()};
+    EXPECT_EQ(callHost(info.iface(), "Scode", mzCallPropertyGet).text(), "ok integer 574");
+    EXPECT_EQ(callHost(info.iface(), "BstrSource", mzCallPropertyGet).text(), "ok text Member");
+    EXPECT_EQ(callHost(info.iface(), "BstrDescription", mzCallPropertyGet).text(),
+              "ok text unknown exception");
+}
+
+struct KindRow {
+    char const* name;
+    unsigned kind;
+    char const* expected;  // the native call, or how the host call ended
+};
+
+constexpr KindRow kindRows[] = {
+    {"Member", 1, "member 1 flags 3 (I4 8)"},
+    {"Member", 2, "member 1 flags 2 (I4 8)"},
+    {"Member", 4, "member 1 flags 4 (I4 8) named -3"},
+    {"Member", 3, "member 1 flags 2 (I4 8)"},
+    {"Member", 5, "member 1 flags 4 (I4 8) named -3"},
+    {"Member", 6, "member 1 flags 4 (I4 8) named -3"},
+    {"Member", 0, "member 1 flags 0 (I4 8)"},
+    {"", 1, "member 0 flags 3 (I4 8)"},
+    {"", 0, "member 0 flags 0 (I4 8)"},
+    {"", 2, "failed"},
+    {"", 4, "failed"},
+    {"", 3, "failed"},
+    {"Unknown", 1, "Invoke DSP: Member 'Unknown' not found"},
+    {"Unknown", 4, "Invoke DSP: Member 'Unknown' not found"},
+};
+
+TEST_F(DispatchWrapper, CallKinds) {
+    for (auto const& row : kindRows) {
+        ScriptedDispatch native;
+        auto const outcome = callMember(native, {8}, row.kind, row.name);
+        EXPECT_EQ(native.lastCall().empty() ? outcome.text() : native.lastCall(), row.expected)
+            << "'" << row.name << "' " << row.kind;
+    }
+}
+
+TEST_F(DispatchWrapper, PassesArgumentsLastFirst) {
+    ScriptedDispatch native;
+    ScriptedDispatch passed;
+    callMember(native, {1, 2.5, "text", mzComVariantC()});
+    EXPECT_EQ(native.lastCall(), "member 1 flags 3 (type 0, type 8, R8 2.500000, I4 1)");
+    callMember(native, {variable(1), 2, variable("text"), variable(mzComVariantC())});
+    EXPECT_EQ(native.lastCall(),
+              "member 1 flags 3 (ref to type 0, ref to type 8, I4 2, ref to I4 1)");
+    callMember(native, {variable(1), variable(2)}, mzCallPropertyPut);
+    EXPECT_EQ(native.lastCall(), "member 1 flags 4 (I4 2, ref to I4 1) named -3");
+    callMember(native, {variable(valueOf(wrap(passed))), wrapped(integerValue(3)),
+                        variable(wrapped(integerValue(4)))});
+    EXPECT_EQ(native.lastCall(), "member 1 flags 3 (ref I4 4, I4 3, type 16393)");
+    EXPECT_EQ(passed.references(), 0U);
+    auto const byValue = wrapped(integerValue(6));
+    setFlags(byValue, 1);
+    callMember(native, {variable(byValue)});
+    EXPECT_EQ(native.lastCall(), "member 1 flags 3 (I4 6)");
+}
+
+TEST_F(DispatchWrapper, ManyArguments) {
+    ScriptedDispatch native([](NativeCallArguments& call) {
+        call.result->vt = VT_I4;
+        for (UINT i = 0; i < call.parameters.cArgs; ++i) {
+            call.result->lVal = call.result->lVal * 3 + call.parameters.rgvarg[i].lVal;
+        }
+        return S_OK;
+    });
+    EXPECT_EQ(callMember(native, {1, 2, 0, 1, 2, 0, 1, 2}).text(), "ok integer 5299");
+}
+
+TEST_F(DispatchWrapper, VariablesReceiveWhatTheCallLeft) {
+    for (HRESULT const status : {S_OK, E_FAIL}) {
+        ScriptedDispatch native([status](NativeCallArguments& call) {
+            VARIANT& target = *call.parameters.rgvarg[0].pvarVal;
+            VariantClear(&target);
+            target.vt = VT_BSTR;
+            target.bstrVal = velk::com::makeBstr(OLESTR("new")).release();
+            return status;
+        });
+        auto const target = variable(5);
+        callMember(native, {target});
+        EXPECT_EQ(describe(target.skipVariable()), "text new") << status;
+    }
+}
+
+TEST_F(DispatchWrapper, WrapperInAVariableStaysAndTakesTheValue) {
+    ScriptedDispatch native([](NativeCallArguments& call) {
+        if (call.parameters.rgvarg[0].vt & VT_BYREF) *call.parameters.rgvarg[0].plVal = 9;
+        return S_OK;
+    });
+    for (bool const byValue : {false, true}) {
+        auto const value = wrapped(integerValue(4));
+        if (byValue) setFlags(value, 1);
+        auto const holder = variable(value);
+        EXPECT_EQ(callMember(native, {holder}).text(), "ok empty");
+        EXPECT_EQ(objectIn(holder.skipVariable()), objectIn(value));
+        EXPECT_EQ(callHost(dispatchIn(value).iface(), "val", mzCallPropertyGet).text(),
+                  byValue ? "ok integer 4" : "ok integer 9");
+    }
+}
+
+TEST_F(DispatchWrapper, ObjectsKeepTheirIdentity) {
+    ScriptedDispatch other;
+    ScriptedDispatch native([&other](NativeCallArguments& call) {
+        VARIANT& argument = call.parameters.rgvarg[0];
+        if (argument.vt == (VT_BYREF | VT_DISPATCH)) {
+            EXPECT_EQ(*argument.ppdispVal, static_cast<IDispatch*>(&other));
+        } else if (argument.vt == VT_DISPATCH) {
+            // Handed back inside nested references.
+            static VARIANT inner;
+            inner = argument;
+            *call.result = referenceTo(inner);
+        }
+        return S_OK;
+    });
+    RecordingHolder const host;
+    auto const back = callMember(native, {host.asValue()});
+    EXPECT_EQ(objectIn(back.result), static_cast<mzIUnknown*>(host.dispatch()));
+    auto const holder = variable(valueOf(wrap(other)));
+    callMember(native, {holder});
+    velk::com::ComPtr<IDispatch> found;
+    mzComPtrT<mzIComDispatchWrapper> const wrapper{mzComPtrC(objectIn(holder.skipVariable()))};
+    ASSERT_TRUE(wrapper.isValid());
+    ASSERT_EQ(wrapper->getDispatch(found.put()), mzSuccess);
+    EXPECT_EQ(found.get(), &other);
+}
+
+TEST_F(DispatchWrapper, UnusableResults) {
+    VARIANT circle{};
+    circle = referenceTo(circle);
+    ScriptedDispatch circling([&](NativeCallArguments& call) {
+        *call.result = circle;
+        return S_OK;
+    });
+    EXPECT_EQ(callMember(circling).text(), "failed");
+    ScriptedDispatch nonsense([](NativeCallArguments& call) {
+        call.result->vt = 0x0fff;
+        return S_OK;
+    });
+    EXPECT_EQ(callMember(nonsense).text(), "Invoke DSP: unknown exception :0x80020008");
+    ScriptedDispatch array([](NativeCallArguments& call) {
+        call.result->vt = VT_ARRAY | VT_I4;
+        return S_OK;
+    });
+    EXPECT_TRUE(dispatchIn(callMember(array).result).isValid());
+}
+
+TEST_F(DispatchWrapper, CallsBackAndForthEnd) {
+    RecordingHolder const host;
+    mzComPtrT<mzIDispatch> wrapper;
+    ScriptedDispatch native([](NativeCallArguments& call) {
+        DISPPARAMS none{};
+        velk::com::ExceptionInfo info;
+        HRESULT const code = call.parameters.rgvarg[0].pdispVal->Invoke(
+            0, IID_NULL, 0, DISPATCH_METHOD, &none, nullptr, info.address(), nullptr);
+        if (code == DISP_E_EXCEPTION) *call.exception = info.release();
+        return code;
+    });
+    wrapper = wrap(native);
+    host->respond = [&](RecordedCall const&) {
+        auto const outcome = callHost(wrapper.iface(), "Member", mzCallMethod, {host.asValue()});
+        return Answer{outcome.code, outcome.result, outcome.exception};
+    };
+    auto const outcome = callHost(wrapper.iface(), "Member", mzCallMethod, {host.asValue()});
+    EXPECT_EQ(outcome.code, mzFailure);
+    EXPECT_NE(outcome.text().find("nested too deeply"), std::string::npos)
+        << outcome.text().substr(0, 400);
+    host->respond = {};
+    host->forgetCalls();
+}
+
+TEST_F(DispatchWrapper, HoldsItsObjectUntilItIsBoundAnew) {
+    ScriptedDispatch first;
+    ScriptedDispatch second;
+    {
+        auto* const object = new vbsComDispatchWrapperC(&first);
+        mzComPtrT<mzIDispatch> const keeper(object);
+        EXPECT_GT(first.references(), 0U);
+        object->setDispatch(&second);
+        EXPECT_EQ(first.references(), 0U);
+        EXPECT_GT(second.references(), 0U);
+        object->setDispatch(nullptr);
+        EXPECT_EQ(second.references(), 0U);
+        EXPECT_EQ(callHost(object, "Member", mzCallMethod).text(), "failed");
+        IDispatch* none = &first;
+        EXPECT_EQ(object->getDispatch(&none), mzFailure);
+        EXPECT_EQ(none, nullptr);
+        object->setDispatch(&first);
+        EXPECT_EQ(callHost(object, "Member", mzCallMethod).text(), "ok empty");
+    }
+    EXPECT_EQ(first.references(), 0U);
+}
+
+TEST_F(DispatchWrapper, KeepsWhatItIsToKeepAlive) {
+    ScriptedDispatch native;
+    ScriptedDispatch kept;
+    {
+        mzComPtrT<mzIDispatch> const wrapper(new vbsComDispatchWrapperC(&native, &kept));
+        EXPECT_EQ(kept.references(), 1U);
+    }
+    EXPECT_EQ(kept.references(), 0U);
+}
+
+TEST_F(DispatchWrapper, IsEmptyOnceTheRegistryHasEnded) {
+    ScriptedDispatch native;
+    auto const before = wrap(native);
+    mzModuleSingletonT<VelkComAdapterGlobal, VelkComAdapterGlobal::cleanupPriority>::cleanup();
+    EXPECT_EQ(native.references(), 0U);
+    EXPECT_EQ(callHost(before.iface(), "Member", mzCallMethod).text(), "failed");
+    // Cookies of the next registry can have the same numbers.
+    auto const after = wrap(native);
+    EXPECT_EQ(callHost(after.iface(), "Member", mzCallMethod).text(), "ok empty");
+    EXPECT_EQ(callHost(before.iface(), "Member", mzCallMethod).text(), "failed");
+}
+
+}  // namespace

@@ -1,0 +1,61 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#include "VelkQXTProxy/dispatch_wrapper.h"
+#include "VelkQXTProxy/exception_info.h"
+#include "host/module_singleton.h"
+#include "support/host_calls.h"
+#include "support/scripted_dispatch.h"
+
+namespace {
+
+using namespace velk::test;
+using Registry = mzModuleSingletonT<VelkComAdapterGlobal, VelkComAdapterGlobal::cleanupPriority>;
+
+constexpr int rounds = 300;
+
+/// Any outcome is right while the registry comes and goes, but for a crash and
+/// for a call that reaches no object and still succeeds with a value.
+void useWrappers(mzIDispatch* shared, mzIComDispatchWrapper* sharedBinding,
+                 ScriptedDispatch& native, std::atomic<int>& answers) {
+    for (int round = 0; round < rounds; ++round) {
+        mzComPtrT<mzIDispatch> const own(new vbsComDispatchWrapperC(&native));
+        for (mzIDispatch* const wrapper : {own.iface(), shared}) {
+            auto const outcome = callHost(wrapper, "Member", mzCallMethod, {round});
+            if (outcome.code != mzSuccess) continue;
+            ASSERT_EQ(describe(outcome.result), "integer " + std::to_string(round));
+            ++answers;
+        }
+        if (round % 10 == 0) sharedBinding->setDispatch(round % 20 == 0 ? &native : nullptr);
+    }
+    velk::adapter::setLastException({});
+}
+
+TEST(DispatchWrapperThreads, WrappersOutliveTheRegistry) {
+    ScriptedDispatch native([](NativeCallArguments& call) {
+        *call.result = call.parameters.rgvarg[0];
+        return S_OK;
+    });
+    std::atomic<int> answers{0};
+    {
+        auto* const object = new vbsComDispatchWrapperC(&native);
+        mzComPtrT<mzIDispatch> const shared(object);
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 4; ++i) {
+            threads.emplace_back([&] { useWrappers(shared.iface(), object, native, answers); });
+        }
+        for (int i = 0; i < 20; ++i) {
+            Registry::cleanup();
+            std::this_thread::yield();
+        }
+        for (auto& thread : threads) thread.join();
+    }
+    EXPECT_GT(answers, 0);
+    Registry::cleanup();
+    EXPECT_EQ(native.references(), 0U);
+}
+
+}  // namespace
