@@ -11,6 +11,11 @@
 /// Throws std::runtime_error when the module or the function is missing.
 velk::com::ComPtr<IDispatch> makeFacade(mzIDispatch* object);
 
+/// What a native value becomes for host code, a wrapper in most cases: the
+/// value takes the usual way in, as an argument of a host object's member.
+mzComPtrT<mzIDispatch> wrapNative(VARIANT const& value);
+mzComPtrT<mzIDispatch> wrapNative(velk::com::ComPtr<IDispatch> const& object);
+
 /// The DISPID of a member on a facade. Throws std::runtime_error.
 DISPID identifierOf(IDispatch* facade, OLECHAR const* member);
 

@@ -22,6 +22,7 @@ void run() {
     MedianCollector medians;
     registerRuntimeBenchmarks();
     registerFacadeBenchmarks();
+    registerWrapperBenchmarks();
     registerThreadBenchmarks();
     runRegistered(medians);
     registerFewNamesBenchmark();

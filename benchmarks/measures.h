@@ -17,6 +17,12 @@ inline constexpr char oneThread[] = "facade Invoke on 1 thread";
 inline constexpr char twoThreads[] = "facade Invoke on 2 threads";
 inline constexpr char oneThreadDirect[] = "invokeByName on 1 thread";
 inline constexpr char twoThreadsDirect[] = "invokeByName on 2 threads";
+inline constexpr char directNative[] = "native object by cookie, name and Invoke, two integers";
+inline constexpr char wrapperIntegers[] = "wrapper invokeByName, two integers";
+inline constexpr char doubleCrossing[] = "host, wrapper, facade and host, two integers";
+inline constexpr char arrayElement[] = "element of an array through its wrapper";
+inline constexpr char wrapperTwoThreads[] = "one wrapper on 2 threads";
+inline constexpr char wrapperEightThreads[] = "one wrapper on 8 threads";
 inline constexpr char oneThreadAlone[] = "arithmetic on 1 thread";
 inline constexpr char twoThreadsAlone[] = "arithmetic on 2 threads";
 
@@ -25,6 +31,7 @@ inline constexpr char twoThreadsAlone[] = "arithmetic on 2 threads";
 /// Each adds its benchmarks to those that the library runs, in call order.
 void registerRuntimeBenchmarks();
 void registerFacadeBenchmarks();
+void registerWrapperBenchmarks();
 void registerThreadBenchmarks();
 /// These fill the name table of the process, the second with a million names:
 /// they run after all others, in this order.

@@ -34,6 +34,15 @@ std::vector<Row> ratios(MedianCollector const& m) {
          m.nanoseconds(oneThread) / m.nanoseconds(twoThreads), Bound::atLeast, 1.8, "times"},
         {"create, bind and release a facade", inUnits(facadeLife), Bound::atMost, 4, "u"},
         {"invokeByName, the last of 30 members", inUnits(lastMember), Bound::atMost, 4, "u"},
+        {"wrapper invokeByName with two integers, less the native calls",
+         inUnits(wrapperIntegers) - inUnits(directNative), Bound::atMost, 5, "u"},
+        {"host to native to host, less invokeByName",
+         inUnits(doubleCrossing) - inUnits(directIntegers), Bound::atMost, 12, "u"},
+        {"element of a 1,000 x 1,000 array through its wrapper", inUnits(arrayElement),
+         Bound::atMost, 4, "u"},
+        {"one wrapper on 8 threads, per call, against on 2",
+         m.nanoseconds(wrapperEightThreads) / m.nanoseconds(wrapperTwoThreads), Bound::atMost, 1.2,
+         "times"},
     };
 }
 

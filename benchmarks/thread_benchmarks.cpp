@@ -9,6 +9,7 @@
 
 #include "adapter_access.h"
 #include "measures.h"
+#include "native_adder.h"
 #include "sample_object.h"
 
 namespace {
@@ -78,13 +79,30 @@ void calculate(std::latch& start) {
     }
 }
 
+void registerTogether(char const* name, int threads, Worker const& worker) {
+    benchmark::RegisterBenchmark(name, [=](benchmark::State& state) {
+        measureTogether(state, threads, worker);
+    })->UseManualTime();
+}
+
 void registerPair(char const* one, char const* two, Worker const& worker) {
-    benchmark::RegisterBenchmark(one, [worker](benchmark::State& state) {
-        measureTogether(state, 1, worker);
-    })->UseManualTime();
-    benchmark::RegisterBenchmark(two, [worker](benchmark::State& state) {
-        measureTogether(state, 2, worker);
-    })->UseManualTime();
+    registerTogether(one, 1, worker);
+    registerTogether(two, 2, worker);
+}
+
+/// Calls of one native object through one wrapper that all threads share.
+void callWrapper(mzComPtrT<mzIDispatch> const& wrapper, std::latch& start) {
+    mzComStringC const name("Add");
+    mzComVariantArrayC const args = mzComVariantArrayC() << mzComVariantC(0) << mzComVariantC(0);
+    start.arrive_and_wait();
+    for (int i = 0; i < callsPerThread; ++i) {
+        mzComVariantC result;
+        mzComPtrT<mzIException> exception;
+        requireSuccess(static_cast<HRESULT>(
+                           wrapper->invokeByName(name, mzCallMethod, args, result, exception)),
+                       "invokeByName");
+        benchmark::DoNotOptimize(result);
+    }
 }
 
 }  // namespace
@@ -92,5 +110,10 @@ void registerPair(char const* one, char const* two, Worker const& worker) {
 void registerThreadBenchmarks() {
     registerPair(measure::oneThread, measure::twoThreads, callFacade);
     registerPair(measure::oneThreadDirect, measure::twoThreadsDirect, callDirectly);
+    auto const shared = [wrapper = wrapNative(NativeAdder::create())](std::latch& start) {
+        callWrapper(wrapper, start);
+    };
+    registerTogether(measure::wrapperTwoThreads, 2, shared);
+    registerTogether(measure::wrapperEightThreads, 8, shared);
     registerPair(measure::oneThreadAlone, measure::twoThreadsAlone, calculate);
 }
