@@ -105,7 +105,9 @@ using LPVARIANT = VARIANT*;
 static_assert(sizeof(VARIANT) == 24 && offsetof(VARIANT, lVal) == 8 &&
               offsetof(VARIANT, pRecInfo) == 16);
 
-enum TYPEKIND {
+// Enumerations that callers fill in have their type said, so that any number
+// in them can be looked at.
+enum TYPEKIND : int {
     TKIND_ENUM = 0,
     TKIND_RECORD = 1,
     TKIND_MODULE = 2,
@@ -213,7 +215,7 @@ enum TYPEFLAGS {
     TYPEFLAG_FPROXY = 0x4000
 };
 
-enum CALLCONV {
+enum CALLCONV : int {
     CC_FASTCALL = 0,
     CC_CDECL = 1,
     CC_MSCPASCAL = 2,
@@ -226,14 +228,14 @@ enum CALLCONV {
     CC_MPWPASCAL = 8,
     CC_MAX = 9
 };
-enum FUNCKIND {
+enum FUNCKIND : int {
     FUNC_VIRTUAL = 0,
     FUNC_PUREVIRTUAL = 1,
     FUNC_NONVIRTUAL = 2,
     FUNC_STATIC = 3,
     FUNC_DISPATCH = 4
 };
-enum INVOKEKIND {
+enum INVOKEKIND : int {
     INVOKE_FUNC = 1,
     INVOKE_PROPERTYGET = 2,
     INVOKE_PROPERTYPUT = 4,
@@ -271,7 +273,7 @@ struct FUNCDESC {
 using LPFUNCDESC = FUNCDESC*;
 static_assert(sizeof(FUNCDESC) == 88 && offsetof(FUNCDESC, elemdescFunc) == 48);
 
-enum VARKIND { VAR_PERINSTANCE = 0, VAR_STATIC = 1, VAR_CONST = 2, VAR_DISPATCH = 3 };
+enum VARKIND : int { VAR_PERINSTANCE = 0, VAR_STATIC = 1, VAR_CONST = 2, VAR_DISPATCH = 3 };
 enum VARFLAGS {
     VARFLAG_FREADONLY = 0x1,
     VARFLAG_FSOURCE = 0x2,
@@ -306,7 +308,7 @@ static_assert(sizeof(VARDESC) == 64 && offsetof(VARDESC, elemdescVar) == 24);
 #define IMPLTYPEFLAG_FRESTRICTED 0x4
 #define IMPLTYPEFLAG_FDEFAULTVTABLE 0x8
 
-enum SYSKIND { SYS_WIN16 = 0, SYS_WIN32 = 1, SYS_MAC = 2, SYS_WIN64 = 3 };
+enum SYSKIND : int { SYS_WIN16 = 0, SYS_WIN32 = 1, SYS_MAC = 2, SYS_WIN64 = 3 };
 enum LIBFLAGS {
     LIBFLAG_FRESTRICTED = 0x1,
     LIBFLAG_FCONTROL = 0x2,

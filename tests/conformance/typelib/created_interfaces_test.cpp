@@ -312,6 +312,22 @@ TEST(CreatedInterface, HasOneBase) {
     EXPECT_EQ(attributesOf(readType(type.get()).get())->cImplTypes, 0);
 }
 
+TEST(CreatedInterface, KeepsMarshallingInstructions) {
+    auto const library = createLibrary();
+    auto const type = createType(library.get(), OLESTR("IMarshalled"), TKIND_INTERFACE);
+    FunctionShape function(1);
+    addFunction(type.get(), function, {OLESTR("Do")});
+    BSTR const given = SysAllocString(OLESTR("ops"));
+    BSTR found = nullptr;
+    expectDifference(System::wine, "marshalling instructions are not kept", [&] {
+        EXPECT_EQ(type->SetMops(0, given), S_OK);
+        EXPECT_EQ(type->SetMops(1, given), TYPE_E_ELEMENTNOTFOUND);
+        EXPECT_EQ(readType(type.get())->GetMops(1, &found), S_OK);
+        EXPECT_EQ(taken(found), OLESTR("ops"));
+    });
+    SysFreeString(given);
+}
+
 TEST(CreatedInterface, RefusesFunctionsThatContradictThemselves) {
     auto const library = createLibrary();
     auto const type = createType(library.get(), OLESTR("IStrict"), TKIND_INTERFACE);

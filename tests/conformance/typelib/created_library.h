@@ -3,12 +3,24 @@
 
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "shapes.h"
 
 namespace velk::test {
 
 Owned<ICreateTypeLib2> createLibrary();
 Owned<ICreateTypeInfo2> createType(ICreateTypeLib2* library, Wide name, TYPEKIND kind);
+/// Tests of types in a library of their own.
+class CreatedTypes : public testing::Test {
+  protected:
+    Owned<ICreateTypeInfo2> make(OLECHAR const* name, TYPEKIND kind) {
+        return createType(library.get(), name, kind);
+    }
+
+    Owned<ICreateTypeLib2> library = createLibrary();
+};
+
 /// The reading side of a type or library that is being made.
 Owned<ITypeInfo2> readType(IUnknown* created);
 Owned<ITypeLib2> readLibrary(IUnknown* created);

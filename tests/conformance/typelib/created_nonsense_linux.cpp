@@ -10,14 +10,7 @@
 namespace velk::test {
 namespace {
 
-class CreatedNonsense : public testing::Test {
-  protected:
-    Owned<ICreateTypeInfo2> make(OLECHAR const* name, TYPEKIND kind) {
-        return createType(library.get(), name, kind);
-    }
-
-    Owned<ICreateTypeLib2> library = createLibrary();
-};
+using CreatedNonsense = CreatedTypes;
 
 TEST_F(CreatedNonsense, NullPointersAreRefused) {
     auto const type = make(OLESTR("IType"), TKIND_INTERFACE);
