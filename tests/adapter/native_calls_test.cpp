@@ -2,11 +2,15 @@
 
 #include <vector>
 
+#include "support/expected_difference.h"
 #include "support/script_test.h"
 
 namespace {
 
 using namespace velk::test;
+
+constexpr char const* references =
+    "a reference to a VARIANT is no argument for a reference to another type";
 
 class NativeCalls : public ScriptTest {
   protected:
@@ -59,30 +63,35 @@ TEST_F(NativeCalls, ReferencesComeBackWithoutDeclaration) {
         mzComVariantC before;
         char const* after;
     } const rows[] = {
+        {"ChangeVariant", 5, "integer 10"},
+        {"GiveVariant", mzComVariantC(), "text given"},
         {"ChangeShort", 5, "integer 6"},
         {"ChangeLong", 5, "integer 6"},
         {"ChangeDouble", 2.5, "number 5.000000"},
         {"ChangeBool", true, "integer 0"},
         {"ChangeCurrency", 1, "number 2.000000"},
         {"ChangeText", "a", "text a!"},
-        {"ChangeVariant", 5, "integer 10"},
         {"ChangeVariant", "a", "text a!"},
         {"GiveLong", mzComVariantC(), "integer 42"},
         {"GiveDouble", 0, "number 1.500000"},
         {"GiveBool", 0, "integer -1"},
         {"GiveText", mzComVariantC(), "text given"},
-        {"GiveVariant", mzComVariantC(), "text given"},
     };
-    for (auto const& row : rows) {
+    auto const check = [&](auto const& row) {
         auto const value = variable(row.before);
         EXPECT_EQ(callText(object, row.member, {value}), "ok empty") << row.member;
         EXPECT_EQ(describe(value.skipVariable()), row.after) << row.member;
-    }
-    auto const number = variable(0);
-    auto const text = variable("");
-    EXPECT_EQ(callText(object, "GiveTwo", {number, text}), "ok integer -1");
-    EXPECT_EQ(describe(number.skipVariable()), "integer 42");
-    EXPECT_EQ(describe(text.skipVariable()), "text given");
+    };
+    check(rows[0]);
+    check(rows[1]);
+    expectDifference(System::wine, references, [&] {
+        for (auto const& row : rows) check(row);
+        auto const number = variable(0);
+        auto const text = variable("");
+        EXPECT_EQ(callText(object, "GiveTwo", {number, text}), "ok integer -1");
+        EXPECT_EQ(describe(number.skipVariable()), "integer 42");
+        EXPECT_EQ(describe(text.skipVariable()), "text given");
+    });
 }
 
 TEST_F(NativeCalls, Properties) {
@@ -105,7 +114,9 @@ TEST_F(NativeCalls, Properties) {
     EXPECT_EQ(put("Count", {1}), "Invoke DSP: Member 'Count' not found");
     EXPECT_EQ(callText(object, "Add", {1}), "Invoke DSP: wrong number of arguments");
     EXPECT_EQ(callText(object, "Describe"), "ok text 5/none/missing");
-    EXPECT_EQ(callText(object, "AddNumbers", {1, 2.5, 3}), "ok number 6.500000");
+    expectDifference(System::wine, "[vararg] takes exactly one argument", [&] {
+        EXPECT_EQ(callText(object, "AddNumbers", {1, 2.5, 3}), "ok number 6.500000");
+    });
 }
 
 TEST_F(NativeCalls, ExactValuesReachTheObject) {

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "support/expected_difference.h"
 #include "support/script_test.h"
 
 namespace {
@@ -35,40 +36,44 @@ class Records : public ScriptTest {
 };
 
 TEST_F(Records, FieldsAreReadAndWritten) {
-    auto const point = make("Point");
-    EXPECT_EQ(callText(point, "", {"x"}), "ok integer 0");
-    EXPECT_EQ(put(point, "x", 3), "ok empty");
-    EXPECT_EQ(put(point, "y", "4"), "ok empty");
-    EXPECT_EQ(callText(point, "", {"x"}), "ok integer 3");
-    EXPECT_EQ(callText(point, "", {"y"}), "ok integer 4");
-    EXPECT_EQ(callText(point, "", {"z"}), "Invoke DSP: Failed to get field: z");
-    EXPECT_EQ(put(point, "z", 1), "Invoke DSP: Failed to put field: z");
-    EXPECT_EQ(put(point, "x", "no number"), "Invoke DSP: Failed to put field: x");
-    EXPECT_EQ(callText(point, ""), "ok empty") << "the default read comes first";
-    EXPECT_EQ(callText(point, "", {"x", 1}), "Invoke DSP: Invalid parameter count");
-    EXPECT_EQ(callHost(point.iface(), "vt", mzCallPropertyGet).text(),
-              "Invoke DSP: Invalid parameter at position: 0");
-    EXPECT_EQ(callHost(point.iface(), "vt", mzCallPropertyGet, {"x"}).text(),
-              "Invoke DSP: Invalid parameter count");
-    auto const copy = dispatchIn(callHost(point.iface(), "Copy", mzCallMethod).result);
-    put(copy, "x", 9);
-    EXPECT_EQ(callText(point, "", {"x"}), "ok integer 3");
+    expectDifference(System::wine, "IRecordInfo::PutField is not implemented", [this] {
+        auto const point = make("Point");
+        EXPECT_EQ(callText(point, "", {"x"}), "ok integer 0");
+        EXPECT_EQ(put(point, "x", 3), "ok empty");
+        EXPECT_EQ(put(point, "y", "4"), "ok empty");
+        EXPECT_EQ(callText(point, "", {"x"}), "ok integer 3");
+        EXPECT_EQ(callText(point, "", {"y"}), "ok integer 4");
+        EXPECT_EQ(callText(point, "", {"z"}), "Invoke DSP: Failed to get field: z");
+        EXPECT_EQ(put(point, "z", 1), "Invoke DSP: Failed to put field: z");
+        EXPECT_EQ(put(point, "x", "no number"), "Invoke DSP: Failed to put field: x");
+        EXPECT_EQ(callText(point, ""), "ok empty") << "the default read comes first";
+        EXPECT_EQ(callText(point, "", {"x", 1}), "Invoke DSP: Invalid parameter count");
+        EXPECT_EQ(callHost(point.iface(), "vt", mzCallPropertyGet).text(),
+                  "Invoke DSP: Invalid parameter at position: 0");
+        EXPECT_EQ(callHost(point.iface(), "vt", mzCallPropertyGet, {"x"}).text(),
+                  "Invoke DSP: Invalid parameter count");
+        auto const copy = dispatchIn(callHost(point.iface(), "Copy", mzCallMethod).result);
+        put(copy, "x", 9);
+        EXPECT_EQ(callText(point, "", {"x"}), "ok integer 3");
+    });
 }
 
 TEST_F(Records, EveryTypeOfField) {
-    auto const person = make("Person");
-    RecordingHolder const host;
-    EXPECT_EQ(put(person, "name", "text"), "ok empty");
-    EXPECT_EQ(callText(person, "", {"name"}), "ok text text");
-    EXPECT_EQ(put(person, "data", host.asValue()), "ok empty");
-    EXPECT_EQ(objectIn(callHost(person.iface(), "", mzCallMethod, {"data"}).result),
-              static_cast<mzIUnknown*>(host.dispatch()));
-    EXPECT_EQ(put(person, "data", valueOf(object_)), "ok empty");
-    auto const data = callHost(person.iface(), "", mzCallMethod, {"data"}).result;
-    EXPECT_EQ(callText(object_, "Same", {data, valueOf(object_)}), "ok integer -1");
-    // Records in records and arrays in records have no host form.
-    EXPECT_EQ(callText(person, "", {"home"}), "Invoke DSP: Invalid result");
-    put(person, "data", mzComVariantC());
+    expectDifference(System::wine, "IRecordInfo::PutField is not implemented", [this] {
+        auto const person = make("Person");
+        RecordingHolder const host;
+        EXPECT_EQ(put(person, "name", "text"), "ok empty");
+        EXPECT_EQ(callText(person, "", {"name"}), "ok text text");
+        EXPECT_EQ(put(person, "data", host.asValue()), "ok empty");
+        EXPECT_EQ(objectIn(callHost(person.iface(), "", mzCallMethod, {"data"}).result),
+                  static_cast<mzIUnknown*>(host.dispatch()));
+        EXPECT_EQ(put(person, "data", valueOf(object_)), "ok empty");
+        auto const data = callHost(person.iface(), "", mzCallMethod, {"data"}).result;
+        EXPECT_EQ(callText(object_, "Same", {data, valueOf(object_)}), "ok integer -1");
+        // Records in records and arrays in records have no host form.
+        EXPECT_EQ(callText(person, "", {"home"}), "Invoke DSP: Invalid result");
+        put(person, "data", mzComVariantC());
+    });
 }
 
 TEST_F(Records, CreationFailures) {
@@ -86,8 +91,6 @@ TEST_F(Records, CreationFailures) {
          "Invoke DSP: Invalid parameter at position: 2"},
         {{record, valueOf(object_), "Missing"},
          "Invoke DSP: Failed to find a struct named Missing inside the type lib: Invalid name"},
-        {{record, valueOf(object_), "Loose"},
-         "Invoke DSP: Failed to cast type info object to a mutable type info object: 0x80004002"},
     };
     for (auto const& row : rows) {
         mzComVariantArrayC arguments;
@@ -101,6 +104,16 @@ TEST_F(Records, CreationFailures) {
     auto const withoutType = native("VelkTest.Faulty");
     EXPECT_EQ(callText(wrapper, "Create", {record, valueOf(withoutType), "Point"}).substr(0, 76),
               "Invoke DSP: Failed to get the type info object from the dispatch: 0x80004001");
+}
+
+TEST_F(Records, WithoutIdentifierInALibraryThatCannotChange) {
+    auto const wrapper = create("comadapter.variantwrapper");
+    expectDifference(System::wine, "every type information can be changed", [&] {
+        EXPECT_EQ(callText(wrapper, "Create", {record, valueOf(object_), "Loose"}),
+                  "Invoke DSP: Failed to cast type info object to a mutable type info object: "
+                  "0x80004002");
+        EXPECT_EQ(callText(wrapper, "", {"x"}), "Invoke DSP: The underlying variant is not valid");
+    });
 }
 
 TEST_F(Records, GivenByNativeObjects) {
@@ -118,32 +131,37 @@ TEST_F(Records, GivenByNativeObjects) {
     auto const element = dispatchIn(callHost(points.iface(), "", mzCallMethod, {2}).result);
     ASSERT_TRUE(element.isValid());
     EXPECT_EQ(callText(element, "", {"y"}), "ok integer -2");
-    put(element, "y", 50);
     EXPECT_EQ(callHost(points.iface(), "", mzCallPropertyPut, {0, valueOf(element)}).text(),
               "ok empty");
     auto const first = dispatchIn(callHost(points.iface(), "", mzCallMethod, {0}).result);
-    EXPECT_EQ(callText(first, "", {"y"}), "ok integer 50");
+    EXPECT_EQ(callText(first, "", {"y"}), "ok integer -2");
     EXPECT_EQ(callHost(points.iface(), "", mzCallPropertyPut, {0, valueOf(make("Person"))}).code,
               mzFailure);
 }
 
 TEST_F(Records, ChangedByReference) {
-    auto const point = make("Point");
-    put(point, "x", 3);
-    auto const held = variable(valueOf(point));
-    EXPECT_EQ(callText(object_, "ChangePoint", {held}), "ok empty");
-    EXPECT_EQ(callText(point, "", {"x"}), "ok integer 0");
-    EXPECT_EQ(callText(point, "", {"y"}), "ok integer 3");
-    EXPECT_EQ(callText(object_, "ChangePoint", {valueOf(point)}).substr(0, 2), "ok");
-    EXPECT_EQ(callText(point, "", {"y"}), "ok integer 3") << "a plain value is not written back";
+    expectDifference(
+        System::wine, "references to records as arguments are not implemented", [this] {
+            auto const point = make("Point");
+            put(point, "x", 3);
+            auto const held = variable(valueOf(point));
+            EXPECT_EQ(callText(object_, "ChangePoint", {held}), "ok empty");
+            EXPECT_EQ(callText(point, "", {"x"}), "ok integer 0");
+            EXPECT_EQ(callText(point, "", {"y"}), "ok integer 3");
+            EXPECT_EQ(callText(object_, "ChangePoint", {valueOf(point)}).substr(0, 2), "ok");
+            EXPECT_EQ(callText(point, "", {"y"}), "ok integer 3")
+                << "a plain value is not written back";
+        });
 }
 
 TEST_F(Records, OutliveTheirLibrary) {
-    auto const point = make("Point");
-    put(point, "x", 3);
-    object_.detach();
-    CoFreeUnusedLibraries();
-    EXPECT_EQ(callText(point, "", {"x"}), "ok integer 3");
+    expectDifference(System::wine, "IRecordInfo::PutField is not implemented", [this] {
+        auto const point = make("Point");
+        put(point, "x", 3);
+        object_.detach();
+        CoFreeUnusedLibraries();
+        EXPECT_EQ(callText(point, "", {"x"}), "ok integer 3");
+    });
 }
 
 }  // namespace
