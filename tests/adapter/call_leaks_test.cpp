@@ -61,7 +61,11 @@ TEST_F(CallLeaks, ObjectsMadeAndDroppedLeaveNothingBehind) {
         callHost(adapter_.iface(), "CreateObject", mzCallMethod, {"VelkTest.Sample"});
     };
     repeat("objects", createOne, creations);
-    repeat("records", [&] { callHost(object.iface(), "MakePoint", mzCallMethod, {3, 4}); });
+    auto const makeRecord = [&] { callHost(object.iface(), "MakePoint", mzCallMethod, {3, 4}); };
+    repeat("records", makeRecord, creations);
+    auto const point =
+        dispatchIn(callHost(object.iface(), "MakePoint", mzCallMethod, {3, 4}).result);
+    repeat("copies of records", [&] { callHost(point.iface(), "Copy", mzCallMethod); });
     repeat("arrays", [&] { callHost(object.iface(), "MakeCube", mzCallMethod, {2, 2, 2}); });
 }
 
