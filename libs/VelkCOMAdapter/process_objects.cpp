@@ -9,6 +9,7 @@
 #include "VelkQXTProxy/com_adapter.h"
 #include "VelkQXTProxy/exception_info.h"
 #include "VelkQXTProxy/variant_wrapper.h"
+#include "VelkQXTProxy/wrapper_interfaces.h"
 #include "com/class_factory.h"
 #include "host/cleanup.h"
 #include "host_class_module.h"
@@ -38,6 +39,16 @@ class GlobalCleanupHook {
     static void addressInModule() {}
 };
 
+/// Makes the interface ids of the wrappers before everything that may ask for
+/// them, so that they go after it.
+struct WrapperIds {
+    WrapperIds() {
+        mzIComDispatchWrapper::interfaceId();
+        mzIComVariantWrapper::interfaceId();
+    }
+};
+
+WrapperIds const wrapperIds;
 com::ComModuleRecord comModuleRecord(objectMap);
 
 }  // namespace

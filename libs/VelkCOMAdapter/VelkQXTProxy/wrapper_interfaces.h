@@ -12,8 +12,8 @@
 class mzIComDispatchWrapper : public mzIUnknown {
   public:
     static mzIIDS const& interfaceId() {
-        static mzPermanentIidC const id("mzIComDispatchWrapper");
-        return id.get();
+        static mzIIDS const id("mzIComDispatchWrapper");
+        return id;
     }
 
     /// The native object with a reference for the caller, valid in the caller's
@@ -33,8 +33,8 @@ class mzIComDispatchWrapper : public mzIUnknown {
 class mzIComVariantWrapper : public mzIUnknown {
   public:
     static mzIIDS const& interfaceId() {
-        static mzPermanentIidC const id("mzIComVariantWrapper");
-        return id.get();
+        static mzIIDS const id("mzIComVariantWrapper");
+        return id;
     }
 
     /// A copy of the value; `out` holds a value or VT_EMPTY before.

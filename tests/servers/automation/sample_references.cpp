@@ -20,7 +20,8 @@ void exclaim(BSTR& text) {
 
 void changeValue(VARIANT& value) {
     if (value.vt == VT_I4) {
-        value.lVal *= 2;
+        // Without regard to overflow.
+        value.lVal = static_cast<LONG>(2 * static_cast<ULONG>(value.lVal));
     } else if (value.vt == VT_BSTR) {
         exclaim(value.bstrVal);
     } else {
