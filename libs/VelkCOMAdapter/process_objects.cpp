@@ -12,6 +12,7 @@
 #include "VelkQXTProxy/wrapper_interfaces.h"
 #include "com/class_factory.h"
 #include "host/cleanup.h"
+#include "host/symbol_ref.h"
 #include "host_class_module.h"
 #include "interfaces.h"
 #include "module_attachment.h"
@@ -39,10 +40,11 @@ class GlobalCleanupHook {
     static void addressInModule() {}
 };
 
-/// Makes the interface ids of the wrappers before everything that may ask for
-/// them, so that they go after it.
+/// Makes the interface ids that the wrappers ask for before everything that may
+/// ask, so that they go after it.
 struct WrapperIds {
     WrapperIds() {
+        mzScriptSymbolRefI::interfaceId();
         mzIComDispatchWrapper::interfaceId();
         mzIComVariantWrapper::interfaceId();
     }

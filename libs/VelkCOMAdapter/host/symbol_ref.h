@@ -9,8 +9,8 @@
 class mzScriptSymbolRefI : public mzIDispatch {
   public:
     static mzIIDS const& interfaceId() {
-        static mzPermanentIidC const id("mzScriptSymbolRefI");
-        return id.get();
+        static mzIIDS const id("mzScriptSymbolRefI");
+        return id;
     }
 
     /// Writes the variable's current value into `value`. Host result code.
