@@ -25,14 +25,17 @@ within() {
 stop_wine() { timeout 20 wineserver -k 2>/dev/null || true; }
 
 # use_prefix NAME: makes the folder NAME of the build tree a new Wine prefix,
-# which stops when the command ends. The user's own is never touched.
+# which stops when the command ends. The user's own is never touched. The first
+# program makes the prefix and starts its services; wineboot as that program
+# would start them twice, and the running object table then answers nobody.
 use_prefix() {
   export WINEPREFIX=$tree/$1
   stop_wine
   rm -rf "$WINEPREFIX"
   trap stop_wine EXIT
   say "making the Wine prefix"
-  within 180 wineboot -i >/dev/null 2>&1
+  within 180 cmd /c exit >/dev/null 2>&1
+  timeout 60 wineserver -w
 }
 
 register_module() {
