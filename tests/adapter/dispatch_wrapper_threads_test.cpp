@@ -6,6 +6,7 @@
 
 #include "VelkQXTProxy/dispatch_wrapper.h"
 #include "VelkQXTProxy/exception_info.h"
+#include "com/com_ptr.h"
 #include "host/module_singleton.h"
 #include "support/host_calls.h"
 #include "support/scripted_dispatch.h"
@@ -16,6 +17,27 @@ using namespace velk::test;
 using Registry = mzModuleSingletonT<VelkComAdapterGlobal, VelkComAdapterGlobal::cleanupPriority>;
 
 constexpr int rounds = 300;
+
+/// A registration in the table that lasts as long as this. Wine frees an
+/// object's stub twice when its last registration goes while a new one comes,
+/// so the test keeps one of its own.
+class Registered {
+  public:
+    explicit Registered(IUnknown& object) {
+        PCoInitializer::attach(0);
+        EXPECT_EQ(CoCreateInstance(CLSID_StdGlobalInterfaceTable, nullptr, CLSCTX_INPROC_SERVER,
+                                   IID_IGlobalInterfaceTable, table_.putVoid()),
+                  S_OK);
+        EXPECT_EQ(table_->RegisterInterfaceInGlobal(&object, IID_IDispatch, &cookie_), S_OK);
+    }
+    ~Registered() { EXPECT_EQ(table_->RevokeInterfaceFromGlobal(cookie_), S_OK); }
+    Registered(Registered const&) = delete;
+    Registered& operator=(Registered const&) = delete;
+
+  private:
+    velk::com::ComPtr<IGlobalInterfaceTable> table_;
+    DWORD cookie_ = 0;
+};
 
 /// Any outcome is right while the registry comes and goes, but for a crash and
 /// for a call that reaches no object and still succeeds with a value.
@@ -41,6 +63,7 @@ TEST(DispatchWrapperThreads, WrappersOutliveTheRegistry) {
     });
     std::atomic<int> answers{0};
     {
+        Registered const kept(native);
         auto* const object = new vbsComDispatchWrapperC(&native);
         mzComPtrT<mzIDispatch> const shared(object);
         std::vector<std::thread> threads;
