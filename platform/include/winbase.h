@@ -1,4 +1,4 @@
-/// Modules, their resources, the thread's last error and locale, and time.
+/// Modules, their resources, volumes, the thread's last error and locale, and time.
 #pragma once
 
 #include "windef.h"
@@ -11,6 +11,15 @@
 #define GET_MODULE_HANDLE_EX_FLAG_PIN 0x1
 #define GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT 0x2
 #define GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS 0x4
+#define DRIVE_UNKNOWN 0
+#define DRIVE_NO_ROOT_DIR 1
+#define DRIVE_REMOVABLE 2
+#define DRIVE_FIXED 3
+#define DRIVE_REMOTE 4
+#define FILE_CASE_SENSITIVE_SEARCH 0x1
+#define FILE_CASE_PRESERVED_NAMES 0x2
+#define FILE_UNICODE_ON_DISK 0x4
+#define FILE_READ_ONLY_VOLUME 0x80000
 #define LOAD_LIBRARY_AS_DATAFILE 0x2
 #define LOAD_WITH_ALTERED_SEARCH_PATH 0x8
 #define MAKEINTRESOURCEW(id) \
@@ -37,6 +46,14 @@ EXTERN_C WINBASEAPI HRSRC WINAPI FindResourceW(HMODULE module, LPCWSTR name, LPC
 EXTERN_C WINBASEAPI HGLOBAL WINAPI LoadResource(HMODULE module, HRSRC resource);
 EXTERN_C WINBASEAPI LPVOID WINAPI LockResource(HGLOBAL resource);
 EXTERN_C WINBASEAPI DWORD WINAPI SizeofResource(HMODULE module, HRSRC resource);
+
+/// Drives and shares stand in a table in the registry (velk_paths.h).
+EXTERN_C WINBASEAPI BOOL WINAPI GetVolumeInformationW(LPCWSTR root, LPWSTR label, DWORD labelSize,
+                                                      LPDWORD serial, LPDWORD longestName,
+                                                      LPDWORD flags, LPWSTR fileSystem,
+                                                      DWORD fileSystemSize);
+/// DRIVE_NO_ROOT_DIR, DRIVE_FIXED or DRIVE_REMOTE.
+EXTERN_C WINBASEAPI UINT WINAPI GetDriveTypeW(LPCWSTR root);
 
 /// The entry point of a module, as the layer calls it: attach and detach of
 /// the process and of each ending thread.

@@ -1,0 +1,8 @@
+#include "support/volumes.h"
+
+namespace velk::test {
+
+DriveC::DriveC() = default;
+DriveC::~DriveC() = default;
+
+}  // namespace velk::test
