@@ -76,10 +76,10 @@ TEST_F(Volumes, WantRoomForTheWholeName) {
 }
 
 TEST_F(Volumes, ThatAreNotThere) {
-    EXPECT_EQ(errorAt(OLESTR("\\\\no-such-server\\share\\")), DWORD{ERROR_BAD_NETPATH});
+    EXPECT_EQ(errorAt(OLESTR("Q:\\")), DWORD{ERROR_PATH_NOT_FOUND});
     EXPECT_EQ(errorAt(OLESTR("C:\\windows\\")), DWORD{ERROR_DIR_NOT_ROOT});
-    expectDifference(System::wine, "another number for a drive that is not there", [] {
-        EXPECT_EQ(errorAt(OLESTR("Q:\\")), DWORD{ERROR_PATH_NOT_FOUND});
+    expectDifference(System::wine, "another number for a share that is not there", [] {
+        EXPECT_EQ(errorAt(OLESTR("\\\\no-such-server\\share\\")), DWORD{ERROR_BAD_NETPATH});
     });
 }
 
