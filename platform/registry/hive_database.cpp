@@ -76,7 +76,7 @@ void HiveDatabase::open(std::string const& path) {
     if (sqlite3_db_readonly(database_.get(), "main") == 1) access_ = HiveAccess::readOnly;
     bool registry = false;
     try {
-        registry = isRegistry();
+        registry = isRegistryAtOneTime();
     } catch (RegistryError const& error) {
         // A file that nobody may write to lacks the companions that tell of
         // writers; without writers it can be read as it stands.
@@ -166,6 +166,14 @@ bool HiveDatabase::isRegistry() {
     bool const fresh = id == 0 && version == 0 && single("SELECT count(*) FROM sqlite_schema") == 0;
     failIf(!fresh, ERROR_BADDB);
     return false;
+}
+
+bool HiveDatabase::isRegistryAtOneTime() {
+    // Another process may be creating the content between two of the questions.
+    execute("BEGIN");
+    bool const registry = isRegistry();
+    execute("COMMIT");
+    return registry;
 }
 
 bool HiveDatabase::isInWriteAheadMode() {

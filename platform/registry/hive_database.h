@@ -84,6 +84,7 @@ class HiveDatabase {
     void openInMemory();
     void prepareConnection();
     bool isRegistry();
+    bool isRegistryAtOneTime();
     bool isInWriteAheadMode();
     void checkWhole();
     void switchToWriteAheadLog();
