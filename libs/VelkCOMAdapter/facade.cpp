@@ -65,11 +65,20 @@ HRESULT Cvelkdspwrap::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID,
         mzCriticalAutoSectionRefC const inside(&lookupSection_);
         if (count != 1) return DISP_E_UNKNOWNNAME;
         if (!names || !ids) return E_POINTER;
-        *ids = PDspMapData::instance().idOf(names[0] ? velk::com::TextView(names[0])
-                                                     : velk::com::TextView());
+        velk::com::TextView const name =
+            names[0] ? velk::com::TextView(names[0]) : velk::com::TextView();
+        // Clients ask for the same name again and again.
+        *ids = isLastName(name) ? lastMember_ : PDspMapData::instance().idOf(name);
         return S_OK;
     }
     VELK_COM_CATCH
+}
+
+bool Cvelkdspwrap::isLastName(velk::com::TextView name) const {
+    if (lastGeneration_ != PDspMapData::generation()) return false;
+    QString const& last = lastName_.toQString();
+    return velk::com::TextView(reinterpret_cast<OLECHAR const*>(last.constData()),
+                               static_cast<std::size_t>(last.size())) == name;
 }
 
 HRESULT Cvelkdspwrap::nameOfMember(DISPID member, mzComStringC& name) {

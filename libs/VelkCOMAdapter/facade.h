@@ -2,6 +2,7 @@
 #pragma once
 
 #include "com/object_root.h"
+#include "com/owners.h"
 #include "host/com_string.h"
 #include "host/critical_section.h"
 #include "host/dispatch.h"
@@ -45,6 +46,7 @@ class Cvelkdspwrap : public velk::com::CComObjectRootEx<velk::com::CComSingleThr
     ~Cvelkdspwrap() = default;
 
   private:
+    bool isLastName(velk::com::TextView name) const;
     HRESULT nameOfMember(DISPID member, mzComStringC& name);
 
     mzComPtrT<mzIDispatch> hostDispatch_;

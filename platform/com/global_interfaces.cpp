@@ -1,6 +1,7 @@
 #include "platform/com/global_interfaces.h"
 
 #include <algorithm>
+#include <mutex>
 
 namespace velk::platform::com {
 

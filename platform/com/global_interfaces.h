@@ -4,11 +4,11 @@
 #include <array>
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <unordered_map>
 #include <vector>
 
 #include "platform/com/held_object.h"
+#include "platform/com/spin_lock.h"
 
 namespace velk::platform::com {
 
@@ -41,7 +41,7 @@ class GlobalInterfaces {
         std::atomic<std::size_t> usersLeft{0};
     };
     struct alignas(64) Stripe {
-        std::mutex lock;
+        SpinLock lock;
         /// What threads of this stripe are using, once for each use.
         std::vector<Entry*> inUse;
     };

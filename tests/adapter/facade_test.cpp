@@ -71,6 +71,20 @@ TEST_F(Facade, NumbersStartAgainAfterTheCleanUp) {
     EXPECT_EQ(host->lastCall().name, "Second");
 }
 
+TEST_F(Facade, NumberOfTheMemberCalledLastIsThatOfItsExactName) {
+    DISPID const member = idOf(*facade.get(), OLESTR("Member"));
+    ASSERT_EQ(call(member, DISPATCH_METHOD).code, S_OK);
+    EXPECT_EQ(idOf(*facade.get(), OLESTR("Member")), member);
+    for (OLECHAR const* other :
+         {OLESTR(""), OLESTR("Membe"), OLESTR("Members"), OLESTR("member")}) {
+        EXPECT_NE(idOf(*facade.get(), other), member);
+    }
+    mzRunGlobalCleanup();
+    DISPID const first = idOf(*facade.get(), OLESTR("First"));
+    EXPECT_EQ(first, member);
+    EXPECT_NE(idOf(*facade.get(), OLESTR("Member")), first) << "what was known of the former table";
+}
+
 TEST_F(Facade, RefusesNamesOfArguments) {
     OLECHAR method[] = OLESTR("Open");
     OLECHAR argument[] = OLESTR("Path");
