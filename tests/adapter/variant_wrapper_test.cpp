@@ -151,7 +151,9 @@ TEST(VariantWrapper, MembersOfAPlainValue) {
         std::string const title =
             std::string(row.name) + " " + std::to_string(row.kind) + ": " + row.expected;
         EXPECT_EQ(outcome.text(), row.expected) << title;
-        if (row.typeAfter != VT_RECORD) EXPECT_EQ(wrapper.type(), row.typeAfter) << title;
+        if (row.typeAfter != VT_RECORD) {
+            EXPECT_EQ(wrapper.type(), row.typeAfter) << title;
+        }
     }
 }
 

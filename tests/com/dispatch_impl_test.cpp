@@ -1,11 +1,11 @@
 #include "com/dispatch_impl.h"
 
-#include <barrier>
 #include <thread>
 
 #include <gtest/gtest.h>
 
 #include "com/utf.h"
+#include "support/start_gate.h"
 #include "test_module.h"
 
 namespace velk::com::test {
@@ -166,11 +166,11 @@ TEST_F(DispatchImplTest, RacingCallersGetOneTypeInformation) {
     registerLibrary();
     constexpr int callers = 4;
     std::vector<ComPtr<ITypeInfo>> found(callers);
-    std::barrier start(callers);
+    velk::test::StartGate start(callers);
     std::vector<std::thread> threads;
     for (auto& place : found) {
         threads.emplace_back([&] {
-            start.arrive_and_wait();
+            start.arriveAndWait();
             object->GetTypeInfo(0, libraryLocale, place.put());
         });
     }

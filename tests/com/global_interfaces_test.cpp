@@ -1,9 +1,9 @@
 #include <array>
-#include <barrier>
 #include <thread>
 
 #include "com/com_ptr.h"
 #include "counting_unknown.h"
+#include "support/start_gate.h"
 #include "test_module.h"
 
 namespace velk::com::test {
@@ -51,11 +51,11 @@ TEST_F(GlobalInterfacesTest, NullIsRefused) {
 TEST_F(GlobalInterfacesTest, RacingCallersGetOneTable) {
     constexpr std::size_t callers = 4;
     std::array<ComPtr<IGlobalInterfaceTable>, callers> found;
-    std::barrier start(callers);
+    velk::test::StartGate start(callers);
     std::vector<std::thread> threads;
     for (auto& place : found) {
         threads.emplace_back([&] {
-            start.arrive_and_wait();
+            start.arriveAndWait();
             module.GetGITPtr(place.put());
         });
     }

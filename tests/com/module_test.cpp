@@ -1,12 +1,12 @@
 #include "com/module.h"
 
 #include <array>
-#include <barrier>
 #include <memory>
 #include <thread>
 
 #include "com/encoded_pointer.h"
 #include "counting_unknown.h"
+#include "support/start_gate.h"
 #include "test_module.h"
 
 namespace velk::com::test {
@@ -98,11 +98,11 @@ TEST_F(ModuleTest, RacingCallersGetOneClassObject) {
             ObjectMapEntry fresh[] = {
                 {&recordedClass, 0, makeCachedClassFactory, createWithOrWithoutOuter<Recorded>}};
             ComModuleRecord raced(fresh);
-            std::barrier start(callers);
+            velk::test::StartGate start(callers);
             std::vector<std::thread> threads;
             for (auto& place : found) {
                 threads.emplace_back([&] {
-                    start.arrive_and_wait();
+                    start.arriveAndWait();
                     raced.getClassObject(recordedClass, IID_IUnknown, place.putVoid());
                 });
             }

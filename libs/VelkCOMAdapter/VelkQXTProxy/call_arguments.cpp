@@ -61,12 +61,14 @@ void writeBack(mzScriptSymbolRefI& variable, VARIANT const& value) {
 
 }  // namespace
 
-CallArguments::CallArguments(int count)
-    : count_(count), converted_(usual_.data()), passed_(usual_.data() + usualCount) {
+CallArguments::CallArguments(int count) : count_(count) {
     if (count > usualCount) {
         large_ = std::make_unique<VARIANT[]>(2 * static_cast<std::size_t>(count));
         converted_ = large_.get();
         passed_ = converted_ + count;
+    } else {
+        converted_ = usual_.data();
+        passed_ = converted_ + usualCount;
     }
     std::fill_n(converted_, count, VARIANT{});
 }

@@ -41,8 +41,8 @@ class CallArguments {
     // Both lists, one after the other, where there are more than usual.
     std::unique_ptr<VARIANT[]> large_;
     std::array<VARIANT, 2 * usualCount> usual_;
-    VARIANT* converted_;
-    VARIANT* passed_;
+    VARIANT* converted_ = nullptr;
+    VARIANT* passed_ = nullptr;
     DISPID valueOfPut_ = DISPID_PROPERTYPUT;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <mutex>
 
 #include "host/export.h"
@@ -25,6 +26,8 @@ class VELKCORE_API PReadWriteLock {
     mzReaderStripesC readers_;
     std::atomic<int> writerWants_{0};
     std::mutex writers_;
+    std::mutex leaving_;
+    std::condition_variable readerLeft_;
 };
 
 /// Holds a read-write lock for a scope.

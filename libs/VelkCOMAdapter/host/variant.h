@@ -148,8 +148,8 @@ class VELKCORE_API mzComVariantC {
     unsigned intGet(mzComPtrT<mzIUnknown>& object) const;
     unsigned intGetExt(mzComPtrT<mzIUnknown>& object) const;
 
-    void copyFrom(mzComVariantC const& other);
-    void takeFrom(mzComVariantC& other) noexcept;
+    inline void copyFrom(mzComVariantC const& other);
+    inline void takeFrom(mzComVariantC& other) noexcept;
     void releaseContent() noexcept;
     int readInt() const noexcept;
 

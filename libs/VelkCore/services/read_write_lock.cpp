@@ -2,7 +2,10 @@
 
 // A reader counts itself in its own stripe and then looks for a writer; a
 // writer announces itself and then looks at every stripe. Both orders are
-// sequentially consistent, so at least one of the two sees the other.
+// sequentially consistent, so at least one of the two sees the other. The
+// writer does not sleep on the number itself: without a system call for that,
+// which Windows builds lack, the C++ library's wait can miss the last reader's
+// wake-up.
 
 void PReadWriteLock::lock(bool shared) {
     if (!shared) {
@@ -10,7 +13,9 @@ void PReadWriteLock::lock(bool shared) {
         writerWants_.store(1);
         for (std::size_t i = 0; i < mzReaderStripesC::stripeCount; ++i) {
             std::atomic<int>& readers = readers_.at(i);
-            while (int const inside = readers.load()) readers.wait(inside);
+            if (readers.load() == 0) continue;
+            std::unique_lock hold(leaving_);
+            readerLeft_.wait(hold, [&readers] { return readers.load() == 0; });
         }
         return;
     }
@@ -29,7 +34,9 @@ void PReadWriteLock::unlock(bool shared) {
         writers_.unlock();
         return;
     }
-    std::atomic<int>& readers = readers_.own();
-    readers.fetch_sub(1);
-    if (writerWants_.load() != 0) readers.notify_all();
+    readers_.own().fetch_sub(1);
+    if (writerWants_.load() == 0) return;
+    // The writer has either seen this reader leave or is asleep by now.
+    std::lock_guard const hold(leaving_);
+    readerLeft_.notify_all();
 }
