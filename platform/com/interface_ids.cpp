@@ -17,6 +17,9 @@ constexpr GUID publishedId(std::uint32_t first) {
 constinit GUID const GUID_NULL = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
 constinit IID const IID_IUnknown = publishedId(0x00000000);
 constinit IID const IID_IClassFactory = publishedId(0x00000001);
+constinit IID const IID_IStorage = publishedId(0x0000000B);
+constinit IID const IID_IStream = publishedId(0x0000000C);
+constinit IID const IID_IEnumSTATSTG = publishedId(0x0000000D);
 constinit IID const IID_IRecordInfo = publishedId(0x0000002F);
 constinit IID const IID_IGlobalInterfaceTable = publishedId(0x00000146);
 constinit CLSID const CLSID_StdGlobalInterfaceTable = publishedId(0x00000323);
@@ -30,5 +33,7 @@ constinit IID const IID_ICreateTypeInfo2 = publishedId(0x0002040E);
 constinit IID const IID_ICreateTypeLib2 = publishedId(0x0002040F);
 constinit IID const IID_ITypeLib2 = publishedId(0x00020411);
 constinit IID const IID_ITypeInfo2 = publishedId(0x00020412);
+constinit IID const IID_ISequentialStream = {
+    0x0C733A30, 0x2A1C, 0x11CE, {0xAD, 0xE5, 0x00, 0xAA, 0x00, 0x44, 0x77, 0x3D}};
 constinit IID const IID_IProvideClassInfo = {
     0xB196B283, 0xBAB4, 0x101A, {0xB6, 0x9C, 0x00, 0xAA, 0x00, 0x34, 0x1D, 0x07}};

@@ -1,6 +1,7 @@
 /// Functions of COM: apartments, memory, identifiers, class objects.
 #pragma once
 
+#include "coml2api.h"
 #include "objidl.h"
 #include "unknwn.h"
 #include "winbase.h"

@@ -1,6 +1,7 @@
 /// Interfaces of COM that the system itself implements.
 #pragma once
 
+#include "objidl_storage.h"
 #include "unknwn.h"
 
 EXTERN_C VELK_LAYER_EXPORT CLSID const CLSID_StdGlobalInterfaceTable;

@@ -1,30 +1,16 @@
 #include "platform/registry/names.h"
 
 #include <algorithm>
-#include <clocale>
-#include <cwctype>
 
 #include "platform/registry/registry_error.h"
-#include "platform/system/utf16.h"
+#include "platform/system/letter_case.h"
 
 namespace velk::platform::registry {
-namespace {
-
-/// Upper case as the C library knows it, whatever locale the program runs in.
-char16_t upper(char16_t unit) {
-    if (unit < 0x80) return upperAscii(unit);
-    static locale_t const everywhere = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    if (everywhere == nullptr) return unit;
-    auto const folded = towupper_l(unit, everywhere);
-    return folded <= 0xFFFF ? static_cast<char16_t>(folded) : unit;
-}
-
-}  // namespace
 
 Name::Name(std::u16string_view name) : text(name) {
     folded.reserve(name.size() * 2);
     for (char16_t const unit : name) {
-        char16_t const large = upper(unit);
+        char16_t const large = upperCase(unit);
         folded.push_back(static_cast<char>(large >> 8));
         folded.push_back(static_cast<char>(large & 0xFF));
     }

@@ -14,7 +14,8 @@ void addNativeLeakChecks() {
                  {VELK_LIVE_TYPE_LIBRARY, "type libraries"},
                  {VELK_LIVE_DESCRIPTION, "type descriptions"},
                  {VELK_LIVE_REGISTRY_KEY, "registry keys"},
-                 {VELK_LIVE_RECORD, "records"}};
+                 {VELK_LIVE_RECORD, "records"},
+                 {VELK_LIVE_COMPOUND_FILE, "compound files"}};
     for (auto const& entry : kinds) {
         addLeakCheck(entry.name, [kind = entry.kind] { return VelkLiveCount(kind); });
     }

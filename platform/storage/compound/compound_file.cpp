@@ -1,0 +1,143 @@
+#include "platform/storage/compound/compound_file.h"
+
+#include <algorithm>
+
+#include "platform/storage/storage_error.h"
+
+namespace velk::platform::storage {
+
+CompoundFile::CompoundFile(std::unique_ptr<FileAccess> file, bool isWritable)
+    : file_(std::move(file)), isWritable_(isWritable), store_(*file_) {
+    openTables();
+}
+
+void CompoundFile::openTables() {
+    directory_.emplace(store_);
+    Entry const& root = directory_->at(rootEntry);
+    small_.emplace(store_, root.firstSector, root.size);
+}
+
+void CompoundFile::create(FileAccess& file, std::size_t sectorSize) {
+    // The header, one sector of the table and one of the directory.
+    std::vector<std::byte> bytes(3 * sectorSize);
+    MutableBytes const table = MutableBytes(bytes).subspan(sectorSize, sectorSize);
+    MutableBytes const entries = MutableBytes(bytes).subspan(2 * sectorSize);
+    Header header = Header::ofNewFile(sectorSize);
+    header.setFatSectors(1);
+    header.setDifat(0, 0);
+    header.setDirectory(1, 1);
+    std::copy(header.bytes().begin(), header.bytes().end(), bytes.begin());
+    for (std::size_t i = 0; i < sectorSize; i += 4) writeNumber(table, i, freeSector);
+    writeNumber(table, 0, fatSector);
+    writeNumber(table, 4, endOfChain);
+    Entry root;
+    for (std::size_t i = 0; i < sectorSize; i += entrySize) {
+        writeEntry(root, entries.subspan(i, entrySize));
+    }
+    root.name = u"Root Entry";
+    root.type = EntryType::root;
+    writeEntry(root, entries.first(entrySize));
+    file.write(0, bytes);
+    file.sync();
+}
+
+StreamContent& CompoundFile::content(EntryId stream) {
+    auto const known = contents_.find(stream);
+    if (known != contents_.end()) return known->second;
+    Entry const& entry = directory_->at(stream);
+    return contents_.try_emplace(stream, store_, *small_, entry.firstSector, entry.size)
+        .first->second;
+}
+
+void CompoundFile::keepPlace(EntryId stream) {
+    StreamContent const& place = content(stream);
+    Entry const& entry = directory_->at(stream);
+    if (entry.firstSector == place.first() && entry.size == place.size()) return;
+    Entry& changed = directory_->change(stream);
+    changed.firstSector = place.first();
+    changed.size = place.size();
+}
+
+std::size_t CompoundFile::readStream(EntryId stream, std::uint64_t offset, MutableBytes target) {
+    StreamContent& source = content(stream);
+    if (offset >= source.size()) return 0;
+    auto const count =
+        static_cast<std::size_t>(std::min<std::uint64_t>(target.size(), source.size() - offset));
+    source.read(offset, target.first(count));
+    return count;
+}
+
+void CompoundFile::writeStream(EntryId stream, std::uint64_t offset, Bytes source) {
+    if (source.empty()) return;
+    StreamContent& target = content(stream);
+    failIf(offset + source.size() < offset, STG_E_MEDIUMFULL);
+    if (offset + source.size() > target.size()) resizeStream(stream, offset + source.size());
+    target.write(offset, source);
+    keepPlace(stream);
+}
+
+void CompoundFile::resizeStream(EntryId stream, std::uint64_t size) {
+    content(stream).resize(size);
+    keepPlace(stream);
+}
+
+void CompoundFile::destroy(EntryId storage, EntryId element) {
+    if (directory_->at(element).isStorage()) {
+        // A copy, since the list changes.
+        Directory::Children const inside = directory_->children(element);
+        for (auto const& [name, entry] : inside) destroy(element, entry);
+    } else {
+        resizeStream(element, 0);
+        contents_.erase(element);
+    }
+    directory_->remove(storage, element);
+    for (auto const& each : open_) {
+        auto const opened = each.lock();
+        if (opened && opened->entry == element) opened->isReverted = true;
+    }
+}
+
+std::shared_ptr<OpenElement> CompoundFile::open(EntryId element, DWORD mode) {
+    std::erase_if(open_, [](auto const& each) { return each.expired(); });
+    for (auto const& each : open_) {
+        auto const opened = each.lock();
+        failIf(opened && opened->entry == element && !opened->isReverted, STG_E_ACCESSDENIED);
+    }
+    auto opened = std::make_shared<OpenElement>(OpenElement{element, mode});
+    open_.push_back(opened);
+    return opened;
+}
+
+void CompoundFile::commit() {
+    if (!isWritable_) return;
+    Entry const& root = directory_->at(rootEntry);
+    if (root.firstSector != small_->container() || root.size != small_->containerSize()) {
+        Entry& changed = directory_->change(rootEntry);
+        changed.firstSector = small_->container();
+        changed.size = small_->containerSize();
+    }
+    directory_->flush();
+    small_->flush();
+    store_.commit();
+}
+
+void CompoundFile::revert() {
+    revertElements();
+    contents_.clear();
+    store_.revert();
+    openTables();
+}
+
+void CompoundFile::close() {
+    revertElements();
+    file_.reset();
+}
+
+void CompoundFile::revertElements() {
+    for (auto const& each : open_) {
+        if (auto const opened = each.lock()) opened->isReverted = true;
+    }
+    open_.clear();
+}
+
+}  // namespace velk::platform::storage

@@ -1,0 +1,76 @@
+/// An open compound file.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/storage/compound/directory.h"
+#include "platform/storage/compound/stream_content.h"
+
+namespace velk::platform::storage {
+
+/// An element while a client has it open.
+struct OpenElement {
+    EntryId entry = noEntry;
+    /// Access and sharing as the client asked for them.
+    DWORD mode = 0;
+    /// The element, or its file, is gone: every use fails with STG_E_REVERTED.
+    bool isReverted = false;
+};
+
+/// A compound file with what clients have open in it. Members fail with a
+/// StorageError. A caller holds lock() while it uses one.
+class CompoundFile {
+  public:
+    /// Reads what is there. `isWritable` as the file was opened.
+    CompoundFile(std::unique_ptr<FileAccess> file, bool isWritable);
+
+    /// Writes an empty compound file. `sectorSize` is 512 or 4096 bytes.
+    static void create(FileAccess& file, std::size_t sectorSize);
+
+    std::recursive_mutex& lock() noexcept { return lock_; }
+    bool isWritable() const noexcept { return isWritable_; }
+    Directory& directory() { return *directory_; }
+    std::size_t sectorSize() const noexcept { return store_.sectorSize(); }
+
+    std::uint64_t streamSize(EntryId stream) { return content(stream).size(); }
+    /// Reads up to the end of the stream; gives the number of bytes.
+    std::size_t readStream(EntryId stream, std::uint64_t offset, MutableBytes target);
+    /// Writes all, and lengthens the stream where it ends before.
+    void writeStream(EntryId stream, std::uint64_t offset, Bytes source);
+    void resizeStream(EntryId stream, std::uint64_t size);
+
+    /// Takes an element and everything in it out of a storage. Clients that
+    /// have any of it open find it reverted.
+    void destroy(EntryId storage, EntryId element);
+
+    /// Registers that a client opens an element. STG_E_ACCESSDENIED when one
+    /// has it open already.
+    std::shared_ptr<OpenElement> open(EntryId element, DWORD mode);
+
+    void commit();
+    /// Back to the last commit. What clients have open is reverted.
+    void revert();
+    /// Closes the file; what clients have open is reverted.
+    void close();
+
+  private:
+    StreamContent& content(EntryId stream);
+    void keepPlace(EntryId stream);
+    void openTables();
+    void revertElements();
+
+    std::recursive_mutex lock_;
+    std::unique_ptr<FileAccess> file_;
+    bool const isWritable_;
+    SectorStore store_;
+    std::optional<Directory> directory_;
+    std::optional<MiniStore> small_;
+    std::unordered_map<EntryId, StreamContent> contents_;
+    std::vector<std::weak_ptr<OpenElement>> open_;
+};
+
+}  // namespace velk::platform::storage

@@ -1,0 +1,145 @@
+#include "platform/storage/compound/format.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "platform/storage/storage_error.h"
+#include "platform/system/letter_case.h"
+
+namespace velk::platform::storage {
+namespace {
+
+constexpr std::array<unsigned char, 8> signature{0xD0, 0xCF, 0x11, 0xE0, 0xA1, 0xB1, 0x1A, 0xE1};
+constexpr std::uint16_t byteOrder = 0xFFFE;
+
+// Where an entry keeps what.
+constexpr std::size_t nameLengthAt = 64, typeAt = 66, colourAt = 67, leftAt = 68, rightAt = 72,
+                      childAt = 76, classAt = 80, stateAt = 96, createdAt = 100, modifiedAt = 108,
+                      firstAt = 116, sizeAt = 120;
+
+template <typename Number>
+std::uint16_t shiftOf(Number size) {
+    std::uint16_t shift = 0;
+    while ((Number{1} << shift) < size) ++shift;
+    return shift;
+}
+
+EntryType typeOf(std::byte value) {
+    switch (std::to_integer<int>(value)) {
+        case 1:
+            return EntryType::storage;
+        case 2:
+            return EntryType::stream;
+        case 5:
+            return EntryType::root;
+        default:
+            return EntryType::unused;
+    }
+}
+
+}  // namespace
+
+Header Header::ofNewFile(std::size_t sectorSize) {
+    Header header;
+    std::memcpy(header.bytes_.data(), signature.data(), signature.size());
+    writeNumber<std::uint16_t>(header.bytes_, 24, 0x3E);
+    writeNumber<std::uint16_t>(header.bytes_, 26, sectorSize == 4096 ? 4 : 3);
+    writeNumber<std::uint16_t>(header.bytes_, 28, byteOrder);
+    writeNumber<std::uint16_t>(header.bytes_, 30, shiftOf(sectorSize));
+    writeNumber<std::uint16_t>(header.bytes_, 32, shiftOf(miniSectorSize));
+    writeNumber<std::uint32_t>(header.bytes_, 56, static_cast<std::uint32_t>(smallestBigStream));
+    header.setDirectory(endOfChain, 0);
+    header.setMiniFat(endOfChain, 0);
+    header.setDifatChain(endOfChain, 0);
+    for (std::size_t i = 0; i < headerDifatEntries; ++i) header.setDifat(i, freeSector);
+    return header;
+}
+
+Header Header::parse(std::array<std::byte, headerSize> const& bytes) {
+    failIf(std::memcmp(bytes.data(), signature.data(), signature.size()) != 0,
+           STG_E_FILEALREADYEXISTS);
+    Header header;
+    header.bytes_ = bytes;
+    auto const shift = readNumber<std::uint16_t>(bytes, 30);
+    bool const known = readNumber<std::uint16_t>(bytes, 28) == byteOrder &&
+                       (shift == 9 || shift == 12) && readNumber<std::uint16_t>(bytes, 32) == 6 &&
+                       header.number(56) == smallestBigStream;
+    failIf(!known, STG_E_OLDFORMAT);
+    return header;
+}
+
+std::size_t Header::sectorSize() const noexcept {
+    return std::size_t{1} << readNumber<std::uint16_t>(bytes_, 30);
+}
+
+bool Header::hasLargeSizes() const noexcept {
+    return readNumber<std::uint16_t>(bytes_, 26) >= 4;
+}
+
+void Header::setDirectory(SectorId first, std::uint32_t sectors) {
+    setNumber(48, first);
+    setNumber(40, hasLargeSizes() ? sectors : 0);
+}
+
+void Header::setMiniFat(SectorId first, std::uint32_t sectors) {
+    setNumber(60, first);
+    setNumber(64, sectors);
+}
+
+void Header::setDifatChain(SectorId first, std::uint32_t sectors) {
+    setNumber(68, first);
+    setNumber(72, sectors);
+}
+
+Entry parseEntry(Bytes bytes, bool hasLargeSizes) {
+    Entry entry;
+    std::size_t const length = readNumber<std::uint16_t>(bytes, nameLengthAt) / 2;
+    for (std::size_t i = 0; i < std::min(length, longestName + 1); ++i) {
+        auto const unit = readNumber<std::uint16_t>(bytes, 2 * i);
+        if (unit == 0) break;
+        entry.name.push_back(static_cast<char16_t>(unit));
+    }
+    entry.type = typeOf(bytes[typeAt]);
+    entry.isBlack = bytes[colourAt] != std::byte{0};
+    entry.left = readNumber<std::uint32_t>(bytes, leftAt);
+    entry.right = readNumber<std::uint32_t>(bytes, rightAt);
+    entry.child = readNumber<std::uint32_t>(bytes, childAt);
+    std::memcpy(&entry.classId, bytes.data() + classAt, sizeof entry.classId);
+    entry.stateBits = readNumber<std::uint32_t>(bytes, stateAt);
+    entry.created = readNumber<std::uint64_t>(bytes, createdAt);
+    entry.modified = readNumber<std::uint64_t>(bytes, modifiedAt);
+    entry.firstSector = readNumber<std::uint32_t>(bytes, firstAt);
+    entry.size = readNumber<std::uint64_t>(bytes, sizeAt);
+    // The upper half means nothing where sizes have 32 bits.
+    if (!hasLargeSizes) entry.size &= 0xFFFFFFFF;
+    return entry;
+}
+
+void writeEntry(Entry const& entry, MutableBytes bytes) {
+    std::fill(bytes.begin(), bytes.end(), std::byte{0});
+    for (std::size_t i = 0; i < entry.name.size(); ++i) {
+        writeNumber<std::uint16_t>(bytes, 2 * i, entry.name[i]);
+    }
+    bool const isUsed = entry.type != EntryType::unused;
+    auto const units = isUsed ? entry.name.size() + 1 : 0;
+    writeNumber(bytes, nameLengthAt, static_cast<std::uint16_t>(2 * units));
+    bytes[typeAt] = static_cast<std::byte>(entry.type);
+    bytes[colourAt] = static_cast<std::byte>(isUsed && entry.isBlack ? 1 : 0);
+    writeNumber(bytes, leftAt, entry.left);
+    writeNumber(bytes, rightAt, entry.right);
+    writeNumber(bytes, childAt, entry.child);
+    std::memcpy(bytes.data() + classAt, &entry.classId, sizeof entry.classId);
+    writeNumber(bytes, stateAt, entry.stateBits);
+    writeNumber(bytes, createdAt, entry.created);
+    writeNumber(bytes, modifiedAt, entry.modified);
+    writeNumber(bytes, firstAt, isUsed ? entry.firstSector : 0);
+    writeNumber(bytes, sizeAt, entry.size);
+}
+
+std::u16string orderedName(std::u16string_view name) {
+    std::u16string ordered(name);
+    std::transform(ordered.begin(), ordered.end(), ordered.begin(), upperCase);
+    return ordered;
+}
+
+}  // namespace velk::platform::storage

@@ -1,0 +1,179 @@
+#include "platform/storage/compound/sector_store.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+#include "platform/storage/storage_error.h"
+
+namespace velk::platform::storage {
+namespace {
+
+Header readHeader(FileAccess& file) {
+    std::array<std::byte, headerSize> bytes, again;
+    // A writer may be replacing it at this very moment, which is done at once
+    // on the medium, but not for those who read meanwhile.
+    file.read(0, again);
+    do {
+        bytes = again;
+        file.read(0, again);
+    } while (bytes != again);
+    return Header::parse(bytes);
+}
+
+}  // namespace
+
+SectorStore::SectorStore(FileAccess& file)
+    : file_(file), header_(readHeader(file)), committed_(header_) {
+    load();
+}
+
+void SectorStore::load() {
+    sectorSize_ = header_.sectorSize();
+    std::uint64_t const size = file_.size();
+    // The last sector may be cut short.
+    std::uint64_t const sectors = (size + sectorSize_ - 1) / sectorSize_;
+    sectorLimit_ = sectors == 0 ? 0 : sectors - 1;
+    pages_.clear();
+    pagesToSearch_.clear();
+    changed_ = locationsChanged_ = difatPlaced_ = false;
+    loadTableLocations();
+    mayReuse_ = !file_.hasReaders();
+    std::uint64_t const covered = std::uint64_t{pageSectors_.size()} * pageEntries();
+    appendAt_ = mayReuse_ ? std::min(sectorLimit_, covered) : sectorLimit_;
+}
+
+void SectorStore::loadTableLocations() {
+    pageSectors_.clear();
+    difatSectors_.clear();
+    std::uint64_t const count = header_.fatSectors();
+    failIf(count > sectorLimit_ + 1, STG_E_DOCFILECORRUPT);
+    for (std::size_t i = 0; i < std::min<std::uint64_t>(count, headerDifatEntries); ++i) {
+        pageSectors_.push_back(header_.difat(i));
+    }
+    std::unordered_set<SectorId> seen;
+    std::vector<std::byte> sector(sectorSize_);
+    SectorId at = header_.firstDifatSector();
+    while (pageSectors_.size() < count && at <= lastSectorId) {
+        failIf(at >= sectorLimit_ || !seen.insert(at).second, STG_E_DOCFILECORRUPT);
+        difatSectors_.push_back(at);
+        read(at, 0, sector);
+        for (std::size_t i = 0; i + 1 < pageEntries() && pageSectors_.size() < count; ++i) {
+            pageSectors_.push_back(readNumber<std::uint32_t>(sector, 4 * i));
+        }
+        at = readNumber<std::uint32_t>(sector, sectorSize_ - 4);
+    }
+    failIf(pageSectors_.size() < count, STG_E_DOCFILECORRUPT);
+}
+
+SectorStore::Page& SectorStore::page(std::size_t index) {
+    auto const known = pages_.find(index);
+    if (known != pages_.end()) return known->second;
+    failIf(index >= pageSectors_.size(), STG_E_DOCFILECORRUPT);
+    SectorId const sector = pageSectors_[index];
+    failIf(sector >= sectorLimit_, STG_E_DOCFILECORRUPT);
+    std::vector<std::byte> bytes(sectorSize_);
+    read(sector, 0, bytes);
+    Page loaded;
+    loaded.next.reserve(pageEntries());
+    for (std::size_t i = 0; i < pageEntries(); ++i) {
+        loaded.next.push_back(readNumber<std::uint32_t>(bytes, 4 * i));
+    }
+    loaded.states.assign(pageEntries(), State::settled);
+    auto& kept = pages_[index] = std::move(loaded);
+    pagesToSearch_.insert(index);
+    return kept;
+}
+
+SectorId SectorStore::next(SectorId sector) {
+    failIf(sector >= sectorLimit_, STG_E_DOCFILECORRUPT);
+    return pageOf(sector).next[sector % pageEntries()];
+}
+
+void SectorStore::set(SectorId sector, SectorId next, State state) {
+    Page& owner = pageOf(sector);
+    owner.next[sector % pageEntries()] = next;
+    owner.states[sector % pageEntries()] = state;
+    owner.isDirty = true;
+    changed_ = true;
+}
+
+void SectorStore::link(SectorId sector, SectorId next) {
+    set(sector, next, pageOf(sector).states[sector % pageEntries()]);
+}
+
+SectorId SectorStore::allocate() {
+    failIf(failed_, STG_E_WRITEFAULT);
+    SectorId const found = mayReuse_ ? reuse() : freeSector;
+    SectorId const sector = found != freeSector ? found : append();
+    set(sector, endOfChain, State::fresh);
+    return sector;
+}
+
+SectorId SectorStore::reuse() {
+    if (!pageSectors_.empty()) page(pageSectors_.size() - 1);
+    while (!pagesToSearch_.empty()) {
+        std::size_t const index = *pagesToSearch_.begin();
+        Page const& candidate = pages_.at(index);
+        for (std::size_t i = 0; i < pageEntries(); ++i) {
+            std::uint64_t const sector = index * std::uint64_t{pageEntries()} + i;
+            if (sector >= appendAt_) break;
+            if (candidate.next[i] == freeSector && candidate.states[i] == State::settled) {
+                return static_cast<SectorId>(sector);
+            }
+        }
+        pagesToSearch_.erase(index);
+    }
+    return freeSector;
+}
+
+SectorId SectorStore::append() {
+    for (;; ++appendAt_) {
+        failIf(appendAt_ > lastSectorId, STG_E_MEDIUMFULL);
+        std::size_t const index = static_cast<std::size_t>(appendAt_ / pageEntries());
+        while (index >= pageSectors_.size()) {
+            Page added;
+            added.next.assign(pageEntries(), freeSector);
+            added.states.assign(pageEntries(), State::settled);
+            added.isDirty = true;
+            pages_[pageSectors_.size()] = std::move(added);
+            pageSectors_.push_back(freeSector);
+            locationsChanged_ = true;
+        }
+        auto const sector = static_cast<SectorId>(appendAt_);
+        Page const& owner = pageOf(sector);
+        std::size_t const place = sector % pageEntries();
+        if (owner.next[place] == freeSector && owner.states[place] == State::settled) {
+            ++appendAt_;
+            sectorLimit_ = std::max(sectorLimit_, appendAt_);
+            return sector;
+        }
+    }
+}
+
+void SectorStore::release(SectorId sector) {
+    bool const wasFresh = isFresh(sector);
+    set(sector, freeSector, wasFresh ? State::settled : State::released);
+    if (wasFresh) pagesToSearch_.insert(sector / pageEntries());
+}
+
+bool SectorStore::isFresh(SectorId sector) {
+    failIf(sector >= sectorLimit_, STG_E_DOCFILECORRUPT);
+    return pageOf(sector).states[sector % pageEntries()] == State::fresh;
+}
+
+void SectorStore::read(SectorId sector, std::size_t offset, MutableBytes target) {
+    failIf(sector >= sectorLimit_, STG_E_DOCFILECORRUPT);
+    file_.read(positionOf(sector) + offset, target);
+}
+
+void SectorStore::write(SectorId sector, std::size_t offset, Bytes source) {
+    file_.write(positionOf(sector) + offset, source);
+}
+
+void SectorStore::revert() {
+    header_ = readHeader(file_);
+    committed_ = header_;
+    load();
+}
+
+}  // namespace velk::platform::storage

@@ -1,0 +1,107 @@
+/// The sectors of a compound file, and changing them without harm.
+#pragma once
+
+#include <cstdint>
+#include <set>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/storage/compound/file_access.h"
+#include "platform/storage/compound/format.h"
+
+namespace velk::platform::storage {
+
+/// The sectors of one file with the table that links them.
+///
+/// What the last commit left is never written to: a change takes sectors that
+/// are free, and the header, written last and in one piece, makes it count.
+/// Until then the file holds the former state, whole. Tables are read when
+/// they are first needed, so that a change costs what it touches.
+///
+/// Every member fails with a StorageError. Not thread-safe.
+class SectorStore {
+  public:
+    /// Reads the header. The file must outlive this.
+    explicit SectorStore(FileAccess& file);
+
+    Header& header() noexcept { return header_; }
+    std::size_t sectorSize() const noexcept { return sectorSize_; }
+    /// How many sectors the file can have at most: no chain is longer.
+    std::uint64_t sectorLimit() const noexcept { return sectorLimit_; }
+
+    /// What follows a sector in its chain. STG_E_DOCFILECORRUPT for one that
+    /// the file does not have.
+    SectorId next(SectorId sector);
+    void link(SectorId sector, SectorId next);
+
+    /// A sector that may be written to, the end of a chain.
+    SectorId allocate();
+    /// Gives up a sector; used again after the next commit at the earliest,
+    /// unless it was never committed.
+    void release(SectorId sector);
+    /// Whether a sector was allocated since the last commit.
+    bool isFresh(SectorId sector);
+
+    void read(SectorId sector, std::size_t offset, MutableBytes target);
+    /// Writes to a fresh sector.
+    void write(SectorId sector, std::size_t offset, Bytes source);
+
+    /// Whether anything differs from the last commit.
+    bool isChanged() const noexcept { return changed_ || !(header_ == committed_); }
+
+    /// Makes all changes count, or fails and leaves the file as it was. After
+    /// a failure nothing can be committed any more. STG_E_NOTCURRENT when
+    /// somebody else has changed the file.
+    void commit();
+
+    /// Forgets all changes since the last commit.
+    void revert();
+
+  private:
+    enum class State : std::uint8_t { settled, fresh, released };
+    /// One sector of the table.
+    struct Page {
+        std::vector<SectorId> next;
+        std::vector<State> states;
+        bool isDirty = false;
+        bool isPlaced = false;
+    };
+
+    std::size_t pageEntries() const noexcept { return sectorSize_ / 4; }
+    std::uint64_t positionOf(SectorId sector) const noexcept {
+        return (std::uint64_t{sector} + 1) * sectorSize_;
+    }
+    void load();
+    void loadTableLocations();
+    Page& page(std::size_t index);
+    Page& pageOf(SectorId sector) { return page(sector / pageEntries()); }
+    SectorId reuse();
+    SectorId append();
+    void set(SectorId sector, SectorId next, State state);
+    void placeTables();
+    bool placeDirtyPages();
+    bool placeDifat();
+    std::size_t difatSectorsNeeded() const noexcept;
+    void writeTables();
+    void writeDifat();
+    void settle();
+
+    FileAccess& file_;
+    Header header_;
+    Header committed_;
+    std::size_t sectorSize_ = 0;
+    std::uint64_t sectorLimit_ = 0;
+    std::vector<SectorId> pageSectors_;
+    std::vector<SectorId> difatSectors_;
+    std::unordered_map<std::size_t, Page> pages_;
+    /// Loaded pages that may still have free sectors.
+    std::set<std::size_t> pagesToSearch_;
+    std::uint64_t appendAt_ = 0;
+    bool mayReuse_ = true;
+    bool changed_ = false;
+    bool locationsChanged_ = false;
+    bool difatPlaced_ = false;
+    bool failed_ = false;
+};
+
+}  // namespace velk::platform::storage
