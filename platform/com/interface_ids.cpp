@@ -5,6 +5,7 @@
 #include <oaidl.h>
 #include <objidl.h>
 #include <ocidl.h>
+#include <propidl.h>
 
 namespace {
 
@@ -21,6 +22,10 @@ constinit IID const IID_IStorage = publishedId(0x0000000B);
 constinit IID const IID_IStream = publishedId(0x0000000C);
 constinit IID const IID_IEnumSTATSTG = publishedId(0x0000000D);
 constinit IID const IID_IRecordInfo = publishedId(0x0000002F);
+constinit IID const IID_IPropertyStorage = publishedId(0x00000138);
+constinit IID const IID_IEnumSTATPROPSTG = publishedId(0x00000139);
+constinit IID const IID_IPropertySetStorage = publishedId(0x0000013A);
+constinit IID const IID_IEnumSTATPROPSETSTG = publishedId(0x0000013B);
 constinit IID const IID_IGlobalInterfaceTable = publishedId(0x00000146);
 constinit CLSID const CLSID_StdGlobalInterfaceTable = publishedId(0x00000323);
 constinit IID const IID_IDispatch = publishedId(0x00020400);

@@ -55,6 +55,20 @@ EXTERN_C WINBASEAPI BOOL WINAPI GetVolumeInformationW(LPCWSTR root, LPWSTR label
 /// DRIVE_NO_ROOT_DIR, DRIVE_FIXED or DRIVE_REMOTE.
 EXTERN_C WINBASEAPI UINT WINAPI GetDriveTypeW(LPCWSTR root);
 
+struct TIME_ZONE_INFORMATION;
+
+/// The time of this system in UTC, in steps of 100 ns since 1601.
+EXTERN_C WINBASEAPI void WINAPI GetSystemTimeAsFileTime(FILETIME* time);
+/// FALSE with ERROR_INVALID_PARAMETER for times beyond the year 30827, and for
+/// dates that there are not.
+EXTERN_C WINBASEAPI BOOL WINAPI FileTimeToSystemTime(FILETIME const* time, LPSYSTEMTIME split);
+EXTERN_C WINBASEAPI BOOL WINAPI SystemTimeToFileTime(SYSTEMTIME const* split, FILETIME* time);
+/// From UTC to local time. `zone` is null, for the zone of this process, as the
+/// C library knows it; FALSE with ERROR_NOT_SUPPORTED for any other.
+EXTERN_C WINBASEAPI BOOL WINAPI SystemTimeToTzSpecificLocalTime(TIME_ZONE_INFORMATION const* zone,
+                                                                SYSTEMTIME const* utc,
+                                                                LPSYSTEMTIME local);
+
 /// The entry point of a module, as the layer calls it: attach and detach of
 /// the process and of each ending thread.
 using DllEntryPoint = BOOL(WINAPI*)(HINSTANCE module, DWORD reason, LPVOID reserved);
