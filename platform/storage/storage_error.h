@@ -21,6 +21,11 @@ inline void failIf(bool condition, HRESULT code) {
     if (condition) fail(code);
 }
 
+/// Goes on only after success.
+inline void succeed(HRESULT code) {
+    failIf(FAILED(code), code);
+}
+
 /// Runs the body of a published function and translates what it throws.
 template <typename Body>
 HRESULT answer(Body body) noexcept {

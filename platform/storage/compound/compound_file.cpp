@@ -6,8 +6,8 @@
 
 namespace velk::platform::storage {
 
-CompoundFile::CompoundFile(std::unique_ptr<FileAccess> file, bool isWritable)
-    : file_(std::move(file)), isWritable_(isWritable), store_(*file_) {
+CompoundFile::CompoundFile(std::unique_ptr<FileAccess> file, bool isWritable, bool isDirect)
+    : file_(std::move(file)), isWritable_(isWritable), isDirect_(isDirect), store_(*file_) {
     openTables();
 }
 

@@ -25,14 +25,17 @@ struct OpenElement {
 /// StorageError. A caller holds lock() while it uses one.
 class CompoundFile {
   public:
-    /// Reads what is there. `isWritable` as the file was opened.
-    CompoundFile(std::unique_ptr<FileAccess> file, bool isWritable);
+    /// Reads what is there. `isWritable` as the file was opened; `isDirect`:
+    /// changes need not wait for a commit of the root.
+    CompoundFile(std::unique_ptr<FileAccess> file, bool isWritable, bool isDirect = true);
 
     /// Writes an empty compound file. `sectorSize` is 512 or 4096 bytes.
     static void create(FileAccess& file, std::size_t sectorSize);
 
     std::recursive_mutex& lock() noexcept { return lock_; }
     bool isWritable() const noexcept { return isWritable_; }
+    bool isDirect() const noexcept { return isDirect_; }
+    bool isOpen() const noexcept { return file_ != nullptr; }
     Directory& directory() { return *directory_; }
     std::size_t sectorSize() const noexcept { return store_.sectorSize(); }
 
@@ -66,6 +69,7 @@ class CompoundFile {
     std::recursive_mutex lock_;
     std::unique_ptr<FileAccess> file_;
     bool const isWritable_;
+    bool const isDirect_;
     SectorStore store_;
     std::optional<Directory> directory_;
     std::optional<MiniStore> small_;

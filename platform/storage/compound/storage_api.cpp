@@ -65,7 +65,7 @@ Storage createFile(OLECHAR const* name, DWORD mode, std::size_t sectorSize) {
         sharingOf(mode));
     if (isTemporary || (mode & STGM_DELETEONRELEASE) != 0) file->removeOnClose();
     CompoundFile::create(*file, sectorSize);
-    auto opened = std::make_shared<CompoundFile>(std::move(file), true);
+    auto opened = std::make_shared<CompoundFile>(std::move(file), true, !isTransacted(mode));
     Storage made;
     *made.target() =
         static_cast<IStorage*>(new StorageObject(std::move(opened), mode, toUtf16(path)));
@@ -76,7 +76,8 @@ Storage openFile(OLECHAR const* name, DWORD mode) {
     std::string const path = fileOf(name);
     checkFileMode(mode, false);
     auto file = std::make_unique<DiskFile>(path, DiskFile::Disposition::open, sharingOf(mode));
-    auto opened = std::make_shared<CompoundFile>(std::move(file), mayWrite(mode));
+    auto opened =
+        std::make_shared<CompoundFile>(std::move(file), mayWrite(mode), !isTransacted(mode));
     Storage made;
     *made.target() = static_cast<IStorage*>(new StorageObject(std::move(opened), mode, name));
     return made;

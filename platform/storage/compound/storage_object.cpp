@@ -24,6 +24,23 @@ void clearTarget(Interface** target) {
     *target = nullptr;
 }
 
+/// Commits the file when a property set in it is committed.
+class FileCommit final : public DirectCommit {
+  public:
+    explicit FileCommit(std::shared_ptr<CompoundFile> file) : file_(std::move(file)) {}
+
+    HRESULT commit() noexcept override {
+        return answer([&] {
+            std::lock_guard const turn(file_->lock());
+            failIf(!file_->isOpen(), STG_E_REVERTED);
+            file_->commit();
+        });
+    }
+
+  private:
+    std::shared_ptr<CompoundFile> file_;
+};
+
 }  // namespace
 
 StorageObject::StorageObject(std::shared_ptr<CompoundFile> file, DWORD mode, std::u16string path)
@@ -45,6 +62,22 @@ StorageObject::~StorageObject() {
     }));
     std::lock_guard const turn(file_->lock());
     file_->close();
+}
+
+HRESULT StorageObject::QueryInterface(REFIID riid, void** object) noexcept {
+    if (object == nullptr || riid != IID_IPropertySetStorage) {
+        return SharedObject::QueryInterface(riid, object);
+    }
+    *object = nullptr;
+    return answer([&] {
+        std::lock_guard const turn(file_->lock());
+        if (!propertySets_) {
+            auto commit = file_->isDirect() ? std::make_shared<FileCommit>(file_) : nullptr;
+            propertySets_ = std::make_unique<PropertySetView>(*this, std::move(commit));
+        }
+        *object = static_cast<IPropertySetStorage*>(propertySets_.get());
+        AddRef();
+    });
 }
 
 EntryId StorageObject::element(OLECHAR const* name) {

@@ -5,6 +5,7 @@
 
 #include "platform/storage/compound/compound_file.h"
 #include "platform/storage/compound/open_mode.h"
+#include "platform/storage/properties/property_sets.h"
 #include "platform/storage/shared_object.h"
 #include "platform/storage/storage_error.h"
 
@@ -19,6 +20,9 @@ class StorageObject final : public SharedObject<IStorage, IID_IStorage> {
     StorageObject(std::shared_ptr<CompoundFile> file, DWORD mode, std::u16string path);
     /// A storage in `file`.
     StorageObject(std::shared_ptr<CompoundFile> file, std::shared_ptr<OpenElement> element);
+
+    /// Answers IPropertySetStorage too.
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) noexcept override;
 
     HRESULT STDMETHODCALLTYPE CreateStream(OLECHAR const* name, DWORD mode, DWORD reserved1,
                                            DWORD reserved2, IStream** stream) noexcept override;
@@ -80,6 +84,8 @@ class StorageObject final : public SharedObject<IStorage, IID_IStorage> {
     std::shared_ptr<CompoundFile> file_;
     std::shared_ptr<OpenElement> element_;
     std::u16string path_;
+    /// Made when it is asked for first.
+    std::unique_ptr<PropertySetView> propertySets_;
 };
 
 }  // namespace velk::platform::storage

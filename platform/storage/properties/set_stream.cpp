@@ -1,0 +1,107 @@
+#include "platform/storage/properties/set_stream.h"
+
+#include <algorithm>
+
+namespace velk::platform::storage {
+namespace {
+
+constexpr USHORT byteOrderMark = 0xfffe;
+// From version 1 on names may count case.
+constexpr USHORT lastVersion = 1;
+constexpr ULONG mostSections = 2;
+// Mark, version, system, class id and number of sections.
+constexpr std::size_t headerSize = 28;
+constexpr std::size_t listEntrySize = sizeof(FMTID) + sizeof(ULONG);
+
+bool isWellKnown(REFFMTID id) {
+    return id == FMTID_SummaryInformation || id == FMTID_DocSummaryInformation ||
+           id == FMTID_UserDefinedProperties;
+}
+
+}  // namespace
+
+SetStream::SetStream(std::vector<std::byte> bytes) {
+    auto const image = std::make_shared<std::vector<std::byte> const>(std::move(bytes));
+    failIf(image->size() < headerSize, STG_E_INVALIDHEADER);
+    ByteReader from(*image);
+    failIf(from.read<USHORT>() != byteOrderMark, STG_E_INVALIDHEADER);
+    version_ = from.read<USHORT>();
+    failIf(version_ > lastVersion, STG_E_INVALIDHEADER);
+    system_ = from.read<DWORD>();
+    classId_ = from.read<CLSID>();
+    auto const count = from.read<ULONG>();
+    failIf(count > mostSections || count * listEntrySize > from.left(), STG_E_INVALIDHEADER);
+    struct Listed {
+        FMTID id;
+        std::size_t begin;
+    };
+    std::vector<Listed> list;
+    for (ULONG i = 0; i < count; ++i) {
+        auto const id = from.read<FMTID>();
+        list.push_back({id, std::min<std::size_t>(from.read<ULONG>(), image->size())});
+    }
+    std::size_t lastEnd = 0;
+    for (Listed const& listed : list) {
+        std::size_t end = image->size();
+        for (Listed const& other : list) {
+            if (other.begin > listed.begin) end = std::min(end, other.begin);
+        }
+        sections_.emplace_back(listed.id, image, listed.begin, end);
+        lastEnd = std::max(lastEnd, listed.begin + sections_.back().sizeAsRead());
+    }
+    if (lastEnd < image->size()) sizeToKeep_ = image->size();
+}
+
+std::size_t SetStream::place(REFFMTID formatId) const {
+    auto const isOfSet = [&](Section const& section) { return section.formatId() == formatId; };
+    auto const found = std::ranges::find_if(sections_, isOfSet);
+    if (found != sections_.end()) return static_cast<std::size_t>(found - sections_.begin());
+    // Some programs write ids that nobody knows.
+    std::size_t const usual = formatId == FMTID_UserDefinedProperties ? 1 : 0;
+    bool const isThere = usual < sections_.size() && !isWellKnown(sections_[usual].formatId());
+    return isThere ? usual : sections_.size();
+}
+
+Section* SetStream::find(REFFMTID formatId) {
+    std::size_t const at = place(formatId);
+    return at < sections_.size() && sections_[at].isReadable() ? &sections_[at] : nullptr;
+}
+
+Section& SetStream::put(Section section) {
+    std::size_t const at = place(section.formatId());
+    if (at == sections_.size()) {
+        sections_.push_back(std::move(section));
+    } else {
+        sections_[at] = std::move(section);
+    }
+    return sections_[at];
+}
+
+void SetStream::remove(REFFMTID formatId) {
+    std::size_t const at = place(formatId);
+    if (at < sections_.size()) sections_.erase(sections_.begin() + static_cast<ptrdiff_t>(at));
+}
+
+std::vector<std::byte> SetStream::write() const {
+    bool const countsCase = std::ranges::any_of(sections_, &Section::countsCase);
+    ByteWriter to;
+    to.write(byteOrderMark);
+    to.write(countsCase ? lastVersion : version_);
+    to.write(system_);
+    to.write(classId_);
+    to.write(static_cast<ULONG>(sections_.size()));
+    std::size_t const list = to.size();
+    for (Section const& section : sections_) {
+        to.write(section.formatId());
+        to.write(ULONG{0});
+    }
+    for (std::size_t i = 0; i < sections_.size(); ++i) {
+        to.overwrite(list + i * listEntrySize + sizeof(FMTID), static_cast<ULONG>(to.size()));
+        sections_[i].write(to);
+    }
+    auto bytes = to.take();
+    if (bytes.size() < sizeToKeep_) bytes.resize(sizeToKeep_);
+    return bytes;
+}
+
+}  // namespace velk::platform::storage

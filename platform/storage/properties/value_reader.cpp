@@ -1,0 +1,241 @@
+#include "platform/storage/properties/value_reader.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+
+#include <oleauto.h>
+
+#include "platform/storage/properties/array_values.h"
+#include "platform/storage/properties/value_type.h"
+#include "platform/system/utf16.h"
+
+namespace velk::platform::storage {
+namespace {
+
+std::u16string unitsOf(Bytes bytes) {
+    std::u16string text(bytes.size() / sizeof(char16_t), u'\0');
+    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(char16_t));
+    return text;
+}
+
+/// Reads one value or vector. What it fails at may be read in another way.
+class Reading final : public ArrayElements {
+  public:
+    Reading(Bytes bytes, CodePage const& page, bool textsArePadded)
+        : from_(bytes), page_(page), textsArePadded_(textsArePadded) {}
+
+    std::size_t position() const { return from_.position(); }
+
+    /// Reads a text with its number. The caller frees it.
+    BSTR bstr() override {
+        std::size_t const start = from_.position();
+        auto text = page_.toText(textOf(sizedBytes()));
+        text.resize(text.find_last_not_of(u'\0') + 1);
+        BSTR const made = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+        if (made == nullptr) throw std::bad_alloc();
+        padText(start);
+        return made;
+    }
+
+    /// Reads a type and its value.
+    void typedValue(PROPVARIANT& value) override {
+        std::size_t const start = from_.position();
+        auto const type = from_.read<VARTYPE>();
+        from_.take(sizeof(WORD));
+        failIf(!isValueType(type), HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
+        if (isVector(type)) {
+            vector(type, value);
+        } else {
+            alone(type, value);
+        }
+        Form const form = valueType(type).form;
+        // Texts in a vector of values follow each other as texts in a vector do.
+        bool const isText = form == Form::byteText || form == Form::bstr || form == Form::wideText;
+        if (!isText) from_.skipPadding(start);
+    }
+
+  private:
+    void alone(VARTYPE type, PROPVARIANT& value) {
+        ValueType const known = valueType(type);
+        switch (known.form) {
+            case Form::fixed: {
+                auto const bytes = from_.take(known.size);
+                std::ranges::copy(bytes, fixedBytes(value, known).begin());
+                break;
+            }
+            case Form::classId: {
+                auto made = taskArray<CLSID>(1);
+                made[0] = from_.read<CLSID>();
+                value.puuid = made.release();
+                break;
+            }
+            case Form::clipboard: {
+                auto made = taskArray<CLIPDATA>(1);
+                element(known.form, made.get());
+                value.pclipdata = made.release();
+                break;
+            }
+            case Form::array:
+                value.parray = readArray(type, from_, *this);
+                break;
+            default:
+                element(known.form, &value.pszVal);
+        }
+        value.vt = type;
+    }
+
+    void vector(VARTYPE type, PROPVARIANT& value) {
+        ValueType const known = valueType(elementType(type));
+        std::size_t const size = known.elementSize;
+        auto const count = from_.read<ULONG>();
+        // An element is at least a byte, and at least a size where it has one.
+        std::size_t const least = known.form == Form::fixed ? known.size : sizeof(ULONG);
+        failIf(count > from_.left() / least, malformedSet);
+        value.cac = {count, taskArray<CHAR>(count * size).release()};
+        value.vt = type;
+        ++depth_;
+        failIf(depth_ > deepestValue, malformedSet);
+        if (known.form == Form::fixed) {
+            std::ranges::copy(from_.take(count * size),
+                              reinterpret_cast<std::byte*>(value.cac.pElems));
+        } else {
+            for (ULONG i = 0; i < count; ++i) element(known.form, value.cac.pElems + i * size);
+        }
+        --depth_;
+    }
+
+    /// What an element of a vector holds, and a value alone as well.
+    void element(Form form, void* place) {
+        std::size_t const start = from_.position();
+        switch (form) {
+            case Form::byteText: {
+                auto const text = narrowText(sizedBytes(), page_);
+                *static_cast<char**>(place) = taskText(std::string_view(text)).release();
+                return padText(start);
+            }
+            case Form::bstr:
+                *static_cast<BSTR*>(place) = bstr();
+                return;
+            case Form::wideText: {
+                auto const text = unitsOf(countedUnits());
+                std::u16string_view const toZero =
+                    std::u16string_view(text).substr(0, std::min(text.find(u'\0'), text.size()));
+                *static_cast<char16_t**>(place) = taskText(toZero).release();
+                return padText(start);
+            }
+            case Form::blob: {
+                auto const bytes = from_.take(from_.read<ULONG>());
+                *static_cast<BLOB*>(place) = {static_cast<ULONG>(bytes.size()),
+                                              taskBytes(bytes).release()};
+                return from_.skipPadding(start);
+            }
+            case Form::clipboard:
+                clipboard(*static_cast<CLIPDATA*>(place));
+                return from_.skipPadding(start);
+            case Form::classId:
+                *static_cast<CLSID*>(place) = from_.read<CLSID>();
+                return;
+            case Form::variant:
+                return typedValue(*static_cast<PROPVARIANT*>(place));
+            default:
+                fail(HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
+        }
+    }
+
+    void clipboard(CLIPDATA& data) {
+        auto const size = from_.read<ULONG>();
+        failIf(size < sizeof data.ulClipFmt, malformedSet);
+        data.ulClipFmt = from_.read<LONG>();
+        data.pClipData = taskBytes(from_.take(size - sizeof data.ulClipFmt)).release();
+        data.cbSize = size;
+    }
+
+    /// The bytes of a text behind their number. In a value alone the number may
+    /// lead beyond the end; in a vector the text must end in its zero, which
+    /// tells a text that was read at the wrong place.
+    Bytes sizedBytes() {
+        return endingInZero(from_.read<ULONG>(), page_.isUtf16() ? sizeof(char16_t) : 1);
+    }
+    Bytes countedUnits() {
+        return endingInZero(std::size_t{from_.read<ULONG>()} * sizeof(char16_t), sizeof(char16_t));
+    }
+    Bytes endingInZero(std::size_t size, std::size_t unit) {
+        if (depth_ == 0) return from_.take(std::min(size, from_.left()));
+        Bytes const text = from_.take(size);
+        bool const isEnded =
+            size == 0 || (size >= unit && std::ranges::all_of(text.last(unit), [](std::byte b) {
+                              return b == std::byte{};
+                          }));
+        failIf(!isEnded, malformedSet);
+        return text;
+    }
+
+    void padText(std::size_t start) {
+        if (depth_ == 0 || textsArePadded_) from_.skipPadding(start);
+    }
+
+    ByteReader from_;
+    CodePage const& page_;
+    bool const textsArePadded_;
+    std::size_t depth_ = 0;
+};
+
+struct ReadValue {
+    HeldValue value;
+    std::size_t size = 0;
+};
+
+ReadValue read(Bytes bytes, CodePage const& page, bool textsArePadded) {
+    ReadValue made;
+    Reading reading(bytes, page, textsArePadded);
+    reading.typedValue(made.value.get());
+    made.size = reading.position();
+    return made;
+}
+
+/// Nothing where the bytes are no such value.
+std::optional<ReadValue> tryRead(Bytes bytes, CodePage const& page, bool textsArePadded) {
+    try {
+        return read(bytes, page, textsArePadded);
+    } catch (StorageError const&) {
+        return {};
+    }
+}
+
+bool beginsVector(Bytes bytes) {
+    return bytes.size() >= sizeof(VARTYPE) && isVector(ByteReader(bytes).read<VARTYPE>());
+}
+
+ReadValue readEitherWay(Bytes bytes, std::size_t own, CodePage const& page) {
+    if (!beginsVector(bytes)) return read(bytes, page, true);
+    // Padded texts read as unpadded ones do not fit, and the other way round,
+    // unless there is no difference.
+    Bytes const ownBytes = bytes.first(std::min(own, bytes.size()));
+    if (auto made = tryRead(ownBytes, page, true)) return std::move(*made);
+    if (auto made = tryRead(ownBytes, page, false)) return std::move(*made);
+    return read(bytes, page, true);
+}
+
+}  // namespace
+
+HeldValue readValue(Bytes bytes, std::size_t own, CodePage const& page) {
+    return readEitherWay(bytes, own, page).value;
+}
+
+std::size_t valueSize(Bytes bytes, std::size_t own, CodePage const& page) {
+    return readEitherWay(bytes, own, page).size;
+}
+
+std::string narrowText(Bytes bytes, CodePage const& page) {
+    if (page.isUtf16()) {
+        auto const text = unitsOf(bytes);
+        return toBytes(
+            std::u16string_view(text).substr(0, std::min(text.find(u'\0'), text.size())));
+    }
+    auto const text = textOf(bytes);
+    auto const toZero = text.substr(0, std::min(text.find('\0'), text.size()));
+    return page.isUtf8() ? std::string(toZero) : toBytes(page.toText(toZero));
+}
+
+}  // namespace velk::platform::storage
