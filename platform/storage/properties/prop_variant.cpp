@@ -193,14 +193,11 @@ void copyAlone(PROPVARIANT& target, PROPVARIANT const& source) {
 HRESULT PropVariantClear(PROPVARIANT* value) {
     using namespace velk::platform::storage;
     if (value == nullptr) return S_OK;
-    if (!isValueType(value->vt)) return STG_E_INVALIDPARAMETER;
-    if (isVector(value->vt)) {
-        clearVector(*value);
-    } else {
-        clearAlone(*value);
-    }
+    bool const isKnown = isValueType(value->vt);
+    if (isKnown && isVector(value->vt)) clearVector(*value);
+    if (isKnown && !isVector(value->vt)) clearAlone(*value);
     *value = {};
-    return S_OK;
+    return isKnown ? S_OK : STG_E_INVALIDPARAMETER;
 }
 
 HRESULT PropVariantCopy(PROPVARIANT* target, PROPVARIANT const* source) {
