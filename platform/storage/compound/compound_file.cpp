@@ -17,6 +17,16 @@ void CompoundFile::openTables() {
     small_.emplace(store_, root.firstSector, root.size);
 }
 
+Directory& CompoundFile::directory() {
+    failIf(!directory_, STG_E_REVERTED);
+    return *directory_;
+}
+
+MiniStore& CompoundFile::small() {
+    failIf(!small_, STG_E_REVERTED);
+    return *small_;
+}
+
 void CompoundFile::create(FileAccess& file, std::size_t sectorSize) {
     // The header, one sector of the table and one of the directory.
     std::vector<std::byte> bytes(3 * sectorSize);
@@ -44,16 +54,16 @@ void CompoundFile::create(FileAccess& file, std::size_t sectorSize) {
 StreamContent& CompoundFile::content(EntryId stream) {
     auto const known = contents_.find(stream);
     if (known != contents_.end()) return known->second;
-    Entry const& entry = directory_->at(stream);
-    return contents_.try_emplace(stream, store_, *small_, entry.firstSector, entry.size)
+    Entry const& entry = directory().at(stream);
+    return contents_.try_emplace(stream, store_, small(), entry.firstSector, entry.size)
         .first->second;
 }
 
 void CompoundFile::keepPlace(EntryId stream) {
     StreamContent const& place = content(stream);
-    Entry const& entry = directory_->at(stream);
+    Entry const& entry = directory().at(stream);
     if (entry.firstSector == place.first() && entry.size == place.size()) return;
-    Entry& changed = directory_->change(stream);
+    Entry& changed = directory().change(stream);
     changed.firstSector = place.first();
     changed.size = place.size();
 }
@@ -82,15 +92,15 @@ void CompoundFile::resizeStream(EntryId stream, std::uint64_t size) {
 }
 
 void CompoundFile::destroy(EntryId storage, EntryId element) {
-    if (directory_->at(element).isStorage()) {
+    if (directory().at(element).isStorage()) {
         // A copy, since the list changes.
-        Directory::Children const inside = directory_->children(element);
+        Directory::Children const inside = directory().children(element);
         for (auto const& [name, entry] : inside) destroy(element, entry);
     } else {
         resizeStream(element, 0);
         contents_.erase(element);
     }
-    directory_->remove(storage, element);
+    directory().remove(storage, element);
     for (auto const& each : open_) {
         auto const opened = each.lock();
         if (opened && opened->entry == element) opened->isReverted = true;
@@ -110,20 +120,22 @@ std::shared_ptr<OpenElement> CompoundFile::open(EntryId element, DWORD mode) {
 
 void CompoundFile::commit() {
     if (!isWritable_) return;
-    Entry const& root = directory_->at(rootEntry);
-    if (root.firstSector != small_->container() || root.size != small_->containerSize()) {
-        Entry& changed = directory_->change(rootEntry);
-        changed.firstSector = small_->container();
-        changed.size = small_->containerSize();
+    Entry const& root = directory().at(rootEntry);
+    if (root.firstSector != small().container() || root.size != small().containerSize()) {
+        Entry& changed = directory().change(rootEntry);
+        changed.firstSector = small().container();
+        changed.size = small().containerSize();
     }
-    directory_->flush();
-    small_->flush();
+    directory().flush();
+    small().flush();
     store_.commit();
 }
 
 void CompoundFile::revert() {
     revertElements();
     contents_.clear();
+    small_.reset();
+    directory_.reset();
     store_.revert();
     openTables();
 }

@@ -36,7 +36,8 @@ class CompoundFile {
     bool isWritable() const noexcept { return isWritable_; }
     bool isDirect() const noexcept { return isDirect_; }
     bool isOpen() const noexcept { return file_ != nullptr; }
-    Directory& directory() { return *directory_; }
+    /// STG_E_REVERTED after a revert() that failed.
+    Directory& directory();
     std::size_t sectorSize() const noexcept { return store_.sectorSize(); }
 
     std::uint64_t streamSize(EntryId stream) { return content(stream).size(); }
@@ -61,6 +62,7 @@ class CompoundFile {
     void close();
 
   private:
+    MiniStore& small();
     StreamContent& content(EntryId stream);
     void keepPlace(EntryId stream);
     void openTables();
