@@ -33,8 +33,14 @@ Directory::Children const& Directory::children(EntryId storage) {
     auto const known = children_.find(storage);
     if (known != children_.end()) return known->second;
     Children found;
-    collect(storage, found);
-    return children_[storage] = std::move(found);
+    try {
+        collect(storage, found);
+        return children_[storage] = std::move(found);
+    } catch (...) {
+        // The next one who asks shall find them.
+        std::erase_if(owners_, [&](auto const& each) { return each.second == storage; });
+        throw;
+    }
 }
 
 void Directory::collect(EntryId storage, Children& into) {
