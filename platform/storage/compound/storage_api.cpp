@@ -26,6 +26,7 @@ std::string fileOf(OLECHAR const* name) {
     failIf(name == nullptr || *name == 0, STG_E_INVALIDNAME);
     std::array<char, 4096> file;
     DWORD const length = VelkFileOfPath(name, file.data(), file.size());
+    failIf(length == 0 && GetLastError() == ERROR_NOT_ENOUGH_MEMORY, STG_E_INSUFFICIENTMEMORY);
     failIf(length == 0 || length > file.size(), STG_E_PATHNOTFOUND);
     return {file.data(), length};
 }
