@@ -86,9 +86,14 @@ void StreamContent::resizeSmall(SmallSectors& sectors, std::uint64_t size) {
     }
     while (sectors.size() < needed) {
         SectorId const added = small_.allocate();
-        sectors.push_back(added);
-        if (sectors.size() > 1) small_.link(sectors[sectors.size() - 2], added);
-        small_.write(added, 0, zeros);
+        try {
+            small_.write(added, 0, zeros);
+            if (!sectors.empty()) small_.link(sectors.back(), added);
+            sectors.push_back(added);
+        } catch (...) {
+            small_.release(added);
+            throw;
+        }
     }
     if (sectors.size() == needed) return;
     for (std::size_t i = needed; i < sectors.size(); ++i) small_.release(sectors[i]);
