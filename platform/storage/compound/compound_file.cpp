@@ -82,13 +82,27 @@ void CompoundFile::writeStream(EntryId stream, std::uint64_t offset, Bytes sourc
     StreamContent& target = content(stream);
     failIf(offset + source.size() < offset, STG_E_MEDIUMFULL);
     if (offset + source.size() > target.size()) resizeStream(stream, offset + source.size());
-    target.write(offset, source);
-    keepPlace(stream);
+    changeContent(stream, [&] { target.write(offset, source); });
 }
 
 void CompoundFile::resizeStream(EntryId stream, std::uint64_t size) {
-    content(stream).resize(size);
-    keepPlace(stream);
+    StreamContent& target = content(stream);
+    changeContent(stream, [&] { target.resize(size); });
+}
+
+/// A stream may have moved even where its change failed half-way, for want of
+/// room say.
+template <typename Body>
+void CompoundFile::changeContent(EntryId stream, Body body) {
+    change([&] {
+        try {
+            body();
+        } catch (...) {
+            keepPlace(stream);
+            throw;
+        }
+        keepPlace(stream);
+    });
 }
 
 void CompoundFile::destroy(EntryId storage, EntryId element) {
@@ -120,15 +134,18 @@ std::shared_ptr<OpenElement> CompoundFile::open(EntryId element, DWORD mode) {
 
 void CompoundFile::commit() {
     if (!isWritable_) return;
-    Entry const& root = directory().at(rootEntry);
-    if (root.firstSector != small().container() || root.size != small().containerSize()) {
-        Entry& changed = directory().change(rootEntry);
-        changed.firstSector = small().container();
-        changed.size = small().containerSize();
-    }
-    directory().flush();
-    small().flush();
-    store_.commit();
+    failIf(torn_ != S_OK, torn_);
+    change([&] {
+        Entry const& root = directory().at(rootEntry);
+        if (root.firstSector != small().container() || root.size != small().containerSize()) {
+            Entry& changed = directory().change(rootEntry);
+            changed.firstSector = small().container();
+            changed.size = small().containerSize();
+        }
+        directory().flush();
+        small().flush();
+        store_.commit();
+    });
 }
 
 void CompoundFile::revert() {
@@ -138,6 +155,7 @@ void CompoundFile::revert() {
     directory_.reset();
     store_.revert();
     openTables();
+    torn_ = S_OK;
 }
 
 void CompoundFile::close() {

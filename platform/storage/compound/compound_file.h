@@ -9,6 +9,7 @@
 
 #include "platform/storage/compound/directory.h"
 #include "platform/storage/compound/stream_content.h"
+#include "platform/storage/storage_error.h"
 
 namespace velk::platform::storage {
 
@@ -55,6 +56,22 @@ class CompoundFile {
     /// has it open already.
     std::shared_ptr<OpenElement> open(EntryId element, DWORD mode);
 
+    /// Runs a change. When memory or a read fails it half-way, what is known
+    /// of the file no longer fits together: nothing can be committed, with the
+    /// failure's own code, before revert().
+    template <typename Body>
+    void change(Body body) {
+        try {
+            body();
+        } catch (StorageError const& error) {
+            if (error.code == STG_E_READFAULT) torn_ = error.code;
+            throw;
+        } catch (...) {
+            torn_ = STG_E_INSUFFICIENTMEMORY;
+            throw;
+        }
+    }
+
     void commit();
     /// Back to the last commit. What clients have open is reverted.
     void revert();
@@ -65,6 +82,8 @@ class CompoundFile {
     MiniStore& small();
     StreamContent& content(EntryId stream);
     void keepPlace(EntryId stream);
+    template <typename Body>
+    void changeContent(EntryId stream, Body body);
     void openTables();
     void revertElements();
 
@@ -75,6 +94,8 @@ class CompoundFile {
     SectorStore store_;
     std::optional<Directory> directory_;
     std::optional<MiniStore> small_;
+    /// What a change failed with that left a half of itself behind.
+    HRESULT torn_ = S_OK;
     std::unordered_map<EntryId, StreamContent> contents_;
     std::vector<std::weak_ptr<OpenElement>> open_;
 };

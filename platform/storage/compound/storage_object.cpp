@@ -114,8 +114,10 @@ HRESULT StorageObject::CreateStream(OLECHAR const* name, DWORD mode, DWORD reser
     return use([&] {
         clearTarget(stream);
         failIf(reserved1 != 0 || reserved2 != 0, STG_E_INVALIDPARAMETER);
-        EntryId const made = create(name, mode, EntryType::stream);
-        *stream = new StreamObject(file_, file_->open(made, mode));
+        file_->change([&] {
+            EntryId const made = create(name, mode, EntryType::stream);
+            *stream = new StreamObject(file_, file_->open(made, mode));
+        });
     });
 }
 
@@ -135,8 +137,10 @@ HRESULT StorageObject::CreateStorage(OLECHAR const* name, DWORD mode, DWORD rese
     return use([&] {
         clearTarget(storage);
         failIf(reserved1 != 0 || reserved2 != 0, STG_E_INVALIDPARAMETER);
-        EntryId const made = create(name, mode, EntryType::storage);
-        *storage = new StorageObject(file_, file_->open(made, mode));
+        file_->change([&] {
+            EntryId const made = create(name, mode, EntryType::storage);
+            *storage = new StorageObject(file_, file_->open(made, mode));
+        });
     });
 }
 

@@ -71,7 +71,7 @@ class StorageObject final : public SharedObject<IStorage, IID_IStorage> {
     HRESULT change(Body body) noexcept {
         return use([&] {
             failIf(!mayWrite(element_->mode), STG_E_ACCESSDENIED);
-            body();
+            file_->change(body);
         });
     }
 
