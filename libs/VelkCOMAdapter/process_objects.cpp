@@ -5,6 +5,8 @@
 
 #include "process_objects.h"
 
+#include "VelkCOMFileProperties/file_properties.h"
+#include "VelkCOMFileProperties/property_dictionary.h"
 #include "VelkCOMProxy.h"
 #include "VelkQXTProxy/com_adapter.h"
 #include "VelkQXTProxy/exception_info.h"
@@ -74,6 +76,8 @@ namespace {
 
 proxyAutoRegisterT<vbsComVariantWrapperC> variantWrapperClass;
 VelkCOMAdapter hostClassModule;
+proxyAutoRegisterT<prxFilePropDictionaryObjC> propertyDictionaryClass;
+proxyAutoRegisterT<prxFilePropertiesC> filePropertiesClass;
 GlobalCleanupHook globalCleanupHook;
 // Last, so that the entry point hears of the end before anything goes.
 ModuleAttachment moduleAttachment;

@@ -24,8 +24,9 @@ PARAMETERS = RESULTS | {"chars": "char const*"}
 BY_VALUE = {"int", "bool", "double", "chars"}
 OUT_TYPES = {"int", "bool", "double", "text", "value"}
 KINDS = {"get": "mzCallPropertyGet", "put": "mzCallPropertyPut", "method": "mzCallMethod"}
-# Names of members that cannot be names of functions.
-RESERVED = {"delete", "new", "union", "register", "operator", "default", "class", "namespace"}
+# Names that C++ or the headers of Windows have taken.
+RESERVED = {"delete", "new", "union", "register", "operator", "default", "class", "namespace",
+            "near", "far"}
 WARNING = "// Written by generate.py from clients.list: change those.\n"
 
 CLASS = re.compile(r'class (\w+)(?: : (\w+))?(?: "([^"]+)")?')

@@ -1,0 +1,82 @@
+#include "com/stored_properties.h"
+
+#include <cstdio>
+
+namespace velk::com {
+namespace {
+
+using Text = std::basic_string<OLECHAR>;
+
+Text wide(char const* ascii) {
+    return Text(ascii, ascii + std::char_traits<char>::length(ascii));
+}
+
+Text textOrEmpty(OLECHAR const* text) {
+    return text != nullptr ? Text(text) : Text();
+}
+
+}  // namespace
+
+Text localTimeText(FILETIME const& time) {
+    SYSTEMTIME utc{};
+    if (!FileTimeToSystemTime(&time, &utc)) return {};
+    SYSTEMTIME local{};
+    if (!SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local)) local = utc;
+    char text[64];
+    std::snprintf(text, sizeof text, "%02u.%02u.%u %02u:%02u:%02u.%03u", unsigned{local.wDay},
+                  unsigned{local.wMonth}, unsigned{local.wYear}, unsigned{local.wHour},
+                  unsigned{local.wMinute}, unsigned{local.wSecond}, unsigned{local.wMilliseconds});
+    return wide(text);
+}
+
+ScriptValue readScriptValue(PROPVARIANT const& value) {
+    switch (value.vt) {
+        case VT_I2:
+            return std::int32_t{static_cast<std::uint16_t>(value.iVal)};
+        case VT_I4:
+            return static_cast<std::int32_t>(value.lVal);
+        case VT_R4:
+            return double{value.fltVal};
+        case VT_R8:
+            return value.dblVal;
+        case VT_BSTR:
+            return Text(viewBstr(value.bstrVal));
+        case VT_BOOL:
+            return value.boolVal == VARIANT_TRUE;
+        case VT_LPSTR:
+            return ByteText{value.pszVal != nullptr ? value.pszVal : ""};
+        case VT_LPWSTR:
+            return textOrEmpty(value.pwszVal);
+        case VT_FILETIME:
+            return localTimeText(value.filetime);
+        default:
+            return {};
+    }
+}
+
+Text StoredProperty::key() const {
+    return name ? *name : wide(std::to_string(id).c_str());
+}
+
+HRESULT readNextProperty(IEnumSTATPROPSTG& from, IPropertyStorage& set, StoredProperty& out) {
+    for (;;) {
+        STATPROPSTG entry{};
+        ULONG fetched = 0;
+        HRESULT const code = from.Next(1, &entry, &fetched);
+        if (code != S_OK) return code;
+        TaskMemory const name(entry.lpwstrName);
+        PROPSPEC specifier{};
+        specifier.ulKind = PRSPEC_PROPID;
+        specifier.propid = entry.propid;
+        PropVariant value;
+        if (FAILED(set.ReadMultiple(1, &specifier, value.address()))) continue;
+        out.id = entry.propid;
+        out.name.reset();
+        if (name.get() != nullptr) out.name.emplace(taskText(name));
+        out.type = entry.vt;
+        out.value = std::move(value);
+        return S_OK;
+    }
+}
+
+}  // namespace velk::com
