@@ -68,6 +68,26 @@ std::optional<char32_t> decodeSequence(std::string_view bytes, std::size_t lengt
     return point;
 }
 
+// Takes a sequence from the beginning; nothing, and nothing taken, for bytes
+// that are none.
+std::optional<char32_t> takeSequence(std::string_view& bytes) noexcept {
+    std::size_t const length = sequenceLength(static_cast<unsigned char>(bytes[0]));
+    if (length == 0 || length > bytes.size()) return std::nullopt;
+    auto const point = decodeSequence(bytes, length);
+    if (point) bytes.remove_prefix(length);
+    return point;
+}
+
+void appendUtf16(std::basic_string<OLECHAR>& out, char32_t point) {
+    if (point < firstSupplementary) {
+        out.push_back(static_cast<OLECHAR>(point));
+        return;
+    }
+    char32_t const offset = point - firstSupplementary;
+    out.push_back(static_cast<OLECHAR>(firstHighSurrogate + (offset >> 10)));
+    out.push_back(static_cast<OLECHAR>(firstLowSurrogate + (offset & 0x3FF)));
+}
+
 OLECHAR lowered(OLECHAR unit) noexcept {
     return unit >= 'A' && unit <= 'Z' ? static_cast<OLECHAR>(unit + ('a' - 'A')) : unit;
 }
@@ -98,18 +118,20 @@ std::optional<std::basic_string<OLECHAR>> fromUtf8(std::string_view bytes) {
     std::basic_string<OLECHAR> out;
     out.reserve(bytes.size());
     while (!bytes.empty()) {
-        std::size_t const length = sequenceLength(static_cast<unsigned char>(bytes[0]));
-        if (length == 0 || length > bytes.size()) return std::nullopt;
-        auto const point = decodeSequence(bytes, length);
+        auto const point = takeSequence(bytes);
         if (!point) return std::nullopt;
-        if (*point < firstSupplementary) {
-            out.push_back(static_cast<OLECHAR>(*point));
-        } else {
-            char32_t const offset = *point - firstSupplementary;
-            out.push_back(static_cast<OLECHAR>(firstHighSurrogate + (offset >> 10)));
-            out.push_back(static_cast<OLECHAR>(firstLowSurrogate + (offset & 0x3FF)));
-        }
-        bytes.remove_prefix(length);
+        appendUtf16(out, *point);
+    }
+    return out;
+}
+
+std::basic_string<OLECHAR> fromUtf8Leniently(std::string_view bytes) {
+    std::basic_string<OLECHAR> out;
+    out.reserve(bytes.size());
+    while (!bytes.empty()) {
+        auto const point = takeSequence(bytes);
+        if (!point) bytes.remove_prefix(1);
+        appendUtf16(out, point.value_or(replacementCharacter));
     }
     return out;
 }

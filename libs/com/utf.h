@@ -16,6 +16,10 @@ std::string toUtf8(std::basic_string_view<OLECHAR> text);
 /// (overlong forms, surrogates and code points above U+10FFFF included).
 std::optional<std::basic_string<OLECHAR>> fromUtf8(std::string_view bytes);
 
+/// The same for bytes of any kind: each byte that begins no valid sequence
+/// becomes U+FFFD.
+std::basic_string<OLECHAR> fromUtf8Leniently(std::string_view bytes);
+
 /// Whether two texts are equal when the letters A-Z count as a-z.
 bool equalIgnoringCase(std::basic_string_view<OLECHAR> left,
                        std::basic_string_view<OLECHAR> right) noexcept;

@@ -95,6 +95,65 @@ Command parseEnum(std::string const& command, Words const& words) {
     return EnumCommand{words.operands[0], words.operands[1], words.operands[2]};
 }
 
+struct PropsAction {
+    char const* name;
+    PropsCommand::Action action;
+    std::size_t least;
+    std::size_t most;
+    char const* expected;
+};
+
+constexpr std::size_t anyNumber = static_cast<std::size_t>(-1);
+constexpr PropsAction propsActions[] = {
+    {"list", PropsCommand::Action::list, 1, anyNumber, "a FILE or FOLDER"},
+    {"get", PropsCommand::Action::get, 3, 3, "a FILE, a SET and a KEY"},
+    {"set", PropsCommand::Action::set, 4, 4, "a FILE, a SET, a KEY and a VALUE"},
+    {"remove", PropsCommand::Action::remove, 3, 3, "a FILE, a SET and a KEY"},
+    {"rename", PropsCommand::Action::rename, 4, 4, "a FILE, a SET, a KEY and a NEWKEY"},
+    {"create", PropsCommand::Action::create, 1, 1, "a FILE"}};
+
+/// Takes "--type T" out, which is the only option with a word of its own.
+std::string takeType(std::vector<std::string>& arguments) {
+    auto const end = std::ranges::find(arguments, "--");
+    auto const option = std::find(arguments.begin(), end, "--type");
+    if (option == end) return {};
+    auto const type = option + 1;
+    if (type == end) throw UsageError("\"--type\" needs a TYPE");
+    std::string const taken = *type;
+    if (taken.empty()) throw UsageError("\"--type\" needs a TYPE");
+    arguments.erase(option, type + 1);
+    return taken;
+}
+
+Command parseProps(std::vector<std::string> arguments) {
+    PropsCommand result;
+    result.type = takeType(arguments);
+    Words words = sort(arguments);
+    if (words.operands.empty()) {
+        throw UsageError("\"props\" needs list, get, set, remove, rename or create");
+    }
+    auto const* const found =
+        std::ranges::find(propsActions, words.operands[0], &PropsAction::name);
+    if (found == std::end(propsActions)) {
+        throw UsageError("\"props\" has no \"" + words.operands[0] + "\"");
+    }
+    std::string const command = std::string("props ") + found->name;
+    words.operands.erase(words.operands.begin());
+    for (auto const& option : words.options) {
+        if (option != "--json" || found->action != PropsCommand::Action::list) {
+            refuseOption(command, option);
+        }
+        result.json = true;
+    }
+    if (!result.type.empty() && found->action != PropsCommand::Action::set) {
+        refuseOption(command, "--type");
+    }
+    requireOperands(command, words, found->least, found->most, found->expected);
+    result.action = found->action;
+    result.operands = std::move(words.operands);
+    return result;
+}
+
 }  // namespace
 
 Command parseCommandLine(std::vector<std::string> const& arguments) {
@@ -112,6 +171,7 @@ Command parseCommandLine(std::vector<std::string> const& arguments) {
     if (command == "call") return parseCall(command, words);
     if (command == "typelib") return parseTypelib(command, words);
     if (command == "enum") return parseEnum(command, words);
+    if (command == "props") return parseProps(arguments);
     throw UsageError("unknown command \"" + command + "\"");
 }
 

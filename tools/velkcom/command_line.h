@@ -42,8 +42,18 @@ struct EnumCommand {
     std::string constant;
 };
 
+struct PropsCommand {
+    enum class Action { list, get, set, remove, rename, create };
+    Action action = Action::list;
+    /// In the order of the command line: files and folders for `list`, FILE for
+    /// `create`, and FILE, SET, KEY and what follows for the others.
+    std::vector<std::string> operands;
+    bool json = false;
+    std::string type;  ///< of a value to write, or empty
+};
+
 using Command = std::variant<HelpCommand, VersionCommand, RegisterCommand, CallCommand,
-                             TypelibCommand, EnumCommand>;
+                             TypelibCommand, EnumCommand, PropsCommand>;
 
 /// Reads the arguments after the program's name, in UTF-8. Options may stand
 /// anywhere after the command; after "--" nothing is an option.

@@ -4,7 +4,8 @@ namespace velk::velkcom {
 namespace {
 
 constexpr char overview[] =
-    R"(velkcom - registers the adapter module and calls automation objects
+    R"(velkcom - registers the adapter module, calls automation objects, and reads
+and changes the properties of documents
 
 usage:
   velkcom register [--user] [MODULE]
@@ -12,6 +13,12 @@ usage:
   velkcom call [--get | --put | --putref | --method] PROGID MEMBER [ARGUMENT...]
   velkcom typelib FILE
   velkcom enum FILE|PROGID ENUM CONSTANT
+  velkcom props list FILE|FOLDER... [--json]
+  velkcom props get FILE SET KEY
+  velkcom props set FILE SET KEY VALUE [--type TYPE]
+  velkcom props remove FILE SET KEY
+  velkcom props rename FILE SET KEY NEWKEY
+  velkcom props create FILE
   velkcom COMMAND --help
   velkcom --help | --version
 
@@ -80,6 +87,37 @@ case matter in both names. What contains a slash, or is there as a file, is a
 FILE.
 )";
 
+constexpr char properties[] =
+    R"(usage: velkcom props list FILE|FOLDER... [--json]
+       velkcom props get FILE SET KEY
+       velkcom props set FILE SET KEY VALUE [--type TYPE]
+       velkcom props remove FILE SET KEY
+       velkcom props rename FILE SET KEY NEWKEY
+       velkcom props create FILE
+
+Shows and changes the OLE property sets of documents (compound files).
+
+list    all properties of each FILE, and of the documents in each FOLDER and
+        below; other files in a FOLDER are passed over
+get     prints the value of one property
+set     writes one property; a missing SET is made
+remove  takes a property out of the file
+rename  gives a property another name
+create  makes a new document with empty summary sets
+
+SET is summary, docsummary, media or custom, in any case, or a format id in
+braces. KEY is a property's name, or its id in decimal; in summary, docsummary
+and media also a well-known name, as Title or Company.
+
+  --json       one JSON object a document on a line of its own, with keys and
+               values as scripts see them
+  --type TYPE  what VALUE is written as: i2, i4, ui4, r4, r8, bool, lpstr,
+               lpwstr, bstr, filetime or empty. Without it the property keeps
+               its type, or gets its well-known one, or is text (lpwstr). A
+               filetime is written as 2024-03-05T09:07:04.045Z, in UTC.
+  --           what follows is no option
+)";
+
 }  // namespace
 
 std::string helpText(std::string const& topic) {
@@ -87,6 +125,7 @@ std::string helpText(std::string const& topic) {
     if (topic == "call") return calling;
     if (topic == "typelib") return typelib;
     if (topic == "enum") return enumeration;
+    if (topic == "props") return properties;
     return overview;
 }
 

@@ -5,6 +5,7 @@
 #include "command_line.h"
 #include "enum_command.h"
 #include "help_text.h"
+#include "props_command.h"
 #include "register_command.h"
 #include "result_codes.h"
 #include "typelib_command.h"
@@ -33,6 +34,7 @@ class Runner {
         return runTypelib(command, out_, errors_);
     }
     int operator()(EnumCommand const& command) const { return runEnum(command, out_, errors_); }
+    int operator()(PropsCommand const& command) const { return runProps(command, out_, errors_); }
 
   private:
     std::ostream& out_;

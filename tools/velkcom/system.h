@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <ostream>
 #include <string>
 
 namespace velk::velkcom {
@@ -12,5 +13,13 @@ std::string adapterFileName();
 /// A path from UTF-8 text, and back.
 std::filesystem::path pathFromUtf8(std::string const& text);
 std::string pathToUtf8(std::filesystem::path const& path);
+
+/// Whether people read a stream on a terminal; false for all but the program's
+/// own output and errors.
+bool isTerminal(std::ostream const& stream);
+
+/// Of the terminal of the program's errors, in characters; 80 when it does not
+/// tell.
+int terminalWidth();
 
 }  // namespace velk::velkcom

@@ -1,5 +1,10 @@
 #include "system.h"
 
+#include <iostream>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 namespace velk::velkcom {
 
 std::string adapterFileName() {
@@ -12,6 +17,18 @@ std::filesystem::path pathFromUtf8(std::string const& text) {
 }
 std::string pathToUtf8(std::filesystem::path const& path) {
     return path.string();
+}
+
+bool isTerminal(std::ostream const& stream) {
+    if (&stream == &std::cout) return isatty(STDOUT_FILENO) != 0;
+    return &stream == &std::cerr && isatty(STDERR_FILENO) != 0;
+}
+
+int terminalWidth() {
+    constexpr int usual = 80;
+    winsize size{};
+    bool const isTold = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0;
+    return isTold ? size.ws_col : usual;
 }
 
 }  // namespace velk::velkcom

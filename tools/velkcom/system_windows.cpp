@@ -1,5 +1,11 @@
-#include "com/utf.h"
 #include "system.h"
+
+#include <iostream>
+
+#include <io.h>
+#include <windows.h>
+
+#include "com/utf.h"
 
 namespace velk::velkcom {
 
@@ -13,6 +19,18 @@ std::filesystem::path pathFromUtf8(std::string const& text) {
 }
 std::string pathToUtf8(std::filesystem::path const& path) {
     return com::toUtf8(path.native());
+}
+
+bool isTerminal(std::ostream const& stream) {
+    if (&stream == &std::cout) return _isatty(1) != 0;
+    return &stream == &std::cerr && _isatty(2) != 0;
+}
+
+int terminalWidth() {
+    constexpr int usual = 80;
+    CONSOLE_SCREEN_BUFFER_INFO console{};
+    bool const isTold = GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &console) != 0;
+    return isTold ? console.srWindow.Right - console.srWindow.Left + 1 : usual;
 }
 
 }  // namespace velk::velkcom

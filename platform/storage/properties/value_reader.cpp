@@ -19,11 +19,19 @@ std::u16string unitsOf(Bytes bytes) {
     return text;
 }
 
+/// One of the ways in which programs have put texts into vectors.
+struct Layout {
+    bool textsArePadded = true;
+    /// Values in a vector that hold nothing are taken for a sign that the texts
+    /// before are laid out in another way.
+    bool isCertain = false;
+};
+
 /// Reads one value or vector. What it fails at may be read in another way.
 class Reading final : public ArrayElements {
   public:
-    Reading(Bytes bytes, CodePage const& page, bool textsArePadded)
-        : from_(bytes), page_(page), textsArePadded_(textsArePadded) {}
+    Reading(Bytes bytes, CodePage const& page, Layout layout)
+        : from_(bytes), page_(page), layout_(layout) {}
 
     std::size_t position() const { return from_.position(); }
 
@@ -42,7 +50,9 @@ class Reading final : public ArrayElements {
     void typedValue(PROPVARIANT& value) override {
         std::size_t const start = from_.position();
         auto const type = from_.read<VARTYPE>();
-        from_.take(sizeof(WORD));
+        auto const padding = from_.read<WORD>();
+        bool const isDoubtful = type == VT_EMPTY || padding != 0;
+        failIf(layout_.isCertain && depth_ > 0 && isDoubtful, malformedSet);
         failIf(!isValueType(type), HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
         if (isVector(type)) {
             vector(type, value);
@@ -172,12 +182,12 @@ class Reading final : public ArrayElements {
     }
 
     void padText(std::size_t start) {
-        if (depth_ == 0 || textsArePadded_) from_.skipPadding(start);
+        if (depth_ == 0 || layout_.textsArePadded) from_.skipPadding(start);
     }
 
     ByteReader from_;
     CodePage const& page_;
-    bool const textsArePadded_;
+    Layout const layout_;
     std::size_t depth_ = 0;
 };
 
@@ -186,18 +196,18 @@ struct ReadValue {
     std::size_t size = 0;
 };
 
-ReadValue read(Bytes bytes, CodePage const& page, bool textsArePadded) {
+ReadValue read(Bytes bytes, CodePage const& page, Layout layout) {
     ReadValue made;
-    Reading reading(bytes, page, textsArePadded);
+    Reading reading(bytes, page, layout);
     reading.typedValue(made.value.get());
     made.size = reading.position();
     return made;
 }
 
 /// Nothing where the bytes are no such value.
-std::optional<ReadValue> tryRead(Bytes bytes, CodePage const& page, bool textsArePadded) {
+std::optional<ReadValue> tryRead(Bytes bytes, CodePage const& page, Layout layout) {
     try {
-        return read(bytes, page, textsArePadded);
+        return read(bytes, page, layout);
     } catch (StorageError const&) {
         return {};
     }
@@ -208,13 +218,11 @@ bool beginsVector(Bytes bytes) {
 }
 
 ReadValue readEitherWay(Bytes bytes, std::size_t own, CodePage const& page) {
-    if (!beginsVector(bytes)) return read(bytes, page, true);
-    // Padded texts read as unpadded ones do not fit, and the other way round,
-    // unless there is no difference.
+    if (!beginsVector(bytes)) return read(bytes, page, {});
     Bytes const ownBytes = bytes.first(std::min(own, bytes.size()));
-    if (auto made = tryRead(ownBytes, page, true)) return std::move(*made);
-    if (auto made = tryRead(ownBytes, page, false)) return std::move(*made);
-    return read(bytes, page, true);
+    if (auto made = tryRead(ownBytes, page, {true, true})) return std::move(*made);
+    if (auto made = tryRead(ownBytes, page, {false, true})) return std::move(*made);
+    return read(bytes, page, {});
 }
 
 }  // namespace

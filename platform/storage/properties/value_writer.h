@@ -12,7 +12,7 @@
 namespace velk::platform::storage {
 
 /// A text that the page of the set has no characters for.
-inline constexpr HRESULT noSuchCharacter = VELK_RESULT_CODE(0x80070459);
+inline HRESULT const noSuchCharacter = HRESULT_FROM_WIN32(ERROR_NO_UNICODE_TRANSLATION);
 
 /// A value with its type and its padding.
 ///

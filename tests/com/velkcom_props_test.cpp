@@ -1,0 +1,206 @@
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "com/utf.h"
+#include "command_line.h"
+#include "program.h"
+#include "support/expected_difference.h"
+#include "system.h"
+
+// "velkcom props": its command line, and its work on documents that it makes.
+
+namespace velk::velkcom::test {
+namespace {
+
+using velk::test::expectDifference;
+using velk::test::System;
+using Arguments = std::vector<std::string>;
+
+std::string mistakeIn(Arguments const& arguments) {
+    try {
+        parseCommandLine(arguments);
+        return "none";
+    } catch (UsageError const& error) {
+        return error.what();
+    }
+}
+
+TEST(PropsCommandLine, IsRead) {
+    auto const listing = std::get<PropsCommand>(
+        parseCommandLine({"props", "list", "a.doc", "--json", "folder"}));
+    EXPECT_EQ(listing.action, PropsCommand::Action::list);
+    EXPECT_EQ(listing.operands, (Arguments{"a.doc", "folder"}));
+    EXPECT_TRUE(listing.json);
+    auto const writing = std::get<PropsCommand>(
+        parseCommandLine({"props", "set", "--type", "i4", "a.doc", "custom", "--", "--key", "-5"}));
+    EXPECT_EQ(writing.action, PropsCommand::Action::set);
+    EXPECT_EQ(writing.operands, (Arguments{"a.doc", "custom", "--key", "-5"}));
+    EXPECT_EQ(writing.type, "i4");
+}
+
+TEST(PropsCommandLine, MistakesAreTold) {
+    struct Case {
+        Arguments arguments;
+        char const* mistake;
+    };
+    Case const cases[] = {
+        {{"props"}, "\"props\" needs list, get, set, remove, rename or create"},
+        {{"props", "show"}, "\"props\" has no \"show\""},
+        {{"props", "list"}, "\"props list\" needs a FILE or FOLDER"},
+        {{"props", "get", "f", "s"}, "\"props get\" needs a FILE, a SET and a KEY"},
+        {{"props", "get", "f", "s", "k", "v"}, "\"props get\" does not take the argument \"v\""},
+        {{"props", "get", "f", "s", "k", "--json"}, "\"props get\" has no option \"--json\""},
+        {{"props", "list", "f", "--type", "i4"}, "\"props list\" has no option \"--type\""},
+        {{"props", "set", "f", "s", "k", "v", "--type"}, "\"--type\" needs a TYPE"}};
+    for (Case const& entry : cases) EXPECT_EQ(mistakeIn(entry.arguments), entry.mistake);
+}
+
+class Props : public testing::Test {
+  protected:
+    void SetUp() override {
+        folder_ = std::filesystem::temp_directory_path() /
+                  ("velkprops" + std::to_string(std::random_device()()));
+        std::filesystem::create_directory(folder_);
+        file_ = pathToUtf8(folder_ / "document.doc");
+        ASSERT_EQ(run({"create", file_}), "0 ");
+    }
+    void TearDown() override { std::filesystem::remove_all(folder_); }
+
+    /// The exit code, and what was printed.
+    std::string run(Arguments arguments) {
+        arguments.insert(arguments.begin(), "props");
+        std::ostringstream out, errors;
+        int const code = runProgram(arguments, out, errors);
+        errors_ = errors.str();
+        return std::to_string(code) + " " + out.str();
+    }
+    std::string get(char const* set, char const* key) { return run({"get", file_, set, key}); }
+    std::string put(char const* set, char const* key, char const* value, char const* type = "") {
+        Arguments arguments{"set", file_, set, key, value};
+        if (*type != 0) arguments.insert(arguments.end(), {"--type", type});
+        return run(arguments);
+    }
+
+    std::filesystem::path folder_;
+    std::string file_;
+    std::string errors_;
+};
+
+TEST_F(Props, WellKnownPropertiesGoByNameAndNumber) {
+    EXPECT_EQ(put("summary", "Title", "A report"), "0 ");
+    EXPECT_EQ(put("SummaryInformation", "14", "3"), "0 ");
+    EXPECT_EQ(put("DocSummary", "company", "Us"), "0 ");
+    EXPECT_EQ(get("summary", "2"), "0 A report\n");
+    EXPECT_EQ(get("summary", "PageCount"), "0 3\n");
+    EXPECT_EQ(get("{D5CDD502-2E9C-101B-9397-08002B2CF9AE}", "15"), "0 Us\n");
+    EXPECT_EQ(put("summary", "Title", "Another"), "0 ");
+    EXPECT_EQ(get("summary", "title"), "0 Another\n");
+    EXPECT_EQ(run({"remove", file_, "summary", "Title"}), "0 ");
+    EXPECT_EQ(get("summary", "Title").substr(0, 2), "1 ");
+    EXPECT_NE(errors_.find("has no property \"Title\""), std::string::npos);
+    EXPECT_EQ(run({"remove", file_, "summary", "Title"}).substr(0, 2), "1 ");
+}
+
+TEST_F(Props, ValuesHaveTheirTypes) {
+    struct Case {
+        char const* type;
+        char const* text;
+        char const* read;
+    };
+    Case const cases[] = {{"i2", "-3", "65533"},
+                          {"VT_I4", "-70000", "-70000"},
+                          {"lpwstr", "\xd0\x96", "\xd0\x96"},
+                          {"ui4", "4000000000", "4000000000"}};
+    for (Case const& entry : cases) {
+        EXPECT_EQ(put("summary", "100", entry.text, entry.type), "0 ") << entry.type;
+        EXPECT_EQ(get("summary", "100"), std::string("0 ") + entry.read + "\n") << entry.type;
+    }
+    expectDifference(System::wine, "it writes a few types only", [&] {
+        for (Case const& entry : {Case{"r8", "2.5", "2.5"}, Case{"r4", "-0.5", "-0.5"},
+                                  Case{"bool", "true", "true"}, Case{"bstr", "text", "text"}}) {
+            EXPECT_EQ(put("summary", "100", entry.text, entry.type), "0 ") << entry.type;
+            EXPECT_EQ(get("summary", "100"), std::string("0 ") + entry.read + "\n") << entry.type;
+        }
+    });
+}
+
+TEST_F(Props, ValuesThatTheTypeCannotHoldChangeNothing) {
+    EXPECT_EQ(put("summary", "Title", "kept"), "0 ");
+    struct Case {
+        char const* type;
+        char const* text;
+    };
+    for (Case const& entry :
+         {Case{"i2", "70000"}, Case{"i4", "five"}, Case{"i4", "5x"}, Case{"r8", ""},
+          Case{"bool", "maybe"}, Case{"filetime", "2024-13-01"}, Case{"filetime", "2024-03-05Tx"},
+          Case{"empty", "not"}, Case{"blob", "x"}, Case{"nothing", "x"}}) {
+        EXPECT_EQ(put("summary", "Title", entry.text, entry.type), "2 ") << entry.type;
+    }
+    EXPECT_EQ(get("summary", "Title"), "0 kept\n");
+    EXPECT_EQ(put("nowhere", "Title", "x"), "2 ");
+    EXPECT_EQ(put("{nonsense}", "Title", "x"), "2 ");
+}
+
+TEST_F(Props, NamesAreMadeChangedAndRemoved) {
+    expectDifference(System::wine, "it does not read every dictionary of names", [&] {
+        EXPECT_EQ(put("custom", "Client", "Zoe"), "0 ");
+        EXPECT_EQ(put("custom", "Count", "5", "i4"), "0 ");
+        EXPECT_EQ(get("custom", "CLIENT"), "0 Zoe\n");
+        EXPECT_EQ(get("custom", "3"), "0 5\n");
+        EXPECT_EQ(run({"rename", file_, "custom", "Client", "count"}).substr(0, 2), "1 ");
+        EXPECT_NE(errors_.find("already"), std::string::npos);
+        EXPECT_EQ(run({"rename", file_, "custom", "Client", "Customer"}), "0 ");
+        EXPECT_EQ(get("custom", "Client").substr(0, 2), "1 ");
+        EXPECT_EQ(get("custom", "customer"), "0 Zoe\n");
+        EXPECT_EQ(run({"remove", file_, "custom", "Count"}), "0 ");
+        EXPECT_EQ(get("custom", "Count").substr(0, 2), "1 ");
+        EXPECT_EQ(get("custom", "Customer"), "0 Zoe\n");
+    });
+}
+
+TEST_F(Props, ListsShowEverySet) {
+    EXPECT_EQ(put("summary", "Title", "line\none"), "0 ");
+    EXPECT_EQ(put("summary", "14", "7"), "0 ");
+    auto const text = run({"list", file_});
+    EXPECT_NE(text.find("    2  Title  VT_LPSTR  line\\none\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("    14  PageCount  VT_I4  7\n"), std::string::npos) << text;
+    auto const json = run({"list", "--json", file_});
+    EXPECT_NE(json.find("{\"key\": \"2\", \"id\": 2, \"name\": \"Title\", \"type\": \"VT_LPSTR\", "
+                        "\"value\": \"line\\u000aone\"}"),
+              std::string::npos)
+        << json;
+    EXPECT_NE(json.find("\"error\": null, \"sets\": [{\"name\": \"SummaryInformation\", "
+                        "\"formatId\": \"{F29F85E0-4FF9-1068-AB91-08002B27B3D9}\""),
+              std::string::npos)
+        << json;
+}
+
+TEST_F(Props, FoldersAreSearchedAndOthersPassedOver) {
+    std::filesystem::create_directory(folder_ / "inner");
+    EXPECT_EQ(run({"create", pathToUtf8(folder_ / "inner" / "second.doc")}), "0 ");
+    std::ofstream(folder_ / "text.txt") << "no document";
+    auto const listed = run({"list", "--json", pathToUtf8(folder_)});
+    EXPECT_EQ(listed.substr(0, 2), "0 ");
+    EXPECT_EQ(std::ranges::count(listed, '\n'), 2);
+    auto const named = run({"list", "--json", pathToUtf8(folder_ / "text.txt"), file_});
+    EXPECT_EQ(named.substr(0, 2), "1 ");
+    EXPECT_NE(named.find("\"error\": \"the file is no compound file\", \"sets\": []}"),
+              std::string::npos);
+    EXPECT_EQ(std::ranges::count(named, '\n'), 2);
+}
+
+TEST_F(Props, FilesThatAreThereAreNotMadeAnew) {
+    EXPECT_EQ(put("summary", "Title", "kept"), "0 ");
+    EXPECT_EQ(run({"create", file_}), "1 ");
+    EXPECT_EQ(get("summary", "Title"), "0 kept\n");
+    EXPECT_EQ(run({"get", pathToUtf8(folder_ / "nothing.doc"), "summary", "Title"}), "1 ");
+    EXPECT_NE(errors_.find("the file is not there"), std::string::npos) << errors_;
+}
+
+}  // namespace
+}  // namespace velk::velkcom::test

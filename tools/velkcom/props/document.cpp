@@ -1,0 +1,105 @@
+#include "props/document.h"
+
+#include <algorithm>
+
+#include <ole2.h>
+
+#include "com/error.h"
+#include "com/utf.h"
+#include "props/known_sets.h"
+#include "result_codes.h"
+#include "usage_error.h"
+
+namespace velk::velkcom {
+namespace {
+
+using com::ComPtr;
+
+constexpr DWORD readingFile = STGM_DIRECT_SWMR | STGM_SHARE_DENY_NONE | STGM_READ;
+constexpr DWORD writingFile = STGM_DIRECT_SWMR | STGM_SHARE_DENY_WRITE | STGM_READWRITE;
+constexpr DWORD readingSet = STGM_SHARE_EXCLUSIVE | STGM_READ;
+constexpr DWORD writingSet = STGM_SHARE_EXCLUSIVE | STGM_READWRITE;
+
+std::basic_string<OLECHAR> widePath(std::string const& path) {
+    auto const wide = com::fromUtf8(path);
+    if (!wide || wide->empty()) throw UsageError("\"" + path + "\" is no path");
+    return *wide;
+}
+
+void check(HRESULT code, std::string const& what) {
+    com::throwIfFailed(code, what.c_str());
+}
+
+}  // namespace
+
+Document::Document(std::string const& path, Use use) : use_(use) {
+    check(
+        StgOpenStorage(widePath(path).c_str(), nullptr,
+                       use == Use::writing ? writingFile : readingFile, nullptr, 0, storage_.put()),
+        "the file cannot be opened");
+    sets_ = storage_.query<IPropertySetStorage>(IID_IPropertySetStorage);
+    check(sets_ ? S_OK : E_NOINTERFACE, "the file has no property sets");
+}
+
+void Document::create(std::string const& path) {
+    ComPtr<IStorage> storage;
+    check(StgCreateDocfile(widePath(path).c_str(), writingSet | STGM_FAILIFTHERE, 0, storage.put()),
+          "the file cannot be made");
+    auto const sets = storage.query<IPropertySetStorage>(IID_IPropertySetStorage);
+    check(sets ? S_OK : E_NOINTERFACE, "the file can have no property sets");
+    for (FMTID const& id : {FMTID_SummaryInformation, FMTID_DocSummaryInformation}) {
+        ComPtr<IPropertyStorage> set;
+        check(sets->Create(id, nullptr, PROPSETFLAG_ANSI, writingSet | STGM_CREATE, set.put()),
+              "a property set cannot be made");
+        commitSet(*set.get());
+    }
+    check(storage->Commit(STGC_DEFAULT), "the file cannot be written");
+}
+
+ComPtr<IPropertyStorage> Document::set(REFFMTID id) const {
+    ComPtr<IPropertyStorage> opened;
+    HRESULT const code =
+        sets_->Open(id, use_ == Use::writing ? writingSet : readingSet, opened.put());
+    if (code == STG_E_FILENOTFOUND) return {};
+    check(code, "a property set cannot be opened");
+    return opened;
+}
+
+ComPtr<IPropertyStorage> Document::setForWriting(REFFMTID id) const {
+    auto opened = set(id);
+    if (opened) return opened;
+    check(sets_->Create(id, nullptr, PROPSETFLAG_DEFAULT, writingSet | STGM_CREATE, opened.put()),
+          "a property set cannot be made");
+    return opened;
+}
+
+std::vector<FMTID> Document::sets() const {
+    std::vector<FMTID> ids;
+    for (KnownSet const& known : knownSets()) ids.push_back(known.id);
+    ComPtr<IEnumSTATPROPSETSTG> all;
+    check(sets_->Enum(all.put()), "the property sets cannot be listed");
+    STATPROPSETSTG status{};
+    ULONG done = 0;
+    while (all->Next(1, &status, &done) == S_OK) {
+        bool const isListed = std::ranges::any_of(
+            ids, [&](FMTID const& id) { return IsEqualGUID(id, status.fmtid); });
+        bool const isNone = IsEqualGUID(status.fmtid, GUID_NULL);
+        if (!isListed && !isNone) ids.push_back(status.fmtid);
+    }
+    return ids;
+}
+
+std::optional<Document> openCompoundFile(std::string const& path) {
+    try {
+        return Document(path, Document::Use::reading);
+    } catch (com::Error const& error) {
+        if (error.code() == STG_E_FILEALREADYEXISTS) return {};
+        throw;
+    }
+}
+
+void commitSet(IPropertyStorage& set) {
+    check(set.Commit(STGC_DEFAULT), "the change cannot be written");
+}
+
+}  // namespace velk::velkcom

@@ -1,0 +1,239 @@
+#include "props_command.h"
+
+#include <algorithm>
+
+#include "com/error.h"
+#include "com/utf.h"
+#include "com_session.h"
+#include "props/document_listing.h"
+#include "props/known_sets.h"
+#include "props/progress_bar.h"
+#include "props/property_address.h"
+#include "props/value_text.h"
+#include "result_codes.h"
+#include "system.h"
+
+namespace velk::velkcom {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A file to list; what stands in a folder is passed over when it is no
+/// document.
+struct Candidate {
+    std::string path;
+    bool isFromFolder = false;
+};
+
+std::string withMeaning(com::Error const& error) {
+    std::string const meaning = meaningOfCode(error.code());
+    return error.what() + (meaning.empty() ? "" : " (" + meaning + ")");
+}
+
+void addFolder(fs::path const& folder, std::vector<Candidate>& found) {
+    std::vector<std::string> files;
+    auto const options = fs::directory_options::skip_permission_denied;
+    for (auto const& entry : fs::recursive_directory_iterator(folder, options)) {
+        std::error_code error;
+        if (entry.is_regular_file(error)) files.push_back(pathToUtf8(entry.path()));
+    }
+    std::ranges::sort(files);
+    for (auto& file : files) found.push_back({std::move(file), true});
+}
+
+std::vector<Candidate> candidates(std::vector<std::string> const& operands) {
+    std::vector<Candidate> found;
+    for (std::string const& operand : operands) {
+        std::error_code error;
+        auto const path = pathFromUtf8(operand);
+        if (fs::is_directory(path, error)) {
+            addFolder(path, found);
+        } else {
+            found.push_back({operand, false});
+        }
+    }
+    return found;
+}
+
+/// Nothing for a file in a folder that is no document.
+std::optional<DocumentListing> listCandidate(Candidate const& candidate) {
+    try {
+        if (auto const document = openCompoundFile(candidate.path)) {
+            return listDocument(candidate.path, *document);
+        }
+        if (candidate.isFromFolder) return {};
+        return DocumentListing{candidate.path, "the file is no compound file", {}};
+    } catch (com::Error const& error) {
+        return DocumentListing{candidate.path, withMeaning(error), {}};
+    }
+}
+
+int list(PropsCommand const& command, std::ostream& out, std::ostream& errors) {
+    auto const files = candidates(command.operands);
+    ProgressBar bar(errors, files.size(), isTerminal(errors), terminalWidth());
+    int code = 0;
+    for (Candidate const& file : files) {
+        auto const listing = listCandidate(file);
+        bar.advance();
+        if (!listing) continue;
+        bool const isWell = listing->error.empty();
+        if (!isWell) code = 1;
+        if (isTerminal(out) || !isWell) bar.erase();
+        if (command.json) {
+            out << listingJson(*listing);
+        } else {
+            if (isWell || !listing->sets.empty()) out << listingText(*listing);
+            if (!isWell) errors << "velkcom: \"" << file.path << "\": " << listing->error << "\n";
+        }
+    }
+    return code;
+}
+
+/// What the commands for one property begin with.
+struct Target {
+    std::string file;
+    FMTID setId;
+    std::string key;
+
+    explicit Target(PropsCommand const& command)
+        : file(command.operands[0]),
+          setId(setFromText(command.operands[1])),
+          key(command.operands[2]) {}
+
+    int isMissing(std::ostream& errors) const {
+        errors << "velkcom: \"" << file << "\" has no property \"" << key << "\" in this set\n";
+        return 1;
+    }
+};
+
+int get(PropsCommand const& command, std::ostream& out, std::ostream& errors) {
+    Target const target(command);
+    Document const document(target.file, Document::Use::reading);
+    auto const set = document.set(target.setId);
+    if (!set) return target.isMissing(errors);
+    auto const address = addressOf(target.setId, set.get(), target.key);
+    PROPSPEC const specifier = address.specifier();
+    com::PropVariant value;
+    HRESULT const code = set->ReadMultiple(1, &specifier, value.put());
+    com::throwIfFailed(code, "the property cannot be read");
+    if (code != S_OK) return target.isMissing(errors);
+    out << valueText(value.get()) << "\n";
+    return 0;
+}
+
+/// What a new value is written as, when the command line does not say.
+VARTYPE typeFor(Target const& target, PropertyAddress const& address, IPropertyStorage* set) {
+    auto const stored = set != nullptr ? storedType(*set, address) : std::nullopt;
+    if (stored && *stored != VT_EMPTY && canBeWritten(*stored)) return *stored;
+    auto const* const known = knownSet(target.setId);
+    auto const* const property =
+        known != nullptr && address.id ? known->find(*address.id) : nullptr;
+    return property != nullptr && canBeWritten(property->type) ? property->type
+                                                               : VARTYPE{VT_LPWSTR};
+}
+
+int set(PropsCommand const& command) {
+    Target const target(command);
+    std::optional<VARTYPE> const given =
+        command.type.empty() ? std::nullopt : typeFromName(command.type);
+    if (!command.type.empty() && !given) {
+        throw UsageError("there is no type \"" + command.type + "\" for values");
+    }
+    Document const document(target.file, Document::Use::writing);
+    auto properties = document.set(target.setId);
+    auto const address = addressOf(target.setId, properties.get(), target.key);
+    VARTYPE const type = given ? *given : typeFor(target, address, properties.get());
+    com::PropVariant const value(valueFromText(type, command.operands[3]));
+    // Only now that the value is one.
+    if (!properties) properties = document.setForWriting(target.setId);
+    PROPSPEC const specifier = address.specifier();
+    com::throwIfFailed(properties->WriteMultiple(1, &specifier, value.address(), PID_FIRST_USABLE),
+                       "the property cannot be written");
+    commitSet(*properties.get());
+    return 0;
+}
+
+int remove(PropsCommand const& command, std::ostream& errors) {
+    Target const target(command);
+    Document const document(target.file, Document::Use::writing);
+    auto const properties = document.set(target.setId);
+    if (!properties) return target.isMissing(errors);
+    auto const address = addressOf(target.setId, properties.get(), target.key);
+    if (!storedType(*properties.get(), address)) return target.isMissing(errors);
+    PROPSPEC const specifier = address.specifier();
+    com::throwIfFailed(properties->DeleteMultiple(1, &specifier), "the property cannot be removed");
+    commitSet(*properties.get());
+    return 0;
+}
+
+/// The id of a property that is there by a name or an id.
+std::optional<PROPID> idOf(IPropertyStorage& set, PropertyAddress const& address) {
+    if (!storedType(set, address)) return {};
+    if (address.id) return address.id;
+    com::ComPtr<IEnumSTATPROPSTG> all;
+    com::throwIfFailed(set.Enum(all.put()), "the properties cannot be listed");
+    com::StoredProperty property;
+    while (com::readNextProperty(*all.get(), set, property) == S_OK) {
+        if (property.name && com::equalIgnoringCase(*property.name, address.name)) {
+            return property.id;
+        }
+    }
+    return {};
+}
+
+int rename(PropsCommand const& command, std::ostream& errors) {
+    Target const target(command);
+    auto const newName = com::fromUtf8(command.operands[3]);
+    if (!newName || newName->empty()) throw UsageError("the NEWKEY is no name");
+    Document const document(target.file, Document::Use::writing);
+    auto const properties = document.set(target.setId);
+    if (!properties) return target.isMissing(errors);
+    auto const id = idOf(*properties.get(), addressOf(target.setId, properties.get(), target.key));
+    if (!id) return target.isMissing(errors);
+    auto const taken = idOf(*properties.get(), PropertyAddress{{}, *newName});
+    if (taken && *taken != *id) {
+        errors << "velkcom: \"" << target.file << "\" has a property \"" << command.operands[3]
+               << "\" already\n";
+        return 1;
+    }
+    LPOLESTR const name = const_cast<LPOLESTR>(newName->c_str());
+    com::throwIfFailed(properties->WritePropertyNames(1, &*id, &name),
+                       "the property cannot be renamed");
+    commitSet(*properties.get());
+    return 0;
+}
+
+int runOne(PropsCommand const& command, std::ostream& out, std::ostream& errors) {
+    switch (command.action) {
+        case PropsCommand::Action::list:
+            return list(command, out, errors);
+        case PropsCommand::Action::get:
+            return get(command, out, errors);
+        case PropsCommand::Action::set:
+            return set(command);
+        case PropsCommand::Action::remove:
+            return remove(command, errors);
+        case PropsCommand::Action::rename:
+            return rename(command, errors);
+        case PropsCommand::Action::create:
+            Document::create(command.operands[0]);
+            return 0;
+    }
+    return 1;
+}
+
+}  // namespace
+
+int runProps(PropsCommand const& command, std::ostream& out, std::ostream& errors) {
+    ComSession const session;
+    try {
+        return runOne(command, out, errors);
+    } catch (com::Error const& error) {
+        errors << "velkcom: \"" << command.operands[0] << "\": " << withMeaning(error) << "\n";
+    } catch (fs::filesystem_error const& error) {
+        errors << "velkcom: " << error.what() << "\n";
+    }
+    return 1;
+}
+
+}  // namespace velk::velkcom
