@@ -201,6 +201,51 @@ TEST(CompoundFile, DamagedOnesFailCleanly) {
     EXPECT_GT(refused, 100);
 }
 
+/// A file that its own writer would need days for: `depth` storages, each but
+/// the first in the one before.
+FileBytes nestedFile(EntryId depth) {
+    constexpr std::size_t sectorSize = 4096, perTable = sectorSize / 4;
+    std::size_t const directorySectors = (depth + 1) * entrySize / sectorSize + 1;
+    std::size_t const tables = (directorySectors + perTable) / perTable + 1;
+    FileBytes bytes((1 + tables + directorySectors) * sectorSize);
+    MutableBytes const all(bytes);
+    auto const table = all.subspan(sectorSize, tables * sectorSize);
+    auto const entries = all.subspan((1 + tables) * sectorSize);
+    Header header = Header::ofNewFile(sectorSize);
+    header.setFatSectors(static_cast<std::uint32_t>(tables));
+    header.setDirectory(static_cast<SectorId>(tables),
+                        static_cast<std::uint32_t>(directorySectors));
+    for (std::size_t i = 0; i < tables * perTable; ++i) {
+        auto const next = static_cast<SectorId>(i + 1);
+        std::size_t const last = tables + directorySectors - 1;
+        writeNumber(table, 4 * i,
+                    i < tables  ? fatSector
+                    : i < last  ? next
+                    : i == last ? endOfChain
+                                : freeSector);
+        if (i < tables) header.setDifat(i, static_cast<SectorId>(i));
+    }
+    std::copy(header.bytes().begin(), header.bytes().end(), bytes.begin());
+    for (EntryId i = 0; i <= depth; ++i) {
+        Entry entry;
+        entry.name = i == 0 ? u"Root Entry" : u"s";
+        entry.type = i == 0 ? EntryType::root : EntryType::storage;
+        if (i < depth) entry.child = i + 1;
+        writeEntry(entry, entries.subspan(i * entrySize, entrySize));
+    }
+    return bytes;
+}
+
+TEST(CompoundFile, StoragesWithoutEndAreDestroyedToo) {
+    FileRecord record{nestedFile(200'000), {}, -1};
+    {
+        CompoundFile file(std::make_unique<RecordedFile>(record), true);
+        drop(file, u"s");
+        file.commit();
+    }
+    EXPECT_TRUE(contentOf(record.bytes).empty());
+}
+
 /// More sectors than the header has places for their tables.
 TEST(CompoundFile, LargeOnesHaveListsOfTables) {
     FileRecord record;

@@ -106,11 +106,26 @@ void CompoundFile::changeContent(EntryId stream, Body body) {
 }
 
 void CompoundFile::destroy(EntryId storage, EntryId element) {
-    if (directory().at(element).isStorage()) {
-        // A copy, since the list changes.
-        Directory::Children const inside = directory().children(element);
-        for (auto const& [name, entry] : inside) destroy(element, entry);
-    } else {
+    struct Doomed {
+        EntryId storage, element;
+    };
+    // A list and not a recursion: storages may lie in one another without end.
+    std::vector<Doomed> all{{storage, element}};
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        EntryId const outer = all[i].element;
+        if (!directory().at(outer).isStorage()) continue;
+        for (auto const& [name, entry] : directory().children(outer)) {
+            all.push_back({outer, entry});
+        }
+    }
+    // What is inside goes first.
+    for (auto each = all.rbegin(); each != all.rend(); ++each) {
+        destroyOne(each->storage, each->element);
+    }
+}
+
+void CompoundFile::destroyOne(EntryId storage, EntryId element) {
+    if (!directory().at(element).isStorage()) {
         resizeStream(element, 0);
         contents_.erase(element);
     }

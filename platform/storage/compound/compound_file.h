@@ -84,6 +84,7 @@ class CompoundFile {
     void keepPlace(EntryId stream);
     template <typename Body>
     void changeContent(EntryId stream, Body body);
+    void destroyOne(EntryId storage, EntryId element);
     void openTables();
     void revertElements();
 
