@@ -31,8 +31,8 @@ std::string mistakeIn(Arguments const& arguments) {
 }
 
 TEST(PropsCommandLine, IsRead) {
-    auto const listing = std::get<PropsCommand>(
-        parseCommandLine({"props", "list", "a.doc", "--json", "folder"}));
+    auto const listing =
+        std::get<PropsCommand>(parseCommandLine({"props", "list", "a.doc", "--json", "folder"}));
     EXPECT_EQ(listing.action, PropsCommand::Action::list);
     EXPECT_EQ(listing.operands, (Arguments{"a.doc", "folder"}));
     EXPECT_TRUE(listing.json);
@@ -164,13 +164,13 @@ TEST_F(Props, NamesAreMadeChangedAndRemoved) {
 }
 
 TEST_F(Props, ListsShowEverySet) {
-    EXPECT_EQ(put("summary", "Title", "line\none"), "0 ");
+    EXPECT_EQ(put("summary", "Title", "line\none", "lpwstr"), "0 ");
     EXPECT_EQ(put("summary", "14", "7"), "0 ");
     auto const text = run({"list", file_});
-    EXPECT_NE(text.find("    2  Title  VT_LPSTR  line\\none\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("    2  Title  VT_LPWSTR  line\\none\n"), std::string::npos) << text;
     EXPECT_NE(text.find("    14  PageCount  VT_I4  7\n"), std::string::npos) << text;
     auto const json = run({"list", "--json", file_});
-    EXPECT_NE(json.find("{\"key\": \"2\", \"id\": 2, \"name\": \"Title\", \"type\": \"VT_LPSTR\", "
+    EXPECT_NE(json.find("{\"key\": \"2\", \"id\": 2, \"name\": \"Title\", \"type\": \"VT_LPWSTR\", "
                         "\"value\": \"line\\u000aone\"}"),
               std::string::npos)
         << json;

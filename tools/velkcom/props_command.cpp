@@ -18,6 +18,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr unsigned utf16Page = 1200;
+/// "The system's own": what that was when the file was made, nothing tells.
+constexpr unsigned unknownPage = 0;
+
 /// A file to list; what stands in a folder is passed over when it is no
 /// document.
 struct Candidate {
@@ -128,8 +132,10 @@ VARTYPE typeFor(Target const& target, PropertyAddress const& address, IPropertyS
     auto const* const known = knownSet(target.setId);
     auto const* const property =
         known != nullptr && address.id ? known->find(*address.id) : nullptr;
-    return property != nullptr && canBeWritten(property->type) ? property->type
-                                                               : VARTYPE{VT_LPWSTR};
+    if (property == nullptr || !canBeWritten(property->type)) return VT_LPWSTR;
+    auto const page = set != nullptr ? codePageOf(*set) : std::nullopt;
+    bool const hasNarrowTexts = page != utf16Page && page != unknownPage;
+    return property->type == VT_LPSTR && !hasNarrowTexts ? VARTYPE{VT_LPWSTR} : property->type;
 }
 
 int set(PropsCommand const& command) {

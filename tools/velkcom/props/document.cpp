@@ -5,6 +5,7 @@
 #include <ole2.h>
 
 #include "com/error.h"
+#include "com/stored_properties.h"
 #include "com/utf.h"
 #include "props/known_sets.h"
 #include "result_codes.h"
@@ -96,6 +97,16 @@ std::optional<Document> openCompoundFile(std::string const& path) {
         if (error.code() == STG_E_FILEALREADYEXISTS) return {};
         throw;
     }
+}
+
+std::optional<unsigned> codePageOf(IPropertyStorage& set) {
+    PROPSPEC specifier{};
+    specifier.ulKind = PRSPEC_PROPID;
+    specifier.propid = PID_CODEPAGE;
+    com::PropVariant value;
+    bool const isThere =
+        set.ReadMultiple(1, &specifier, value.put()) == S_OK && value.get().vt == VT_I2;
+    return isThere ? std::optional<unsigned>(value.get().uiVal) : std::nullopt;
 }
 
 void commitSet(IPropertyStorage& set) {

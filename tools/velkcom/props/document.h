@@ -44,6 +44,9 @@ class Document {
 /// a file of another kind.
 std::optional<Document> openCompoundFile(std::string const& path);
 
+/// A set's code page as an unsigned number; nothing when the set does not say.
+std::optional<unsigned> codePageOf(IPropertyStorage& set);
+
 /// Makes changes of a set lasting.
 void commitSet(IPropertyStorage& set);
 

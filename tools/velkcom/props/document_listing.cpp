@@ -8,16 +8,6 @@
 namespace velk::velkcom {
 namespace {
 
-std::optional<unsigned> codePageOf(IPropertyStorage& set) {
-    PROPSPEC specifier{};
-    specifier.ulKind = PRSPEC_PROPID;
-    specifier.propid = PID_CODEPAGE;
-    com::PropVariant value;
-    bool const isThere =
-        set.ReadMultiple(1, &specifier, value.put()) == S_OK && value.get().vt == VT_I2;
-    return isThere ? std::optional<unsigned>(value.get().uiVal) : std::nullopt;
-}
-
 ListedSet listSet(REFFMTID id, IPropertyStorage& set) {
     ListedSet listed{id, codePageOf(set), {}};
     com::ComPtr<IEnumSTATPROPSTG> all;
