@@ -12,6 +12,8 @@ using com::HeldObject;
 
 constexpr DWORD ofCopies = STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE;
 constexpr DWORD ofSources = STGM_READ | STGM_SHARE_EXCLUSIVE;
+/// Storages in one another that are copied. Each takes a part of the stack.
+constexpr int deepestCopy = 256;
 
 void require(HRESULT code) {
     failIf(FAILED(code), code);
@@ -35,28 +37,37 @@ HRESULT StorageObject::CopyTo(DWORD excludedCount, IID const* excludedIds, SNB e
             return std::find(excludedIds, excludedIds + excludedCount, id) !=
                    excludedIds + excludedCount;
         };
-        Entry const own = file_->directory().at(element_->entry);
-        require(target->SetClass(own.classId));
-        require(target->SetStateBits(own.stateBits, 0xFFFFFFFF));
-        // A copy: the target may be in this file.
-        auto const all = file_->directory().children(element_->entry);
-        for (auto const& [name, id] : all) {
-            Entry const entry = file_->directory().at(id);
-            bool const isLeftOut = isExcluded(entry.isStorage() ? IID_IStorage : IID_IStream) ||
-                                   isNamed(excluded, entry.name);
-            if (!isLeftOut) copyElement(entry, entry.name.c_str(), *target);
-        }
+        copyContent(*target, 0, [&](Entry const& entry) {
+            return isExcluded(entry.isStorage() ? IID_IStorage : IID_IStream) ||
+                   isNamed(excluded, entry.name);
+        });
     });
 }
 
-void StorageObject::copyElement(Entry const& entry, OLECHAR const* newName, IStorage& target) {
+template <typename IsLeftOut>
+void StorageObject::copyContent(IStorage& target, int depth, IsLeftOut isLeftOut) {
+    failIf(depth > deepestCopy, STG_E_INSUFFICIENTMEMORY);
+    Entry const own = file_->directory().at(element_->entry);
+    require(target.SetClass(own.classId));
+    require(target.SetStateBits(own.stateBits, 0xFFFFFFFF));
+    // A copy: the target may be in this file.
+    auto const all = file_->directory().children(element_->entry);
+    for (auto const& [name, id] : all) {
+        Entry const entry = file_->directory().at(id);
+        if (!isLeftOut(entry)) copyElement(entry, entry.name.c_str(), target, depth);
+    }
+}
+
+void StorageObject::copyElement(Entry const& entry, OLECHAR const* newName, IStorage& target,
+                                int depth) {
     if (entry.isStorage()) {
         HeldObject<IStorage> source, copy;
         require(OpenStorage(entry.name.c_str(), nullptr, ofSources, nullptr, 0,
                             reinterpret_cast<IStorage**>(source.target())));
         require(target.CreateStorage(newName, ofCopies, 0, 0,
                                      reinterpret_cast<IStorage**>(copy.target())));
-        require(source->CopyTo(0, nullptr, nullptr, copy.get()));
+        static_cast<StorageObject*>(source.get())
+            ->copyContent(*copy.get(), depth + 1, [](Entry const&) { return false; });
         return;
     }
     HeldObject<IStream> source, copy;
@@ -79,7 +90,7 @@ HRESULT StorageObject::MoveElementTo(OLECHAR const* name, IStorage* target, OLEC
         failIf(isMove && !mayWrite(element_->mode), STG_E_ACCESSDENIED);
         EntryId const moved = element(name);
         Entry const entry = file_->directory().at(moved);
-        copyElement(entry, newName, *target);
+        copyElement(entry, newName, *target, 0);
         if (isMove) file_->destroy(element_->entry, moved);
     });
 }

@@ -79,7 +79,10 @@ class StorageObject final : public SharedObject<IStorage, IID_IStorage> {
     EntryId element(OLECHAR const* name);
     EntryId elementOfType(OLECHAR const* name, EntryType type);
     EntryId create(OLECHAR const* name, DWORD mode, EntryType type);
-    void copyElement(Entry const& entry, OLECHAR const* newName, IStorage& target);
+    /// `depth` storages around this one are being copied too.
+    template <typename IsLeftOut>
+    void copyContent(IStorage& target, int depth, IsLeftOut isLeftOut);
+    void copyElement(Entry const& entry, OLECHAR const* newName, IStorage& target, int depth);
 
     std::shared_ptr<CompoundFile> file_;
     std::shared_ptr<OpenElement> element_;
