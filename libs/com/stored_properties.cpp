@@ -1,6 +1,7 @@
 #include "com/stored_properties.h"
 
-#include <cstdio>
+#include <array>
+#include <charconv>
 
 namespace velk::com {
 namespace {
@@ -22,11 +23,25 @@ Text localTimeText(FILETIME const& time) {
     if (!FileTimeToSystemTime(&time, &utc)) return {};
     SYSTEMTIME local{};
     if (!SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local)) local = utc;
-    char text[64];
-    std::snprintf(text, sizeof text, "%02u.%02u.%u %02u:%02u:%02u.%03u", unsigned{local.wDay},
-                  unsigned{local.wMonth}, unsigned{local.wYear}, unsigned{local.wHour},
-                  unsigned{local.wMinute}, unsigned{local.wSecond}, unsigned{local.wMilliseconds});
-    return wide(text);
+    struct Part {
+        unsigned number;
+        unsigned leastDigits;
+        char behind;
+    };
+    Text text;
+    for (Part const& part :
+         {Part{local.wDay, 2, '.'}, Part{local.wMonth, 2, '.'}, Part{local.wYear, 1, ' '},
+          Part{local.wHour, 2, ':'}, Part{local.wMinute, 2, ':'}, Part{local.wSecond, 2, '.'},
+          Part{local.wMilliseconds, 3, 0}}) {
+        std::array<char, 8> digits;
+        auto const end =
+            std::to_chars(digits.data(), digits.data() + digits.size(), part.number).ptr;
+        auto const count = static_cast<std::size_t>(end - digits.data());
+        text.append(part.leastDigits > count ? part.leastDigits - count : 0, OLESTR('0'));
+        text.append(digits.data(), end);
+        if (part.behind != 0) text += static_cast<OLECHAR>(part.behind);
+    }
+    return text;
 }
 
 ScriptValue readScriptValue(PROPVARIANT const& value) {

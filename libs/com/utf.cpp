@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <type_traits>
 
 namespace velk::com {
 namespace {
@@ -88,6 +89,19 @@ void appendUtf16(std::basic_string<OLECHAR>& out, char32_t point) {
     out.push_back(static_cast<OLECHAR>(firstLowSurrogate + (offset & 0x3FF)));
 }
 
+/// The text up to its first character that is not ASCII, with room for the rest.
+template <typename Made, typename Character>
+std::basic_string<Made> asciiAtTheFront(std::basic_string_view<Character> text) {
+    auto const isOther = [](Character c) {
+        return static_cast<std::make_unsigned_t<Character>>(c) >= 0x80;
+    };
+    auto const end = std::find_if(text.begin(), text.end(), isOther);
+    std::basic_string<Made> out;
+    out.reserve(text.size());
+    out.assign(text.begin(), end);
+    return out;
+}
+
 OLECHAR lowered(OLECHAR unit) noexcept {
     return unit >= 'A' && unit <= 'Z' ? static_cast<OLECHAR>(unit + ('a' - 'A')) : unit;
 }
@@ -95,9 +109,9 @@ OLECHAR lowered(OLECHAR unit) noexcept {
 }  // namespace
 
 std::string toUtf8(std::basic_string_view<OLECHAR> text) {
-    std::string out;
-    out.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
+    // Most texts are ASCII, or begin so.
+    std::string out = asciiAtTheFront<char>(text);
+    for (std::size_t i = out.size(); i < text.size(); ++i) {
         char32_t point = text[i];
         if (isSurrogate(point)) {
             bool const pair =
@@ -115,8 +129,8 @@ std::string toUtf8(std::basic_string_view<OLECHAR> text) {
 }
 
 std::optional<std::basic_string<OLECHAR>> fromUtf8(std::string_view bytes) {
-    std::basic_string<OLECHAR> out;
-    out.reserve(bytes.size());
+    auto out = asciiAtTheFront<OLECHAR>(bytes);
+    bytes.remove_prefix(out.size());
     while (!bytes.empty()) {
         auto const point = takeSequence(bytes);
         if (!point) return std::nullopt;
@@ -126,8 +140,8 @@ std::optional<std::basic_string<OLECHAR>> fromUtf8(std::string_view bytes) {
 }
 
 std::basic_string<OLECHAR> fromUtf8Leniently(std::string_view bytes) {
-    std::basic_string<OLECHAR> out;
-    out.reserve(bytes.size());
+    auto out = asciiAtTheFront<OLECHAR>(bytes);
+    bytes.remove_prefix(out.size());
     while (!bytes.empty()) {
         auto const point = takeSequence(bytes);
         if (!point) bytes.remove_prefix(1);

@@ -8,6 +8,9 @@
 namespace velk::platform::storage {
 namespace {
 
+// An id and a length.
+constexpr std::size_t leastEntrySize = sizeof(PROPID) + sizeof(ULONG);
+
 std::size_t unitSize(CodePage const& page) {
     return page.isUtf16() ? sizeof(char16_t) : 1;
 }
@@ -19,19 +22,23 @@ Dictionary::Dictionary(Bytes bytes, CodePage const& page, bool countsCase)
     ByteReader from(bytes);
     try {
         auto const count = from.read<ULONG>();
+        std::size_t const atMost = std::min<std::size_t>(count, from.left() / leastEntrySize);
+        entries_.reserve(atMost);
+        byId_.reserve(atMost);
         for (ULONG i = 0; i < count; ++i) {
             auto const id = from.read<PROPID>();
             std::size_t const start = from.position();
             auto const length = from.read<ULONG>();
             auto text = page.toText(textOf(from.take(length * unitSize(page))));
             text.resize(std::min(text.find(u'\0'), text.size()));
-            auto const raw = bytes.subspan(start, from.position() - start);
-            add({id, std::move(text), std::vector<std::byte>(raw.begin(), raw.end())});
+            add({id, std::move(text), std::pair(start, from.position() - start)});
             if (page.isUtf16()) from.skipPadding(0);
         }
     } catch (StorageError const&) {
         // The names up to here are what there is of it.
     }
+    Bytes const read = bytes.first(from.position());
+    image_.assign(read.begin(), read.end());
 }
 
 std::u16string Dictionary::keyOf(std::u16string_view name) const {
@@ -43,7 +50,7 @@ std::u16string Dictionary::keyOf(std::u16string_view name) const {
 void Dictionary::add(Entry entry) {
     // Where an id or a name is there twice, the first one counts.
     if (!byId_.emplace(entry.id, entries_.size()).second) return;
-    byName_.emplace(keyOf(entry.name), entries_.size());
+    if (isIndexed_) byName_.emplace(keyOf(entry.name), entries_.size());
     if (entry.id < PID_MIN_READONLY) highestId_ = std::max(highestId_, entry.id);
     entries_.push_back(std::move(entry));
 }
@@ -53,7 +60,17 @@ std::u16string const* Dictionary::nameOf(PROPID id) const {
     return found == byId_.end() ? nullptr : &entries_[found->second].name;
 }
 
+void Dictionary::indexNames() const {
+    if (isIndexed_) return;
+    byName_.reserve(entries_.size());
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        if (!entries_[i].isRemoved) byName_.emplace(keyOf(entries_[i].name), i);
+    }
+    isIndexed_ = true;
+}
+
 std::optional<PROPID> Dictionary::idOf(std::u16string_view name) const {
+    indexNames();
     auto const found = byName_.find(keyOf(name));
     if (found == byName_.end()) return {};
     return entries_[found->second].id;
@@ -68,8 +85,10 @@ void Dictionary::remove(PROPID id) {
     auto const found = byId_.find(id);
     if (found == byId_.end()) return;
     Entry& entry = entries_[found->second];
-    auto const named = byName_.find(keyOf(entry.name));
-    if (named != byName_.end() && named->second == found->second) byName_.erase(named);
+    if (isIndexed_) {
+        auto const named = byName_.find(keyOf(entry.name));
+        if (named != byName_.end() && named->second == found->second) byName_.erase(named);
+    }
     entry.isRemoved = true;
     byId_.erase(found);
 }
@@ -80,8 +99,9 @@ std::vector<std::byte> Dictionary::write(CodePage const& page) const {
     for (Entry const& entry : entries_) {
         if (entry.isRemoved) continue;
         to.write(entry.id);
-        if (entry.bytes) {
-            to.write(Bytes(*entry.bytes));
+        if (entry.placeAndSize) {
+            auto const [place, size] = *entry.placeAndSize;
+            to.write(Bytes(image_).subspan(place, size));
         } else {
             auto const text = pageText(entry.name, page);
             to.write(static_cast<ULONG>(text.size() / unitSize(page)));

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include <propidl.h>
@@ -14,7 +15,7 @@
 namespace velk::platform::storage {
 
 /// Names by id and ids by name. Names that are not changed keep the bytes that
-/// they were read from.
+/// they were read from. One thread at a time may use it.
 class Dictionary {
   public:
     /// An empty one. `countsCase`: whether names differ by the case of letters.
@@ -42,18 +43,23 @@ class Dictionary {
     struct Entry {
         PROPID id;
         std::u16string name;
-        /// As it was read, with its length; nothing when the name is new.
-        std::optional<std::vector<std::byte>> bytes;
+        /// Where it was read, with its length; nothing when the name is new.
+        std::optional<std::pair<std::size_t, std::size_t>> placeAndSize;
         bool isRemoved = false;
     };
 
     std::u16string keyOf(std::u16string_view name) const;
     void add(Entry entry);
+    void indexNames() const;
 
     bool countsCase_;
+    /// What was read.
+    std::vector<std::byte> image_;
     std::vector<Entry> entries_;
     std::unordered_map<PROPID, std::size_t> byId_;
-    std::unordered_map<std::u16string, std::size_t> byName_;
+    /// Made for the first who looks for a name: many only list them.
+    mutable std::unordered_map<std::u16string, std::size_t> byName_;
+    mutable bool isIndexed_ = false;
     PROPID highestId_ = 0;
 };
 

@@ -192,7 +192,7 @@ void copyAlone(PROPVARIANT& target, PROPVARIANT const& source) {
 
 HRESULT PropVariantClear(PROPVARIANT* value) {
     using namespace velk::platform::storage;
-    if (value == nullptr) return S_OK;
+    if (value == nullptr || value->vt == VT_EMPTY) return S_OK;
     bool const isKnown = isValueType(value->vt);
     if (isKnown && isVector(value->vt)) clearVector(*value);
     if (isKnown && !isVector(value->vt)) clearAlone(*value);

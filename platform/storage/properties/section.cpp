@@ -1,7 +1,6 @@
 #include "platform/storage/properties/section.h"
 
 #include <algorithm>
-#include <map>
 
 #include "platform/storage/properties/value_reader.h"
 #include "platform/storage/properties/value_writer.h"
@@ -68,27 +67,32 @@ void Section::readTable(Bytes section) {
     std::size_t const tableEnd = headerSize + count * tableEntrySize;
     if (size >= tableEnd && size < section.size()) section = section.first(size);
     raw_ = section;
-    std::map<std::size_t, std::size_t> ends;
     properties_.resize(count);
-    std::vector<std::size_t> offsets(count);
+    byId_.reserve(count);
+    std::vector<std::size_t> offsets(count), starts;
+    starts.reserve(count);
     for (ULONG i = 0; i < count; ++i) {
         properties_[i].id = from.read<PROPID>();
         offsets[i] = from.read<ULONG>();
-        if (offsets[i] < section.size()) ends[offsets[i]] = section.size();
+        if (offsets[i] < section.size()) starts.push_back(offsets[i]);
     }
-    for (auto at = ends.begin(); at != ends.end() && std::next(at) != ends.end(); ++at) {
-        at->second = std::next(at)->first;
-    }
+    std::ranges::sort(starts);
     bool const maySpread = count * section.size() <= mostSharedBytes;
+    // In a big set only one property may have the same bytes.
+    std::vector<bool> isTaken(maySpread ? 0 : starts.size());
     for (ULONG i = 0; i < count; ++i) {
         if (!byId_.emplace(properties_[i].id, i).second) hasIdsTwice_ = true;
-        auto const end = ends.find(offsets[i]);
-        if (end == ends.end()) continue;
+        if (offsets[i] >= section.size()) continue;
+        auto const next = std::ranges::upper_bound(starts, offsets[i]);
+        if (!maySpread) {
+            auto const last = static_cast<std::size_t>(next - starts.begin()) - 1;
+            if (isTaken[last]) continue;
+            isTaken[last] = true;
+        }
+        std::size_t const end = next != starts.end() ? *next : section.size();
         auto const bytes = section.subspan(offsets[i]);
-        properties_[i].own = end->second - offsets[i];
+        properties_[i].own = end - offsets[i];
         properties_[i].bytes = maySpread ? bytes : bytes.first(properties_[i].own);
-        // In a big set only one property may have the same bytes.
-        if (!maySpread) ends.erase(end);
     }
 }
 
@@ -125,7 +129,7 @@ void Section::remove(PROPID id) {
     }
 }
 
-Bytes Section::keptBytes(KeptProperty const& property) const {
+std::size_t Section::keptSize(KeptProperty const& property) const {
     std::size_t size = property.own;
     if (property.id != PID_DICTIONARY && property.bytes.size() > property.own) {
         try {
@@ -134,7 +138,7 @@ Bytes Section::keptBytes(KeptProperty const& property) const {
             // A value that cannot be read is kept up to the next one.
         }
     }
-    return property.bytes.first(size);
+    return size;
 }
 
 void Section::write(ByteWriter& to) const {
@@ -155,13 +159,20 @@ void Section::write(ByteWriter& to) const {
         section.write(property->id);
         section.write(ULONG{0});
     }
-    // Properties that were read from the same bytes go on sharing them.
+    // Properties that were read from the same bytes go on sharing them, as many
+    // as the longest needs.
+    std::unordered_map<std::byte const*, std::size_t> sizes;
+    for (KeptProperty const* property : kept) {
+        std::size_t& size = sizes[property->bytes.data()];
+        size = std::max(size, keptSize(*property));
+    }
     std::unordered_map<std::byte const*, std::size_t> places;
     std::vector<std::size_t> offsets;
     for (KeptProperty const* property : kept) {
-        auto const [place, isNew] = places.emplace(property->bytes.data(), section.size());
+        std::byte const* const data = property->bytes.data();
+        auto const [place, isNew] = places.emplace(data, section.size());
         if (isNew) {
-            section.write(keptBytes(*property));
+            section.write(Bytes(data, sizes[data]));
             section.pad();
         }
         offsets.push_back(place->second);

@@ -76,7 +76,8 @@ class Section {
   private:
     void readTable(Bytes section);
     void readSpecialProperties();
-    Bytes keptBytes(KeptProperty const& property) const;
+    /// How many of a property's bytes are its value, and what only it has.
+    std::size_t keptSize(KeptProperty const& property) const;
 
     FMTID formatId_;
     StreamImage image_;

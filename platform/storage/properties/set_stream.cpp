@@ -41,6 +41,7 @@ SetStream::SetStream(std::vector<std::byte> bytes) {
         list.push_back({id, std::min<std::size_t>(from.read<ULONG>(), image->size())});
     }
     std::size_t lastEnd = 0;
+    sections_.reserve(mostSections);
     for (Listed const& listed : list) {
         std::size_t end = image->size();
         for (Listed const& other : list) {

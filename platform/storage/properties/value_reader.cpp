@@ -19,6 +19,17 @@ std::u16string unitsOf(Bytes bytes) {
     return text;
 }
 
+/// A copy that ends at the first zero.
+TaskArray<char16_t> wideText(Bytes bytes) {
+    auto made = taskArray<char16_t>(bytes.size() / sizeof(char16_t) + 1);
+    std::memcpy(made.get(), bytes.data(), bytes.size() / sizeof(char16_t) * sizeof(char16_t));
+    return made;
+}
+
+bool isAscii(std::string_view text) {
+    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
 /// One of the ways in which programs have put texts into vectors.
 struct Layout {
     bool textsArePadded = true;
@@ -128,10 +139,7 @@ class Reading final : public ArrayElements {
                 *static_cast<BSTR*>(place) = bstr();
                 return;
             case Form::wideText: {
-                auto const text = unitsOf(countedUnits());
-                std::u16string_view const toZero =
-                    std::u16string_view(text).substr(0, std::min(text.find(u'\0'), text.size()));
-                *static_cast<char16_t**>(place) = taskText(toZero).release();
+                *static_cast<char16_t**>(place) = wideText(countedUnits()).release();
                 return padText(start);
             }
             case Form::blob: {
@@ -243,7 +251,9 @@ std::string narrowText(Bytes bytes, CodePage const& page) {
     }
     auto const text = textOf(bytes);
     auto const toZero = text.substr(0, std::min(text.find('\0'), text.size()));
-    return page.isUtf8() ? std::string(toZero) : toBytes(page.toText(toZero));
+    // All pages but UTF-16 have ASCII in common.
+    bool const isUtf8 = page.isUtf8() || isAscii(toZero);
+    return isUtf8 ? std::string(toZero) : toBytes(page.toText(toZero));
 }
 
 }  // namespace velk::platform::storage
