@@ -91,6 +91,12 @@ void Header::setDifatChain(SectorId first, std::uint32_t sectors) {
     setNumber(72, sectors);
 }
 
+std::vector<SectorId> readSectorIds(Bytes bytes) {
+    std::vector<SectorId> ids(bytes.size() / sizeof(SectorId));
+    std::memcpy(ids.data(), bytes.data(), ids.size() * sizeof(SectorId));
+    return ids;
+}
+
 Entry parseEntry(Bytes bytes, bool hasLargeSizes) {
     Entry entry;
     std::size_t const length = readNumber<std::uint16_t>(bytes, nameLengthAt) / 2;

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <objidl_storage.h>
 
@@ -31,21 +34,19 @@ inline constexpr std::size_t headerDifatEntries = 109;
 /// The longest name of an element, in UTF-16 units.
 inline constexpr std::size_t longestName = 31;
 
-/// Numbers in files have their lowest byte first.
+/// Numbers in files have their lowest byte first, as here.
+static_assert(std::endian::native == std::endian::little);
+
 template <typename Number>
 Number readNumber(Bytes bytes, std::size_t offset) {
-    Number number = 0;
-    for (std::size_t i = sizeof number; i-- > 0;) {
-        number = static_cast<Number>(number << 8 | std::to_integer<Number>(bytes[offset + i]));
-    }
+    Number number;
+    std::memcpy(&number, bytes.subspan(offset, sizeof number).data(), sizeof number);
     return number;
 }
 
 template <typename Number>
 void writeNumber(MutableBytes bytes, std::size_t offset, Number number) {
-    for (std::size_t i = 0; i < sizeof number; ++i) {
-        bytes[offset + i] = static_cast<std::byte>(number >> (8 * i) & 0xFF);
-    }
+    std::memcpy(bytes.subspan(offset, sizeof number).data(), &number, sizeof number);
 }
 
 /// The first 512 bytes of the file. Bytes without a meaning here stay as they are.
@@ -108,6 +109,9 @@ struct Entry {
     bool isStorage() const { return type == EntryType::storage || type == EntryType::root; }
     bool operator==(Entry const&) const = default;
 };
+
+/// What a sector of a table holds.
+std::vector<SectorId> readSectorIds(Bytes bytes);
 
 /// Reads 128 bytes. Names that are too long are cut, unknown types are unused.
 Entry parseEntry(Bytes bytes, bool hasLargeSizes);

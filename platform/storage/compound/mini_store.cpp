@@ -18,12 +18,7 @@ std::vector<SectorId>& MiniStore::page(std::size_t index) {
     if (known != pages_.end()) return known->second;
     std::array<std::byte, 4 * pageEntries> bytes;
     table_.read(index * bytes.size(), bytes);
-    std::vector<SectorId> entries;
-    entries.reserve(pageEntries);
-    for (std::size_t i = 0; i < pageEntries; ++i) {
-        entries.push_back(readNumber<std::uint32_t>(bytes, 4 * i));
-    }
-    return pages_[index] = std::move(entries);
+    return pages_[index] = readSectorIds(bytes);
 }
 
 SectorId MiniStore::next(SectorId sector) {

@@ -28,6 +28,7 @@ SectorStore::SectorStore(FileAccess& file)
 }
 
 void SectorStore::load() {
+    blockAt_.reset();
     sectorSize_ = header_.sectorSize();
     std::uint64_t const size = file_.size();
     // The last sector may be cut short.
@@ -74,10 +75,7 @@ SectorStore::Page& SectorStore::page(std::size_t index) {
     std::vector<std::byte> bytes(sectorSize_);
     read(sector, 0, bytes);
     Page loaded;
-    loaded.next.reserve(pageEntries());
-    for (std::size_t i = 0; i < pageEntries(); ++i) {
-        loaded.next.push_back(readNumber<std::uint32_t>(bytes, 4 * i));
-    }
+    loaded.next = readSectorIds(bytes);
     loaded.states.assign(pageEntries(), State::settled);
     auto& kept = pages_[index] = std::move(loaded);
     pagesToSearch_.insert(index);
@@ -163,11 +161,36 @@ bool SectorStore::isFresh(SectorId sector) {
 
 void SectorStore::read(SectorId sector, std::size_t offset, MutableBytes target) {
     failIf(sector >= sectorLimit_, STG_E_DOCFILECORRUPT);
-    file_.read(positionOf(sector) + offset, target);
+    std::uint64_t const from = positionOf(sector) + offset;
+    if (target.size() >= blockSize || !readFromBlock(from, target)) file_.read(from, target);
+}
+
+/// What is small is read with what stands around it: entries, tables and small
+/// streams stand close together. False when that is impossible.
+bool SectorStore::readFromBlock(std::uint64_t from, MutableBytes target) {
+    std::uint64_t const start = from / blockSize * blockSize;
+    auto const within = static_cast<std::size_t>(from - start);
+    if (within + target.size() > blockSize) return false;
+    if (blockAt_ != start) {
+        blockAt_.reset();
+        block_.resize(blockSize);
+        try {
+            file_.read(start, block_);
+        } catch (StorageError const&) {
+            // There may be something wrong with what nobody asked for.
+            return false;
+        }
+        blockAt_ = start;
+    }
+    std::copy_n(block_.begin() + static_cast<std::ptrdiff_t>(within), target.size(),
+                target.begin());
+    return true;
 }
 
 void SectorStore::write(SectorId sector, std::size_t offset, Bytes source) {
-    file_.write(positionOf(sector) + offset, source);
+    std::uint64_t const to = positionOf(sector) + offset;
+    if (blockAt_ && to < *blockAt_ + blockSize && to + source.size() > *blockAt_) blockAt_.reset();
+    file_.write(to, source);
 }
 
 void SectorStore::revert() {

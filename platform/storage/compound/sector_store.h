@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <set>
 #include <unordered_map>
 #include <vector>
@@ -72,7 +73,10 @@ class SectorStore {
         return (std::uint64_t{sector} + 1) * sectorSize_;
     }
     void load();
+    static constexpr std::size_t blockSize = 4096;
+
     void loadTableLocations();
+    bool readFromBlock(std::uint64_t from, MutableBytes target);
     Page& page(std::size_t index);
     Page& pageOf(SectorId sector) { return page(sector / pageEntries()); }
     SectorId reuse();
@@ -91,6 +95,9 @@ class SectorStore {
     Header committed_;
     std::size_t sectorSize_ = 0;
     std::uint64_t sectorLimit_ = 0;
+    /// The block of the file that was read last, and where it begins.
+    std::vector<std::byte> block_;
+    std::optional<std::uint64_t> blockAt_;
     std::vector<SectorId> pageSectors_;
     std::vector<SectorId> difatSectors_;
     std::unordered_map<std::size_t, Page> pages_;

@@ -7,12 +7,23 @@
 namespace velk::platform::storage {
 namespace {
 
+/// Calls `each` for the parts of a range: the sector with number `index` from
+/// `within` on, which are `part` bytes from `done` on in the range. Sectors that
+/// stand one behind the other make one part.
 template <typename Each>
-void forEachSmallSector(std::uint64_t offset, std::size_t count, Each each) {
+void forEachRun(std::vector<SectorId> const& sectors, std::uint64_t offset, std::size_t count,
+                Each each) {
     for (std::size_t done = 0; done < count;) {
         std::size_t const within = (offset + done) % miniSectorSize;
-        std::size_t const part = std::min(miniSectorSize - within, count - done);
-        each(static_cast<std::size_t>((offset + done) / miniSectorSize), within, done, part);
+        auto index = static_cast<std::size_t>((offset + done) / miniSectorSize);
+        SectorId const sector = sectors.at(index);
+        std::size_t part = miniSectorSize - within;
+        for (SectorId next = sector + 1; part < count - done && sectors.at(++index) == next;
+             ++next) {
+            part += miniSectorSize;
+        }
+        part = std::min(part, count - done);
+        each(sector, within, done, part);
         done += part;
     }
 }
@@ -41,12 +52,10 @@ void StreamContent::read(std::uint64_t offset, MutableBytes target) {
         chain->read(offset, target);
         return;
     }
-    auto const& sectors = std::get<SmallSectors>(place_);
-    forEachSmallSector(
-        offset, target.size(),
-        [&](std::size_t index, std::size_t within, std::size_t done, std::size_t part) {
-            small_.read(sectors.at(index), within, target.subspan(done, part));
-        });
+    forEachRun(std::get<SmallSectors>(place_), offset, target.size(),
+               [&](SectorId sector, std::size_t within, std::size_t done, std::size_t part) {
+                   small_.read(sector, within, target.subspan(done, part));
+               });
 }
 
 void StreamContent::write(std::uint64_t offset, Bytes source) {
@@ -54,12 +63,10 @@ void StreamContent::write(std::uint64_t offset, Bytes source) {
         chain->write(offset, source);
         return;
     }
-    auto const& sectors = std::get<SmallSectors>(place_);
-    forEachSmallSector(
-        offset, source.size(),
-        [&](std::size_t index, std::size_t within, std::size_t done, std::size_t part) {
-            small_.write(sectors.at(index), within, source.subspan(done, part));
-        });
+    forEachRun(std::get<SmallSectors>(place_), offset, source.size(),
+               [&](SectorId sector, std::size_t within, std::size_t done, std::size_t part) {
+                   small_.write(sector, within, source.subspan(done, part));
+               });
 }
 
 void StreamContent::resize(std::uint64_t size) {
