@@ -53,9 +53,7 @@ int runProgram(std::vector<std::string> const& arguments, std::ostream& out, std
                << "\"velkcom --help\" shows what it understands\n";
         return 2;
     } catch (com::Error const& error) {
-        errors << "velkcom: " << error.what();
-        std::string const meaning = meaningOfCode(error.code());
-        errors << (meaning.empty() ? "" : " (" + meaning + ")") << "\n";
+        errors << "velkcom: " << withMeaning(error) << "\n";
     } catch (std::exception const& error) {
         errors << "velkcom: " << error.what() << "\n";
     }

@@ -1,97 +1,24 @@
 #include "props_command.h"
 
-#include <algorithm>
+#include <filesystem>
 
 #include "com/error.h"
+#include "com/stored_properties.h"
 #include "com/utf.h"
 #include "com_session.h"
-#include "props/document_listing.h"
+#include "props/document.h"
 #include "props/known_sets.h"
-#include "props/progress_bar.h"
+#include "props/list_documents.h"
 #include "props/property_address.h"
 #include "props/value_text.h"
 #include "result_codes.h"
-#include "system.h"
 
 namespace velk::velkcom {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr unsigned utf16Page = 1200;
 /// "The system's own": what that was when the file was made, nothing tells.
 constexpr unsigned unknownPage = 0;
-
-/// A file to list; what stands in a folder is passed over when it is no
-/// document.
-struct Candidate {
-    std::string path;
-    bool isFromFolder = false;
-};
-
-std::string withMeaning(com::Error const& error) {
-    std::string const meaning = meaningOfCode(error.code());
-    return error.what() + (meaning.empty() ? "" : " (" + meaning + ")");
-}
-
-void addFolder(fs::path const& folder, std::vector<Candidate>& found) {
-    std::vector<std::string> files;
-    auto const options = fs::directory_options::skip_permission_denied;
-    for (auto const& entry : fs::recursive_directory_iterator(folder, options)) {
-        std::error_code error;
-        if (entry.is_regular_file(error)) files.push_back(pathToUtf8(entry.path()));
-    }
-    std::ranges::sort(files);
-    for (auto& file : files) found.push_back({std::move(file), true});
-}
-
-std::vector<Candidate> candidates(std::vector<std::string> const& operands) {
-    std::vector<Candidate> found;
-    for (std::string const& operand : operands) {
-        std::error_code error;
-        auto const path = pathFromUtf8(operand);
-        if (fs::is_directory(path, error)) {
-            addFolder(path, found);
-        } else {
-            found.push_back({operand, false});
-        }
-    }
-    return found;
-}
-
-/// Nothing for a file in a folder that is no document.
-std::optional<DocumentListing> listCandidate(Candidate const& candidate) {
-    try {
-        if (auto const document = openCompoundFile(candidate.path)) {
-            return listDocument(candidate.path, *document);
-        }
-        if (candidate.isFromFolder) return {};
-        return DocumentListing{candidate.path, "the file is no compound file", {}};
-    } catch (com::Error const& error) {
-        return DocumentListing{candidate.path, withMeaning(error), {}};
-    }
-}
-
-int list(PropsCommand const& command, std::ostream& out, std::ostream& errors) {
-    auto const files = candidates(command.operands);
-    ProgressBar bar(errors, files.size(), isTerminal(errors), terminalWidth());
-    int code = 0;
-    for (Candidate const& file : files) {
-        auto const listing = listCandidate(file);
-        bar.advance();
-        if (!listing) continue;
-        bool const isWell = listing->error.empty();
-        if (!isWell) code = 1;
-        if (isTerminal(out) || !isWell) bar.erase();
-        if (command.json) {
-            out << listingJson(*listing);
-        } else {
-            if (isWell || !listing->sets.empty()) out << listingText(*listing);
-            if (!isWell) errors << "velkcom: \"" << file.path << "\": " << listing->error << "\n";
-        }
-    }
-    return code;
-}
 
 /// What the commands for one property begin with.
 struct Target {
@@ -212,7 +139,7 @@ int rename(PropsCommand const& command, std::ostream& errors) {
 int runOne(PropsCommand const& command, std::ostream& out, std::ostream& errors) {
     switch (command.action) {
         case PropsCommand::Action::list:
-            return list(command, out, errors);
+            return listDocuments(command.operands, command.json, out, errors);
         case PropsCommand::Action::get:
             return get(command, out, errors);
         case PropsCommand::Action::set:
@@ -236,7 +163,7 @@ int runProps(PropsCommand const& command, std::ostream& out, std::ostream& error
         return runOne(command, out, errors);
     } catch (com::Error const& error) {
         errors << "velkcom: \"" << command.operands[0] << "\": " << withMeaning(error) << "\n";
-    } catch (fs::filesystem_error const& error) {
+    } catch (std::filesystem::filesystem_error const& error) {
         errors << "velkcom: " << error.what() << "\n";
     }
     return 1;

@@ -126,4 +126,9 @@ std::string meaningOfCode(HRESULT code) {
     return known != nullptr ? known->meaning : std::string();
 }
 
+std::string withMeaning(com::Error const& error) {
+    std::string const meaning = meaningOfCode(error.code());
+    return error.what() + (meaning.empty() ? "" : " (" + meaning + ")");
+}
+
 }  // namespace velk::velkcom

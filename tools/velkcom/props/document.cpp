@@ -75,17 +75,24 @@ ComPtr<IPropertyStorage> Document::setForWriting(REFFMTID id) const {
 }
 
 std::vector<FMTID> Document::sets() const {
-    std::vector<FMTID> ids;
-    for (KnownSet const& known : knownSets()) ids.push_back(known.id);
+    std::vector<FMTID> there;
     ComPtr<IEnumSTATPROPSETSTG> all;
     check(sets_->Enum(all.put()), "the property sets cannot be listed");
     STATPROPSETSTG status{};
     ULONG done = 0;
     while (all->Next(1, &status, &done) == S_OK) {
-        bool const isListed = std::ranges::any_of(
-            ids, [&](FMTID const& id) { return IsEqualGUID(id, status.fmtid); });
-        bool const isNone = IsEqualGUID(status.fmtid, GUID_NULL);
-        if (!isListed && !isNone) ids.push_back(status.fmtid);
+        if (!IsEqualGUID(status.fmtid, GUID_NULL)) there.push_back(status.fmtid);
+    }
+    auto const isThere = [&](REFFMTID id) { return std::ranges::count(there, id) != 0; };
+    std::vector<FMTID> ids;
+    for (KnownSet const& known : knownSets()) {
+        // Some systems do not tell of the set that stands behind another one.
+        bool const mayBeBehind =
+            known.id == FMTID_UserDefinedProperties && isThere(FMTID_DocSummaryInformation);
+        if (mayBeBehind || isThere(known.id)) ids.push_back(known.id);
+    }
+    for (FMTID const& id : there) {
+        if (std::ranges::count(ids, id) == 0) ids.push_back(id);
     }
     return ids;
 }

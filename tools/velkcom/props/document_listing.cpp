@@ -1,5 +1,7 @@
 #include "props/document_listing.h"
 
+#include <algorithm>
+
 #include "com/error.h"
 #include "com/utf.h"
 #include "props/known_sets.h"
@@ -7,6 +9,9 @@
 
 namespace velk::velkcom {
 namespace {
+
+/// Most documents' listings are shorter.
+constexpr std::size_t usualSize = 4096;
 
 ListedSet listSet(REFFMTID id, IPropertyStorage& set) {
     ListedSet listed{id, codePageOf(set), {}};
@@ -35,37 +40,34 @@ std::optional<std::string> nameOf(ListedSet const& set, com::StoredProperty cons
 }
 
 /// On one line: other lines' ends would look like the listing's own.
-std::string oneLine(std::string const& text) {
-    std::string line;
-    for (char const c : text) {
-        if (static_cast<unsigned char>(c) >= 0x20) {
-            line += c;
-        } else if (c == '\n') {
-            line += "\\n";
-        } else if (c == '\r') {
-            line += "\\r";
-        } else {
-            line += c == '\t' ? '\t' : '?';
-        }
+void appendOnOneLine(std::string& out, std::string_view text) {
+    auto const isOther = [](char c) { return static_cast<unsigned char>(c) < 0x20 && c != '\t'; };
+    for (;;) {
+        auto const end = std::ranges::find_if(text, isOther);
+        out.append(text.begin(), end);
+        if (end == text.end()) return;
+        out += *end == '\n' ? "\\n" : *end == '\r' ? "\\r" : "?";
+        text = text.substr(static_cast<std::size_t>(end - text.begin()) + 1);
     }
-    return line;
 }
 
-void appendQuoted(std::string& out, std::string const& text) {
+void appendQuoted(std::string& out, std::string_view text) {
     constexpr char digits[] = "0123456789abcdef";
+    auto const isOther = [](char c) {
+        return c == '"' || c == '\\' || static_cast<unsigned char>(c) < 0x20;
+    };
     out += '"';
-    for (char const c : text) {
-        auto const byte = static_cast<unsigned char>(c);
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += c;
-        } else if (byte < 0x20) {
-            out += "\\u00";
-            out += digits[byte >> 4];
-            out += digits[byte & 15];
+    for (;;) {
+        auto const end = std::ranges::find_if(text, isOther);
+        out.append(text.begin(), end);
+        if (end == text.end()) break;
+        if (*end == '"' || *end == '\\') {
+            out.append(1, '\\').append(1, *end);
         } else {
-            out += c;
+            auto const byte = static_cast<unsigned char>(*end);
+            out.append("\\u00").append(1, digits[byte >> 4]).append(1, digits[byte & 15]);
         }
+        text = text.substr(static_cast<std::size_t>(end - text.begin()) + 1);
     }
     out += '"';
 }
@@ -88,10 +90,8 @@ struct JsonValue {
         bool const isNumber = number - number == 0;
         out += isNumber ? valueText(value) : "null";
     }
-    template <typename Number>
-    void operator()(Number const&) const {
-        out += valueText(value);
-    }
+    void operator()(std::int32_t number) const { out += std::to_string(number); }
+    void operator()(bool isTrue) const { out += isTrue ? "true" : "false"; }
     void operator()(std::basic_string<OLECHAR> const& text) const {
         appendQuoted(out, com::toUtf8(text));
     }
@@ -101,10 +101,12 @@ struct JsonValue {
 };
 
 void appendProperty(std::string& out, ListedSet const& set, com::StoredProperty const& property) {
+    auto const name = nameOf(set, property);
+    std::string const id = std::to_string(property.id);
     out += "{\"key\": ";
-    appendQuoted(out, com::toUtf8(property.key()));
-    out += ", \"id\": " + std::to_string(property.id) + ", \"name\": ";
-    appendQuotedOrNull(out, nameOf(set, property));
+    appendQuoted(out, property.name ? *name : id);
+    out.append(", \"id\": ").append(id).append(", \"name\": ");
+    appendQuotedOrNull(out, name);
     out += ", \"type\": ";
     appendQuoted(out, typeName(property.type));
     out += ", \"value\": ";
@@ -144,24 +146,32 @@ DocumentListing listDocument(std::string file, Document const& document) {
 }
 
 std::string listingText(DocumentListing const& listing) {
-    std::string text = oneLine(listing.file) + "\n";
+    std::string text;
+    text.reserve(usualSize);
+    appendOnOneLine(text, listing.file);
+    text += "\n";
     for (ListedSet const& set : listing.sets) {
         auto const* const known = knownSet(set.id);
-        text += "  " + (known != nullptr ? known->name + std::string(" ") : "") + idText(set.id);
+        text += "  ";
+        if (known != nullptr) text.append(known->name).append(" ");
+        text += idText(set.id);
         if (set.codePage) text += ", code page " + std::to_string(*set.codePage);
         text += "\n";
         for (auto const& property : set.properties) {
-            auto const name = nameOf(set, property);
-            text += "    " + std::to_string(property.id) + "  " + oneLine(name.value_or("-")) +
-                    "  " + typeName(property.type) + "  " +
-                    oneLine(valueText(property.value.get())) + "\n";
+            text.append("    ").append(std::to_string(property.id)).append("  ");
+            appendOnOneLine(text, nameOf(set, property).value_or("-"));
+            text.append("  ").append(typeName(property.type)).append("  ");
+            appendOnOneLine(text, valueText(property.value.get()));
+            text += "\n";
         }
     }
     return text;
 }
 
 std::string listingJson(DocumentListing const& listing) {
-    std::string out = "{\"file\": ";
+    std::string out;
+    out.reserve(usualSize);
+    out += "{\"file\": ";
     appendQuoted(out, com::toUtf8(com::fromUtf8Leniently(listing.file)));
     out += ", \"error\": ";
     appendQuotedOrNull(out, listing.error.empty() ? std::nullopt : std::optional(listing.error));
