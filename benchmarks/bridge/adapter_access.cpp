@@ -1,9 +1,8 @@
 #include "adapter_access.h"
 
-#include <array>
 #include <stdexcept>
-#include <string>
-#include <string_view>
+
+#include "common/module.h"
 
 namespace {
 
@@ -11,20 +10,10 @@ namespace com = velk::com;
 
 using MakeFacade = bool (*)(mzIDispatch*, IDispatch**);
 
-std::basic_string<OLECHAR> modulePath() {
-    std::array<OLECHAR, 4096> path{};
-    DWORD const length = GetModuleFileNameW(nullptr, path.data(), path.size());
-    std::basic_string<OLECHAR> program(path.data(), length);
-    program.resize(program.find_last_of(OLESTR("/\\")) + 1);
-    constexpr std::string_view file = VELK_MODULE_FILE;
-    return program.append(file.begin(), file.end());
-}
-
 MakeFacade loadFunction() {
-    // Never unloaded: facades may live until the program ends.
-    HMODULE const module = LoadLibraryW(modulePath().c_str());
-    if (module == nullptr) throw std::runtime_error("the module cannot be loaded");
-    FARPROC const function = GetProcAddress(module, "convertMZCOMIDispatch2MSCOMIDispatch");
+    // Facades may live until the program ends: so does the module.
+    FARPROC const function =
+        GetProcAddress(loadAdapterModule(), "convertMZCOMIDispatch2MSCOMIDispatch");
     if (function == nullptr) throw std::runtime_error("the module lacks its exported function");
     // Through void*, because the two function types differ on purpose.
     return reinterpret_cast<MakeFacade>(reinterpret_cast<void*>(function));

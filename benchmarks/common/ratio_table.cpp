@@ -3,59 +3,6 @@
 #include <iomanip>
 #include <stdexcept>
 
-#include "measures.h"
-
-namespace {
-
-enum class Bound { atMost, atLeast };
-
-struct Row {
-    char const* title;
-    double value;
-    Bound bound;
-    double limit;
-    char const* unit;
-};
-
-std::vector<Row> ratios(MedianCollector const& m) {
-    using namespace measure;
-    double const u = m.nanoseconds(unit);
-    auto const inUnits = [&](char const* name) { return m.nanoseconds(name) / u; };
-    return {
-        {"facade Invoke with two integers, less invokeByName",
-         inUnits(facadeIntegers) - inUnits(directIntegers), Bound::atMost, 4, "u"},
-        {"the same with a text of 100 characters in and out",
-         inUnits(facadeText) - inUnits(directText), Bound::atMost, 8, "u"},
-        {"GetIDsOfNames among 1,000,000 names against among 100",
-         m.nanoseconds(manyNames) / m.nanoseconds(fewNames), Bound::atMost, 4, "times"},
-        {"the same, 100 of the 1,000,000 names asked for again and again",
-         m.nanoseconds(manyNamesRepeated) / m.nanoseconds(fewNames), Bound::atMost, 4, "times"},
-        {"throughput of two threads on two facades against one",
-         m.nanoseconds(oneThread) / m.nanoseconds(twoThreads), Bound::atLeast, 1.8, "times"},
-        {"create, bind and release a facade", inUnits(facadeLife), Bound::atMost, 4, "u"},
-        {"invokeByName, the last of 30 members", inUnits(lastMember), Bound::atMost, 4, "u"},
-        {"wrapper invokeByName with two integers, less the native calls",
-         inUnits(wrapperIntegers) - inUnits(directNative), Bound::atMost, 5, "u"},
-        {"host to native to host, less invokeByName",
-         inUnits(doubleCrossing) - inUnits(directIntegers), Bound::atMost, 12, "u"},
-        {"element of a 1,000 x 1,000 array through its wrapper", inUnits(arrayElement),
-         Bound::atMost, 4, "u"},
-        {"one wrapper on 8 threads, per call, against on 2",
-         m.nanoseconds(wrapperEightThreads) / m.nanoseconds(wrapperTwoThreads), Bound::atMost, 1.2,
-         "times"},
-    };
-}
-
-/// What two threads gain at work that is none of the bridge's, for comparison.
-void printGain(std::ostream& out, MedianCollector const& medians, char const* one, char const* two,
-               char const* work) {
-    out << std::setw(9) << std::setprecision(2)
-        << medians.nanoseconds(one) / medians.nanoseconds(two)
-        << " times  (two threads against one here, " << work << ")\n";
-}
-
-}  // namespace
-
 bool MedianCollector::ReportContext(Context const&) {
     return true;
 }
@@ -75,22 +22,25 @@ double MedianCollector::nanoseconds(char const* name) const {
     return found->second;
 }
 
-void printTable(std::ostream& out, MedianCollector const& medians) {
+double MedianCollector::ratio(char const* name, char const* base) const {
+    return nanoseconds(name) / nanoseconds(base);
+}
+
+void printMedians(std::ostream& out, MedianCollector const& medians) {
     out << std::fixed << "\nMedian of each measurement\n";
     for (auto const& [name, time] : medians.all()) {
         out << std::setw(14) << std::setprecision(1) << time << " ns  " << name << '\n';
     }
-    out << "\nRatios (u: " << std::setprecision(1) << medians.nanoseconds(measure::unit)
-        << " ns)\n";
-    for (auto const& row : ratios(medians)) {
-        bool const atMost = row.bound == Bound::atMost;
-        bool const holds = atMost ? row.value <= row.limit : row.value >= row.limit;
-        out << std::setw(9) << std::setprecision(2) << row.value << ' ' << std::left << std::setw(6)
-            << row.unit << std::right << (atMost ? "at most  " : "at least ") << std::setw(4)
-            << std::setprecision(1) << row.limit << "  " << (holds ? "holds  " : "MISSED ")
-            << row.title << '\n';
+}
+
+void printRatios(std::ostream& out, std::vector<Ratio> const& ratios) {
+    out << std::fixed;
+    for (auto const& ratio : ratios) {
+        bool const atMost = ratio.bound == Bound::atMost;
+        bool const holds = atMost ? ratio.value <= ratio.limit : ratio.value >= ratio.limit;
+        out << std::setw(9) << std::setprecision(2) << ratio.value << ' ' << std::left
+            << std::setw(6) << ratio.unit << std::right << (atMost ? "at most  " : "at least ")
+            << std::setw(4) << std::setprecision(1) << ratio.limit << "  "
+            << (holds ? "holds  " : "MISSED ") << ratio.title << '\n';
     }
-    using namespace measure;
-    printGain(out, medians, oneThreadDirect, twoThreadsDirect, "the host call without the bridge");
-    printGain(out, medians, oneThreadAlone, twoThreadsAlone, "arithmetic that shares nothing");
 }

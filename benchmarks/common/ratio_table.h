@@ -1,4 +1,4 @@
-/// The table of ratios that a run ends with.
+/// The tables that a benchmark program ends with.
 #pragma once
 
 #include <map>
@@ -17,11 +17,25 @@ class MedianCollector : public benchmark::BenchmarkReporter {
     /// Nanoseconds per call. Throws std::runtime_error for a benchmark that
     /// did not run.
     double nanoseconds(char const* name) const;
+    /// How many times the first took of the second's time.
+    double ratio(char const* name, char const* base) const;
     std::map<std::string, double> const& all() const { return medians_; }
 
   private:
     std::map<std::string, double> medians_;
 };
 
-/// Prints every measurement, then each ratio with its limit and whether it holds.
-void printTable(std::ostream& out, MedianCollector const& medians);
+enum class Bound { atMost, atLeast };
+
+/// One ratio and the limit that it has to keep.
+struct Ratio {
+    char const* title;
+    double value;
+    Bound bound;
+    double limit;
+    char const* unit;
+};
+
+void printMedians(std::ostream& out, MedianCollector const& medians);
+/// Each ratio with its limit and whether it holds.
+void printRatios(std::ostream& out, std::vector<Ratio> const& ratios);

@@ -11,7 +11,7 @@ namespace velk::velkcom {
 namespace {
 
 /// Most documents' listings are shorter.
-constexpr std::size_t usualSize = 4096;
+constexpr std::size_t usualSize = 1024;
 
 ListedSet listSet(REFFMTID id, IPropertyStorage& set) {
     ListedSet listed{id, codePageOf(set), {}};
