@@ -33,11 +33,14 @@ class ByteReader {
 
     std::size_t position() const noexcept { return at_; }
     std::size_t left() const noexcept { return bytes_.size() - at_; }
+    /// Behind the last byte that was not passed over as padding.
+    std::size_t end() const noexcept { return end_; }
 
     Bytes take(std::size_t count) {
         failIf(count > left(), malformedSet);
         Bytes const taken = bytes_.subspan(at_, count);
         at_ += count;
+        end_ = at_;
         return taken;
     }
 
@@ -56,6 +59,7 @@ class ByteReader {
   private:
     Bytes bytes_;
     std::size_t at_ = 0;
+    std::size_t end_ = 0;
 };
 
 /// Puts bytes one behind the other.

@@ -44,7 +44,7 @@ class Reading final : public ArrayElements {
     Reading(Bytes bytes, CodePage const& page, Layout layout)
         : from_(bytes), page_(page), layout_(layout) {}
 
-    std::size_t position() const { return from_.position(); }
+    std::size_t end() const { return from_.end(); }
 
     /// Reads a text with its number. The caller frees it.
     BSTR bstr() override {
@@ -208,7 +208,7 @@ ReadValue read(Bytes bytes, CodePage const& page, Layout layout) {
     ReadValue made;
     Reading reading(bytes, page, layout);
     reading.typedValue(made.value.get());
-    made.size = reading.position();
+    made.size = reading.end();
     return made;
 }
 

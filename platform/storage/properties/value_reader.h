@@ -20,7 +20,8 @@ namespace velk::platform::storage {
 /// types that are unknown, or that tell of another stream.
 HeldValue readValue(Bytes bytes, std::size_t own, CodePage const& page);
 
-/// How many of the bytes the value is, with its type and its padding.
+/// How many of the bytes the value is, with its type and without its padding: some
+/// programs have the next value there.
 std::size_t valueSize(Bytes bytes, std::size_t own, CodePage const& page);
 
 /// A text as byte texts come out of values. Ends at the first zero.

@@ -1,113 +1,12 @@
 #include <algorithm>
-#include <cstdlib>
-#include <cstring>
-#include <fstream>
-#include <map>
-#include <sstream>
 
-#include "conformance/storage/storage_file.h"
+#include "conformance/storage/sample_documents.h"
 
-// Documents that other programs wrote, in the folder that VELK_DOCUMENTS names:
-// a change that is taken back leaves all of them as they were.
+// A change that is taken back leaves documents of other programs as they were.
 
 namespace {
 
 using namespace velk::test;
-
-/// One line of the folder's list.
-struct Document {
-    std::filesystem::path file;
-    bool isDamaged = false;
-    std::size_t streams = 0;
-};
-
-std::vector<Document> documents(std::filesystem::path const& folder) {
-    constexpr std::size_t nameColumn = 0, purposeColumn = 5, readerColumn = 6;
-    std::ifstream list(folder / "INDEX.tsv");
-    std::vector<Document> all;
-    std::string line;
-    std::getline(list, line);
-    while (std::getline(list, line)) {
-        std::vector<std::string> columns;
-        std::istringstream text(line);
-        for (std::string column; std::getline(text, column, '\t');) columns.push_back(column);
-        if (columns.size() <= readerColumn) continue;
-        Document document{folder / columns[nameColumn]};
-        document.isDamaged = columns[purposeColumn].rfind("fuzzer-found", 0) == 0;
-        std::string const key = "\"streams\": ";
-        auto const at = columns[readerColumn].find(key);
-        if (at != std::string::npos) {
-            document.streams = std::stoul(columns[readerColumn].substr(at + key.size()));
-        }
-        all.push_back(document);
-    }
-    return all;
-}
-
-struct Element {
-    STATSTG status{};
-    std::string bytes;
-
-    bool operator==(Element const& other) const {
-        auto const same = [](auto const& one, auto const& two) {
-            return std::memcmp(&one, &two, sizeof one) == 0;
-        };
-        return status.type == other.status.type && bytes == other.bytes &&
-               status.cbSize.QuadPart == other.status.cbSize.QuadPart &&
-               status.clsid == other.status.clsid &&
-               status.grfStateBits == other.status.grfStateBits &&
-               same(status.ctime, other.status.ctime) && same(status.mtime, other.status.mtime);
-    }
-};
-
-/// The storages that lead to an element, and its own name.
-using Path = std::vector<Text>;
-using Content = std::map<Path, Element>;
-
-/// All that can be read; `failures` counts what cannot.
-void collect(IStorage& storage, Path const& path, Content& content, int& failures) {
-    Element& own = content[path];
-    failures += FAILED(storage.Stat(&own.status, STATFLAG_NONAME));
-    velk::com::ComPtr<IEnumSTATSTG> elements;
-    if (FAILED(storage.EnumElements(0, nullptr, 0, elements.put()))) {
-        ++failures;
-        return;
-    }
-    STATSTG status{};
-    while (elements->Next(1, &status, nullptr) == S_OK) {
-        Path inner = path;
-        inner.emplace_back(status.pwcsName);
-        CoTaskMemFree(std::exchange(status.pwcsName, nullptr));
-        if (status.type == STGTY_STORAGE) {
-            Storage opened;
-            HRESULT const code =
-                storage.OpenStorage(inner.back().c_str(), nullptr, look, nullptr, 0, opened.put());
-            FAILED(code) ? void(++failures) : collect(*opened.get(), inner, content, failures);
-            continue;
-        }
-        Stream stream;
-        Element& element = content[inner];
-        element.status = status;
-        element.bytes.resize(static_cast<std::size_t>(
-            std::min<ULONGLONG>(status.cbSize.QuadPart, ULONGLONG{1} << 24)));
-        ULONG done = 0;
-        bool const isRead =
-            SUCCEEDED(storage.OpenStream(inner.back().c_str(), nullptr, look, 0, stream.put())) &&
-            SUCCEEDED(stream->Read(element.bytes.data(), static_cast<ULONG>(element.bytes.size()),
-                                   &done)) &&
-            done == element.bytes.size();
-        failures += !isRead;
-    }
-}
-
-Content contentOf(FilePlace const& place) {
-    Content content;
-    int failures = 0;
-    auto const root = place.open(look);
-    if (root) collect(*root.get(), {}, content, failures);
-    EXPECT_EQ(failures, 0);
-    return content;
-}
 
 std::size_t streamsIn(Content const& content) {
     return static_cast<std::size_t>(std::count_if(content.begin(), content.end(), [](auto& each) {
@@ -157,7 +56,7 @@ std::vector<Path> streamsToChange(Content const& content) {
     return {smallest->first, largest->first};
 }
 
-void changeAndChangeBack(FilePlace const& place, Document const& document) {
+void changeAndChangeBack(FilePlace const& place, SampleDocument const& document) {
     Content const before = contentOf(place);
     EXPECT_EQ(streamsIn(before), document.streams);
     for (Path const& path : streamsToChange(before)) {
@@ -186,16 +85,12 @@ void readAndChangeDamaged(FilePlace const& place) {
 }
 
 TEST(CompoundFile, DocumentsOfOthersSurviveAChangeTakenBack) {
-    char const* const folder = std::getenv("VELK_DOCUMENTS");
-    if (folder == nullptr) GTEST_SKIP() << "VELK_DOCUMENTS names no folder of documents";
-    auto const all = documents(folder);
-    ASSERT_FALSE(all.empty());
+    auto const all = sampleDocuments();
+    if (all.empty()) GTEST_SKIP() << "VELK_DOCUMENTS names no folder of documents";
     for (auto const& document : all) {
         SCOPED_TRACE(document.file.filename());
         FilePlace const place;
-        ASSERT_TRUE(std::filesystem::copy_file(document.file, place.file()));
-        std::filesystem::permissions(place.file(), std::filesystem::perms::owner_write,
-                                     std::filesystem::perm_options::add);
+        document.copyTo(place);
         document.isDamaged ? readAndChangeDamaged(place) : changeAndChangeBack(place, document);
     }
 }

@@ -116,9 +116,11 @@ TEST(ForeignSets, KeepWhatIsNotChanged) {
     std::string const odd = number32(0x777) + "what is this";
     std::string const broken = number32(VT_BLOB) + number32(0xfffffff0) + "x..";
     std::string const names = number32(1) + number32(5) + number32(3) + std::string("n\xe9\0", 3);
+    std::string const cut = number32(VT_I2) + number16(7);
     FilePlace const place;
     makeFile(place, header({summarySet}, {section({{0, names},
                                                    {1, codePage(1252)},
+                                                   {4, cut},
                                                    {5, number32(VT_I4) + number32(1)},
                                                    {6, unpadded},
                                                    {7, odd},
@@ -134,6 +136,8 @@ TEST(ForeignSets, KeepWhatIsNotChanged) {
     };
     put5(1);
     auto const first = stored();
+    // What followed a value without padding does not become its padding.
+    EXPECT_NE(first.find(cut + number16(0) + number32(VT_I4) + number32(1)), std::string::npos);
     put5(2);
     auto const second = stored();
     put5(1);
