@@ -2,10 +2,12 @@
 """Compares what velkcom lists of sample documents with what other readers say.
 
 compare_listings.py VELKCOM
+compare_listings.py --wine RUN_WINE VELKCOM
 
 The folder $VELK_DOCUMENTS holds documents, and in its folder "expected" for each of them the
 properties that olefile (NAME.olefile.json) and libgsf (NAME.gsf.txt) read.
-Where these decode a value of a kind that scripts see, ours must be the same.
+Where these decode a value of a kind that scripts see, ours must be the same, but for the
+differences of Wine's own property sets, which wine_differences.tsv lists.
 """
 import datetime
 import json
@@ -22,15 +24,18 @@ SETS = {"\x05SummaryInformation": "SummaryInformation",
 CODECS = {0: "cp1252", None: "cp1252", 10000: "mac_roman", 65001: "utf-8", 1200: "utf-16-le"}
 
 
-def listing(velkcom, path):
+def listing(command, path):
+    """None when the program does not come to its end."""
     environment = dict(os.environ, TZ="UTC")
-    run = subprocess.run([velkcom, "props", "list", "--json", str(path)], timeout=60,
-                         capture_output=True, env=environment, check=False)
-    if run.returncode not in (0, 1):
-        raise SystemExit(f"{path}: exit code {run.returncode}")
-    lines = run.stdout.decode("utf-8").splitlines()
-    if len(lines) != 1:
-        raise SystemExit(f"{path}: {len(lines)} lines")
+    try:
+        run = subprocess.run([*command, "props", "list", "--json", path], timeout=10,
+                             capture_output=True, env=environment, check=False)
+    except subprocess.TimeoutExpired:
+        return None
+    lines = run.stdout.decode("utf-8", "replace").splitlines()
+    # What is printed of a program that crashed has more lines.
+    if run.returncode not in (0, 1) or len(lines) != 1:
+        return None
     return json.loads(lines[0])
 
 
@@ -54,75 +59,117 @@ def expected_text(value, codec):
     return None
 
 
-def compare_with_olefile(name, ours, theirs):
-    compared = 0
+class Comparison:
+    """Counts values, and tells of each that differs or is missing."""
+
+    def __init__(self):
+        self.same = 0
+        self.differences = {}
+
+    def add(self, place, got, want):
+        if got == want:
+            self.same += 1
+        else:
+            self.differences[place] = f"{got!r} instead of {want!r}"
+
+
+def expected_value(kind, value, codec):
+    """What olefile's value is for scripts; None where it is of another kind."""
+    if kind in ("VT_LPSTR", "VT_LPWSTR"):
+        return expected_text(value, "utf-16-le" if kind == "VT_LPWSTR" else codec)
+    if kind == "VT_BOOL":
+        return bool(value)
+    if kind == "VT_I2" and isinstance(value, int):
+        return value & 0xFFFF
+    return value
+
+
+def compare_with_olefile(name, ours, theirs, comparison):
     for stream, properties in theirs.get("props", {}).items():
-        listed = next((s for s in ours["sets"] if s["name"] == SETS.get(stream)), None)
-        if listed is None or not isinstance(properties, dict):
+        if not isinstance(properties, dict) or not properties:
+            continue
+        set_name = SETS.get(stream)
+        listed = next((s for s in ours["sets"] if s["name"] == set_name), None)
+        if listed is None:
+            if set_name is not None:
+                comparison.add((name, set_name, "-"), None, "a set")
             continue
         page = listed["codePage"]
         codec = CODECS.get(page, f"cp{page}")
         by_id = {p["id"]: p for p in listed["properties"]}
         for key, value in properties.items():
-            ours_value = by_id.get(int(key))
-            if ours_value is None or ours_value["value"] is None:
+            found = by_id.get(int(key))
+            if found is None:
+                # The ids below and above tell of the set itself.
+                if 2 <= int(key) < 0x80000000:
+                    comparison.add((name, set_name or "-", key), None, value)
                 continue
-            kind, got = ours_value["type"], ours_value["value"]
-            if kind in ("VT_LPSTR", "VT_LPWSTR"):
-                want = expected_text(value, "utf-16-le" if kind == "VT_LPWSTR" else codec)
-            elif kind == "VT_FILETIME":
-                got, want = seconds_since_1601(got), value
-            elif kind == "VT_BOOL":
-                want = bool(value)
-            else:
-                want = value
-            if want is None:
+            if found["value"] is None:
                 continue
-            if kind == "VT_I2" and isinstance(want, int):
-                want &= 0xFFFF
-            compared += 1
-            if got != want:
-                raise SystemExit(f"{name}: {listed['name']} {key}: {got!r}, olefile {want!r}")
-    return compared
+            want = expected_value(found["type"], value, codec)
+            is_time = found["type"] == "VT_FILETIME"
+            got = seconds_since_1601(found["value"]) if is_time else found["value"]
+            if want is not None:
+                comparison.add((name, set_name or "-", key), got, want)
 
 
-def compare_with_gsf(name, ours, text):
+def compare_with_gsf(name, ours, text, comparison):
     """Texts of the user's own properties, which olefile does not read."""
     custom = next((s for s in ours["sets"] if s["name"] == "Custom"), None)
     if custom is None:
-        return 0
+        return
     theirs = dict(re.findall(r'^(.+?) = "((?:[^"\\]|\\.)*)"$', text, re.M))
-    compared = 0
     for each in custom["properties"]:
         if each["type"] not in ("VT_LPSTR", "VT_LPWSTR") or each["name"] not in theirs:
             continue
         want = re.sub(rb"\\(\d{3}|.)", lambda m: bytes([int(m[1], 8)]) if len(m[1]) == 3 else m[1],
                       theirs[each["name"]].encode())
-        compared += 1
-        if each["value"] != want.decode("utf-8", "replace"):
-            raise SystemExit(f"{name}: {each['name']}: {each['value']!r}, libgsf {want!r}")
-    return compared
+        comparison.add((name, "Custom", each["name"]), each["value"],
+                       want.decode("utf-8", "replace"))
 
 
-def main(velkcom):
+def compare_all(folder, command, path_of):
+    comparison = Comparison()
+    documents = 0
+    for expected in sorted((folder / "expected").glob("*.gsf.txt")):
+        name = expected.name[:-len(".gsf.txt")]
+        ours = listing(command, path_of(folder / name))
+        documents += 1
+        if ours is None:
+            comparison.add((name, "-", "-"), None, "an end")
+            continue
+        olefile = folder / "expected" / f"{name}.olefile.json"
+        if olefile.exists():
+            compare_with_olefile(name, ours, json.loads(olefile.read_text()), comparison)
+        compare_with_gsf(name, ours, expected.read_text(errors="replace"), comparison)
+    print(f"{documents} documents, {comparison.same} values are the same")
+    if documents == 0 or comparison.same == 0:
+        raise SystemExit("nothing was compared")
+    return comparison.differences
+
+
+def known_differences():
+    lines = (pathlib.Path(__file__).parent / "wine_differences.tsv").read_text().splitlines()
+    return {tuple(line.split("\t")[:3]) for line in lines if line}
+
+
+def main(arguments):
+    on_wine = arguments[:1] == ["--wine"]
+    command = arguments[1:] if on_wine else arguments
+    if not command:
+        raise SystemExit(__doc__)
     if not os.environ.get("VELK_DOCUMENTS"):
         print("skipped: VELK_DOCUMENTS names no folder of documents")
         sys.exit(SKIPPED)
-    folder = pathlib.Path(os.environ["VELK_DOCUMENTS"])
-    compared = documents = 0
-    for expected in sorted((folder / "expected").glob("*.gsf.txt")):
-        name = expected.name[:-len(".gsf.txt")]
-        ours = listing(velkcom, folder / name)
-        documents += 1
-        olefile = folder / "expected" / f"{name}.olefile.json"
-        if olefile.exists():
-            compared += compare_with_olefile(name, ours, json.loads(olefile.read_text()))
-        compared += compare_with_gsf(name, ours, expected.read_text(errors="replace"))
-    print(f"{documents} documents, {compared} values are the same")
-    if documents == 0 or compared == 0:
-        raise SystemExit("nothing was compared")
+    path_of = (lambda path: "Z:" + str(path).replace("/", "\\")) if on_wine else str
+    differences = compare_all(pathlib.Path(os.environ["VELK_DOCUMENTS"]), command, path_of)
+    known = known_differences() if on_wine else set()
+    for place in sorted(differences.keys() - known):
+        print(*place, differences[place], sep="\t")
+    for place in sorted(known - differences.keys()):
+        print(*place, "is marked as a difference, and is none", sep="\t")
+    print(f"{len(known & differences.keys())} differences as expected")
+    sys.exit(known != differences.keys())
 
 
-if len(sys.argv) != 2:
-    raise SystemExit(__doc__)
-main(sys.argv[1])
+main(sys.argv[1:])
