@@ -194,6 +194,29 @@ TEST_F(Props, FoldersAreSearchedAndOthersPassedOver) {
     EXPECT_EQ(std::ranges::count(named, '\n'), 2);
 }
 
+// So many that several threads read them.
+TEST_F(Props, ManyFilesAreListedInOrder) {
+    EXPECT_EQ(put("summary", "14", "7"), "0 ");
+    auto const many = folder_ / "many";
+    std::filesystem::create_directory(many);
+    constexpr int files = 200;
+    for (int i = 0; i < files; ++i) {
+        std::filesystem::copy_file(pathFromUtf8(file_), many / std::to_string(1000 + i));
+    }
+    std::ofstream(many / "1099") << "no document";
+    std::istringstream listed(run({"list", "--json", pathToUtf8(many)}));
+    std::string line;
+    for (int i = 0; i < files; ++i) {
+        if (i == 99) continue;
+        ASSERT_TRUE(std::getline(listed, line)) << i;
+        EXPECT_NE(line.find(std::to_string(1000 + i) + "\", \"error\": null"), std::string::npos)
+            << line;
+        EXPECT_NE(line.find("\"PageCount\", \"type\": \"VT_I4\", \"value\": 7}"), std::string::npos)
+            << line;
+    }
+    EXPECT_FALSE(std::getline(listed, line));
+}
+
 TEST_F(Props, FilesThatAreThereAreNotMadeAnew) {
     EXPECT_EQ(put("summary", "Title", "kept"), "0 ");
     EXPECT_EQ(run({"create", file_}), "1 ");
