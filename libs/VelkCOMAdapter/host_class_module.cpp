@@ -32,7 +32,7 @@ unsigned createDispatchWrapper(mzComDefaultClassFactory*, mzIUnknown* outer,
 
 mzComPtrT<mzIClassFactory> qxtClassFactory::make() {
     auto* const factory = new (std::nothrow) qxtClassFactory;
-    mzComPtrT<mzIClassFactory> const result(factory);
+    mzComPtrT<mzIClassFactory> result(factory);
     if (factory) {
         factory->addCreator(mzIIDS("qxttools.comadapter"), &createAlone<qxtProxyC>);
         factory->addCreator(mzIIDS("comadapter.dspwrapper"), &createDispatchWrapper);

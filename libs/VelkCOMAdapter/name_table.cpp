@@ -10,7 +10,6 @@
 
 #include "host/module_singleton.h"
 
-using velk::adapter::NameStore;
 using velk::com::TextView;
 
 namespace {

@@ -8,7 +8,7 @@ namespace velk::adapter {
 namespace {
 
 // A quarter of the smallest usual stack, 1 MB.
-constexpr std::uintptr_t needed = 256 * 1024;
+constexpr std::uintptr_t needed = std::uintptr_t{256} * 1024;
 
 thread_local constinit std::uintptr_t lowestAllowed = 0;
 

@@ -34,6 +34,7 @@ PApplication::~PApplication() {
     }
 }
 
+// A published signature. NOLINTNEXTLINE(performance-unnecessary-value-param)
 void PApplication::initApplicationVersion(QString version) {
     setApplicationVersion(ownCopy(version));
 }

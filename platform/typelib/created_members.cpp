@@ -130,9 +130,9 @@ HRESULT CreatedType::AddFuncDesc(UINT index, FUNCDESC* given) noexcept {
         check(*given, kind_);
         require(index <= functions_.size(), TYPE_E_ELEMENTNOTFOUND);
         FunctionDraft draft;
-        auto copy = copyFunction(*given, draft);
+        auto const copy = copyFunction(*given, draft);
         functionDrafts_.reserve(functionDrafts_.size() + 1);
-        insert(functions_, index, std::move(copy));
+        insert(functions_, index, copy);
         insert(functionDrafts_, index, draft);
         try {
             membersChanged();
@@ -158,9 +158,9 @@ HRESULT CreatedType::AddVarDesc(UINT index, VARDESC* given) noexcept {
     return guarded([&] {
         require(takes(kind_, given->varkind), TYPE_E_BADMODULEKIND);
         require(index <= variables_.size(), TYPE_E_ELEMENTNOTFOUND);
-        auto copy = copyVariable(*given);
+        auto const copy = copyVariable(*given);
         variableIdsGiven_.reserve(variableIdsGiven_.size() + 1);
-        insert(variables_, index, std::move(copy));
+        insert(variables_, index, copy);
         insert(variableIdsGiven_, index, given->memid != MEMBERID_NIL);
         membersChanged();
     });

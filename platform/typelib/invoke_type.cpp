@@ -110,7 +110,7 @@ InvokeType resolve(TypeLibrary& library, TYPEDESC const& type, int depth) {
 }  // namespace
 
 InvokeType resolveForInvoke(TypeLibrary& library, TYPEDESC const& type) {
-    auto const result = resolve(library, type, 0);
+    auto result = resolve(library, type, 0);
     require(result.pointers >= 0, DISP_E_BADVARTYPE);
     return result;
 }

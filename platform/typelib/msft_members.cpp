@@ -7,7 +7,7 @@ namespace {
 class MemberLists {
   public:
     MemberLists(ByteView group, std::size_t recordsEnd, std::size_t count)
-        : lists_(group.part(recordsEnd, 2 * 4 * count)), count_(count) {}
+        : lists_(group.part(recordsEnd, 2 * sizeof(DWORD) * count)), count_(count) {}
 
     MEMBERID id(std::size_t member) const { return lists_.i32(4 * member); }
     DWORD name(std::size_t member) const { return lists_.u32(4 * (count_ + member)); }

@@ -129,7 +129,8 @@ class LibraryReader {
         std::size_t const size = file.u32(position);
         // Two types may share a group in a damaged file; the budget keeps the
         // work within the size of the file all the same.
-        std::size_t const lists = 3 * 4 * (std::size_t{counts & 0xffff} + (counts >> 16));
+        std::size_t const lists =
+            3 * sizeof(DWORD) * (std::size_t{counts & 0xffff} + (counts >> 16));
         require(size + lists <= membersLeft_, TYPE_E_INVDATAREAD);
         membersLeft_ -= size + lists;
         auto const group = file.part(std::size_t{position} + 4, size + lists);

@@ -10,7 +10,6 @@
 namespace {
 
 using namespace velk::test;
-using velk::com::ComPtr;
 using velk::com::TextView;
 using velk::com::Variant;
 

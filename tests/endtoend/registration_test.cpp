@@ -171,9 +171,7 @@ TEST_F(Registration, CommandLineUserRegistersForTheUser) {
 
 TEST_F(Registration, OtherCommandLinesRegisterForTheMachine) {
     for (char const* commandLine :
-         {static_cast<char const*>(nullptr), "", "users", "use", "user ", " user",
-          "us\xc5\xbf"
-          "r"}) {
+         {static_cast<char const*>(nullptr), "", "users", "use", "user ", " user", "us\xc5\xbfr"}) {
         InstalledModule const module;
         ASSERT_EQ(module.install(true, commandLine), S_OK);
         EXPECT_FALSE(added(HKEY_LOCAL_MACHINE).empty());

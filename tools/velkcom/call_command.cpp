@@ -53,13 +53,14 @@ ComPtr<IDispatch> objectIn(Variant const& result, std::string const& gaveIt,
                       ", not an object with a member \"" + next + "\"");
 }
 
-Variant followPath(ComPtr<IDispatch> object, std::vector<PreparedStep>& steps, Access access) {
+Variant followPath(ComPtr<IDispatch> object, std::vector<PreparedStep> const& steps,
+                   Access access) {
     Variant result;
     for (std::size_t i = 0; i < steps.size(); ++i) {
         bool const last = i + 1 == steps.size();
-        auto& step = steps[i];
+        auto const& step = steps[i];
         try {
-            result = callMember(object.get(), step.name, std::move(step.arguments),
+            result = callMember(object.get(), step.name, step.arguments,
                                 last ? access : Access::automatic);
         } catch (CallFailure const& failure) {
             throw CallFailure("\"" + step.name + "\": " + failure.what());
@@ -72,7 +73,7 @@ Variant followPath(ComPtr<IDispatch> object, std::vector<PreparedStep>& steps, A
 }  // namespace
 
 int runCall(CallCommand const& command, std::ostream& out, std::ostream& errors) {
-    auto steps = prepare(command);
+    auto const steps = prepare(command);
     ComSession const session;
     try {
         Variant const result = followPath(createObject(command.progId), steps, command.access);

@@ -119,7 +119,7 @@ std::string takeType(std::vector<std::string>& arguments) {
     if (option == end) return {};
     auto const type = option + 1;
     if (type == end) throw UsageError("\"--type\" needs a TYPE");
-    std::string const taken = *type;
+    std::string taken = *type;
     if (taken.empty()) throw UsageError("\"--type\" needs a TYPE");
     arguments.erase(option, type + 1);
     return taken;

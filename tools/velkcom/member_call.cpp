@@ -67,10 +67,11 @@ DISPID findMember(IDispatch* object, std::string const& member) {
 }  // namespace
 
 com::Variant callMember(IDispatch* object, std::string const& member,
-                        std::vector<com::Variant> arguments, Access access) {
+                        std::vector<com::Variant> const& arguments, Access access) {
     DISPID const id = findMember(object, member);
     // The record of a call holds the arguments last to first, and does not own them.
     std::vector<VARIANT> reversed;
+    reversed.reserve(arguments.size());
     for (auto const& argument : arguments) reversed.push_back(argument.get());
     std::ranges::reverse(reversed);
 

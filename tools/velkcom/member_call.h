@@ -19,6 +19,6 @@ class CallFailure : public std::runtime_error {
 /// Calls `member` of `object` with `arguments`, in the order in which they
 /// are written. The empty name is the default member. Throws CallFailure.
 com::Variant callMember(IDispatch* object, std::string const& member,
-                        std::vector<com::Variant> arguments, Access access);
+                        std::vector<com::Variant> const& arguments, Access access);
 
 }  // namespace velk::velkcom

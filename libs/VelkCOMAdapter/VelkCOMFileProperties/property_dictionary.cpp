@@ -123,7 +123,7 @@ int prxFilePropDictionaryObjC::RemoveAll() {
 mzComPtrT<mzIUnknown> prxFilePropDictionaryObjC::setItemInFile(mzComStringC const& key,
                                                                mzComVariantC const& item) {
     constexpr char const* operation = "setItem";
-    mzComPtrT<mzIUnknown> const result = setItem(key, item);
+    mzComPtrT<mzIUnknown> result = setItem(key, item);
     refuseWhenReadOnly(operation);
     if (!writeProperty(key, item)) throwExecuteException(writeMessage, operation, 1);
     return result;
@@ -134,7 +134,7 @@ mzComPtrT<mzIUnknown> prxFilePropDictionaryObjC::setKeyInFile(mzComStringC const
     constexpr char const* operation = "setKey";
     mzComStringC text;
     getItem(key).get(text);
-    mzComPtrT<mzIUnknown> const result = setKey(key, newKey);
+    mzComPtrT<mzIUnknown> result = setKey(key, newKey);
     refuseWhenReadOnly(operation);
     if (!writeProperty(newKey, text)) throwExecuteException(writeMessage, operation, 1);
     if (!deleteProperty(key)) throwExecuteException(removeMessage, operation, 1);

@@ -40,7 +40,7 @@ class CallArguments {
     int const count_;
     // Both lists, one after the other, where there are more than usual.
     std::unique_ptr<VARIANT[]> large_;
-    std::array<VARIANT, 2 * usualCount> usual_;
+    std::array<VARIANT, std::size_t{2} * usualCount> usual_;
     VARIANT* converted_ = nullptr;
     VARIANT* passed_ = nullptr;
     DISPID valueOfPut_ = DISPID_PROPERTYPUT;

@@ -59,6 +59,7 @@ qxtProxyC::~qxtProxyC() {
     velk::adapter::setLastException({});
 }
 
+// Reflection shows scripts this signature. NOLINTNEXTLINE(performance-unnecessary-value-param)
 mzComPtrT<mzIDispatch> qxtProxyC::CreateObject(mzComStringC progId) {
     PCoInitializer::attach(0);
     mzComStringC const message = quoted("Could not create object '", progId, "'");
@@ -97,6 +98,7 @@ mzComPtrT<mzIDispatch> qxtProxyC::CreateObject(mzComStringC const& progId, mzCom
     return wrapNative(dispatch, object);
 }
 
+// Reflection shows scripts this signature. NOLINTNEXTLINE(performance-unnecessary-value-param)
 mzComPtrT<mzIDispatch> qxtProxyC::GetObject(mzComStringC progId) {
     PCoInitializer::attach(0);
     mzComStringC const message = quoted("Could not get object '", progId, "'");
@@ -108,6 +110,7 @@ mzComPtrT<mzIDispatch> qxtProxyC::GetObject(mzComStringC progId) {
     return wrapNative(dispatch);
 }
 
+// Reflection shows scripts this signature. NOLINTNEXTLINE(performance-unnecessary-value-param)
 mzComPtrT<mzIDispatch> qxtProxyC::QueryInterface(mzComStringC const& iid,
                                                  mzComPtrT<mzIDispatch> object) {
     PCoInitializer::attach(0);

@@ -77,7 +77,7 @@ void setLastException(mzComPtrC const& value) {
 
 mzComPtrC takeLastException() {
     mzComPtrC* const holder = lastExceptionSlot.holder();
-    mzComPtrC const last = holder ? *holder : mzComPtrC();
+    mzComPtrC last = holder ? *holder : mzComPtrC();
     resetLastException();
     return last;
 }

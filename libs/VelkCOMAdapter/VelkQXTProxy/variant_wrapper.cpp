@@ -38,7 +38,7 @@ vbsComVariantWrapperC::vbsComVariantWrapperC() {
 mzComPtrT<mzIUnknown> vbsComVariantWrapperC::make(Variant value) {
     auto* const made = new (std::nothrow) vbsComVariantWrapperC;
     if (!made) return {};
-    mzComPtrT<mzIUnknown> const wrapper(made->getIUnknown());
+    mzComPtrT<mzIUnknown> wrapper(made->getIUnknown());
     made->value_.replace(std::move(value));
     return wrapper;
 }

@@ -60,7 +60,7 @@ class mzComPtrT {
     ~mzComPtrT() { detach(); }
 
     mzComPtrT& operator=(mzComPtrT const& other) {
-        mzComPtrT(other).swap(*this);
+        if (this != &other) mzComPtrT(other).swap(*this);
         return *this;
     }
     mzComPtrT& operator=(mzComPtrT&& other) noexcept {

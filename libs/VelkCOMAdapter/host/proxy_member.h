@@ -92,11 +92,14 @@ void invokeMember(void* self, proxyAutoParaListC& args, proxyAutoTypeCastC& resu
     // Braces fix the order: the first argument that cannot be read is reported.
     Arguments values{
         unpack.template operator()<std::tuple_element_t<indices, Arguments>>(int(indices))...};
+    auto const call = [self](auto&&... all) -> decltype(auto) {
+        return callMember<member>(self, std::forward<decltype(all)>(all)...);
+    };
     if constexpr (std::is_void_v<typename Function::ResultType>) {
-        callMember<member>(self, std::get<indices>(std::move(values))...);
+        std::apply(call, std::move(values));
     } else {
         result.set<std::decay_t<typename Function::ResultType>>(
-            callMember<member>(self, std::get<indices>(std::move(values))...));
+            std::apply(call, std::move(values)));
     }
 }
 

@@ -62,7 +62,8 @@ inline mzComVariantRefC& mzComVariantRefC::operator=(mzComVariantC const& value)
 }
 
 inline mzComVariantRefC& mzComVariantRefC::operator=(mzComVariantRefC const& other) {
-    return *this = mzComVariantC(other);
+    if (this != &other) *this = mzComVariantC(other);
+    return *this;
 }
 
 inline mzComVariantRefC::operator mzComVariantC() const {

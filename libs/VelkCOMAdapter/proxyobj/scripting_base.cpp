@@ -14,9 +14,8 @@ mzIDispatchC newScriptObject(char const* scriptName) {
 mzComVariantC detail::classConstant(char const* typeName, char const* name) {
     mzComVariantArrayC arguments;
     arguments.append(typeName);
-    mzIDispatchC const nullInstance = newScriptObject("qxttools.scriptmanager")
-                                          .call("CreateNullType", arguments)
-                                          .toDispatch();
+    mzIDispatchC const nullInstance =
+        newScriptObject("qxttools.scriptmanager").call("CreateNullType", arguments).toDispatch();
     mzComVariantC value;
     nullInstance.getProperty(name, value);
     return value.skipVariable();

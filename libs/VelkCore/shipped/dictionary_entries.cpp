@@ -68,7 +68,8 @@ void DictionaryEntries::clear() {
 }
 
 std::uint32_t DictionaryEntries::after(std::uint64_t serial, std::uint32_t hint) const noexcept {
-    auto place = entries_.begin() + std::min<std::size_t>(hint, entries_.size());
+    auto const start = std::min<std::size_t>(hint, entries_.size());
+    auto place = entries_.begin() + static_cast<std::ptrdiff_t>(start);
     if (place != entries_.end() && place->serial == serial) {
         ++place;
     } else {

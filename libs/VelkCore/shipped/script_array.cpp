@@ -120,10 +120,11 @@ void ScriptArray::resize(int lastIndex) {
         throwExecuteException(
             "The list cannot end at the index " + mzComStringC::fromInt(lastIndex, 10), "ReDim", 1);
     }
-    auto const size = static_cast<std::size_t>(lastIndex + 1);
+    int const count = lastIndex + 1;
+    auto const size = static_cast<std::size_t>(count);
     std::vector<mzComVariantC> removed;  // released last, as above
     if (size < values_.size()) {
-        removed.assign(std::make_move_iterator(values_.begin() + lastIndex + 1),
+        removed.assign(std::make_move_iterator(values_.begin() + count),
                        std::make_move_iterator(values_.end()));
     }
     values_.resize(size);

@@ -8,6 +8,7 @@ unsigned invoke(mzComPtrT<mzIDispatch> const& object, mzComStringC const& name, 
                 mzComVariantArrayC const& args, mzComVariantC& result) {
     if (!object.isValid()) return mzFailure;
     // The callee may put this client's owner away; the object stays until then.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     mzComPtrT<mzIDispatch> const held = object;
     mzComPtrT<mzIException> dropped;
     return held->invokeByName(name, callKind, args, result, dropped);

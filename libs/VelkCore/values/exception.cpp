@@ -29,6 +29,7 @@ mzComPtrT<mzIException> mzComCreateException(mzComStringC const& source,
     return mzComPtrT<mzIException>(new ExceptionObject(source, description, inner));
 }
 
+// A published signature. NOLINTNEXTLINE(performance-unnecessary-value-param)
 mzComStringC mzComExceptionErrorString(mzComPtrT<mzIException> exception, mzComStringC fallback) {
     // Exception objects of others may be chained in a ring.
     constexpr int longestChain = 64;

@@ -121,7 +121,7 @@ void Directory::remove(EntryId storage, EntryId entry) {
 void Directory::linkTree(EntryId storage) {
     std::vector<EntryId> sorted;
     for (auto const& [name, entry] : children(storage)) sorted.push_back(entry);
-    int const fullLevels = std::bit_width(sorted.size() + 1) - 1;
+    int const fullLevels = static_cast<int>(std::bit_width(sorted.size() + 1)) - 1;
     EntryId const top = linkRange(sorted, 0, sorted.size(), 0, fullLevels);
     if (at(storage).child != top) change(storage).child = top;
 }

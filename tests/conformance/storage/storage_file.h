@@ -97,7 +97,7 @@ inline std::string content(IStream& stream) {
 }
 
 /// Bytes that tell where they belong.
-inline std::string pattern(std::size_t size, unsigned seed = 1) {
+inline std::string pattern(std::size_t size, std::size_t seed = 1) {
     std::string bytes(size, 0);
     for (std::size_t i = 0; i < size; ++i) {
         bytes[i] = static_cast<char>(i * 7 + i / 251 + seed * 31);

@@ -17,7 +17,8 @@ struct PropertyPlace {
     std::size_t section;
     PROPID id;
     std::size_t before;
-    auto operator<=>(PropertyPlace const&) const = default;
+    // The check takes the comparison's 0 for a pointer.
+    auto operator<=>(PropertyPlace const&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 using RawProperties = std::map<PropertyPlace, std::string>;
 
@@ -44,9 +45,10 @@ void addSection(std::string const& bytes, std::size_t begin, std::size_t section
     }
     std::vector<std::size_t> starts{end};
     std::map<PROPID, std::size_t> seen;
-    for (ULONG i = 0; i < count; ++i) starts.push_back(begin + numberAt(bytes, begin + 12 + 8 * i));
+    for (std::size_t i = 0; i < count; ++i)
+        starts.push_back(begin + numberAt(bytes, begin + 12 + 8 * i));
     std::sort(starts.begin(), starts.end());
-    for (ULONG i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < count; ++i) {
         PROPID const id = numberAt(bytes, begin + 8 + 8 * i);
         std::size_t const start = begin + numberAt(bytes, begin + 12 + 8 * i);
         auto const next = std::upper_bound(starts.begin(), starts.end(), start);

@@ -77,7 +77,8 @@ TEST_F(DamagedLibrary, FlippedBitsGiveACodeOrALibrary) {
         auto damaged = bytes;
         for (int flip = 0; flip < 4; ++flip) {
             state = state * 1664525u + 1013904223u;
-            damaged[(state >> 8) % damaged.size()] ^= static_cast<char>(1 << (state >> 5 & 7));
+            char& byte = damaged[(state >> 8) % damaged.size()];
+            byte = static_cast<char>(byte ^ 1 << (state >> 5 & 7));
         }
         HRESULT const result = load(damaged);
         EXPECT_TRUE(result == S_OK || isExpected(result)) << std::hex << result;

@@ -140,7 +140,7 @@ std::string referenceName(ITypeInfo* type, HREFTYPE reference) {
     InterfaceOwner<ITypeInfo> const target(raw);
     auto const own = libraryOf(type);
     auto const other = libraryOf(target.get());
-    std::string const name = typeName(target.get());
+    std::string name = typeName(target.get());
     if (!own || !other || sameLibrary(own.get(), other.get())) return name;
     return libraryName(other.get()) + "." + name;
 }
