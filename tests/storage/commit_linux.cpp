@@ -56,7 +56,8 @@ FileBytes exampleFile(std::size_t sectorSize) {
     }
     CompoundFile file(std::make_unique<RecordedFile>(record), true);
     for (char16_t name = u'a'; name <= u'j'; ++name) {
-        put(file, std::u16string(1, name), pattern(300u * (name - u'a') * (name - u'a'), name));
+        std::size_t const number = name - u'a';
+        put(file, std::u16string(1, name), pattern(300 * number * number, name));
     }
     file.commit();
     drop(file, u"h");

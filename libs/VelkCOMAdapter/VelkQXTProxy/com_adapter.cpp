@@ -110,9 +110,10 @@ mzComPtrT<mzIDispatch> qxtProxyC::GetObject(mzComStringC progId) {
     return wrapNative(dispatch);
 }
 
-// Reflection shows scripts this signature. NOLINTNEXTLINE(performance-unnecessary-value-param)
-mzComPtrT<mzIDispatch> qxtProxyC::QueryInterface(mzComStringC const& iid,
-                                                 mzComPtrT<mzIDispatch> object) {
+mzComPtrT<mzIDispatch> qxtProxyC::QueryInterface(
+    mzComStringC const& iid,
+    // Reflection shows scripts this signature. NOLINTNEXTLINE(performance-unnecessary-value-param)
+    mzComPtrT<mzIDispatch> object) {
     PCoInitializer::attach(0);
     constexpr char const* member = "QueryInterface";
     IID id{};
