@@ -43,14 +43,14 @@ void addSection(std::string const& bytes, std::size_t begin, std::size_t section
         all[{section, wholeSection, 0}] = std::move(whole);
         return;
     }
+    auto const startOf = [&](std::size_t i) { return begin + numberAt(bytes, begin + 12 + 8 * i); };
     std::vector<std::size_t> starts{end};
-    std::map<PROPID, std::size_t> seen;
-    for (std::size_t i = 0; i < count; ++i)
-        starts.push_back(begin + numberAt(bytes, begin + 12 + 8 * i));
+    for (std::size_t i = 0; i < count; ++i) starts.push_back(startOf(i));
     std::sort(starts.begin(), starts.end());
+    std::map<PROPID, std::size_t> seen;
     for (std::size_t i = 0; i < count; ++i) {
         PROPID const id = numberAt(bytes, begin + 8 + 8 * i);
-        std::size_t const start = begin + numberAt(bytes, begin + 12 + 8 * i);
+        std::size_t const start = startOf(i);
         auto const next = std::upper_bound(starts.begin(), starts.end(), start);
         if (next == starts.end() || start >= bytes.size()) continue;
         std::string property = bytes.substr(start, *next - start);
