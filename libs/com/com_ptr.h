@@ -52,7 +52,13 @@ class ComPtr {
 
     /// Gives up the reference held and empties the pointer.
     void reset() noexcept {
-        if (Interface* former = std::exchange(object_, nullptr)) former->Release();
+        Interface* const former = std::exchange(object_, nullptr);
+        if (former == nullptr) return;
+        try {
+            former->Release();
+        } catch (...) {
+            // The reference is given up, whatever foreign code makes of it.
+        }
     }
 
     /// Empties the pointer and gives the place for an out-parameter, whose
@@ -74,18 +80,32 @@ class ComPtr {
     }
 
     /// Asks the object for another interface; empty when it has none, or when
-    /// this pointer is empty. `code`, where given, receives the answer.
+    /// this pointer is empty. `code`, where given, receives the answer,
+    /// E_UNEXPECTED where the object throws.
     template <typename Other>
     ComPtr<Other> query(REFIID id, HRESULT* code = nullptr) const noexcept {
         ComPtr<Other> result;
-        HRESULT answer =
-            object_ != nullptr ? object_->QueryInterface(id, result.putVoid()) : E_POINTER;
-        if (SUCCEEDED(answer) && !result) answer = E_NOINTERFACE;
+        HRESULT const answer = ask(id, result);
         if (code != nullptr) *code = answer;
         return result;
     }
 
   private:
+    template <typename Other>
+    HRESULT ask(REFIID id, ComPtr<Other>& result) const noexcept {
+        if (object_ == nullptr) return E_POINTER;
+        try {
+            HRESULT const answer = object_->QueryInterface(id, result.putVoid());
+            if (SUCCEEDED(answer)) return result ? answer : E_NOINTERFACE;
+            // Whatever a failure leaves behind is no reference.
+            static_cast<void>(result.detach());
+            return answer;
+        } catch (...) {
+            static_cast<void>(result.detach());
+            return E_UNEXPECTED;
+        }
+    }
+
     void addReference() const noexcept {
         if (object_ != nullptr) object_->AddRef();
     }

@@ -6,6 +6,14 @@
 
 namespace velk::com {
 
+void closeHeldVariant(VARIANT& value) noexcept {
+    try {
+        VariantClear(&value);
+    } catch (...) {
+        // Nobody is left to tell: the value is gone as far as it could go.
+    }
+}
+
 void closeSafeArray(SAFEARRAY*& array) noexcept {
     if (array != nullptr) SafeArrayDestroy(array);
 }
@@ -36,11 +44,16 @@ Bstr makeBstr(TextView text) {
 
 // Not every system's header says that the source stays as it is.
 HRESULT copyVariant(VARIANT const& source, VARIANT& target) noexcept {
-    return VariantCopy(&target, const_cast<VARIANT*>(&source));
+    HRESULT const code = VariantCopy(&target, const_cast<VARIANT*>(&source));
+    // Some systems leave the source's pointers behind then.
+    if (FAILED(code)) target = VARIANT{};
+    return code;
 }
 
 HRESULT copyReferredTo(VARIANT const& source, Variant& result) noexcept {
-    return VariantCopyInd(result.put(), const_cast<VARIANT*>(&source));
+    HRESULT const code = VariantCopyInd(result.put(), const_cast<VARIANT*>(&source));
+    if (FAILED(code)) *result.address() = VARIANT{};
+    return code;
 }
 
 Variant copyVariant(VARIANT const& source) {

@@ -22,8 +22,10 @@ inline void closeBstr(BSTR& text) noexcept {
 constexpr bool isPlainType(VARTYPE type) noexcept {
     return type <= VT_DATE || type == VT_BOOL || (type >= VT_I1 && type <= VT_UINT);
 }
+/// Gives up what a value holds. Foreign objects in it may throw, which ends here.
+void closeHeldVariant(VARIANT& value) noexcept;
 inline void closeVariant(VARIANT& value) noexcept {
-    if (!isPlainType(value.vt)) VariantClear(&value);
+    if (!isPlainType(value.vt)) closeHeldVariant(value);
 }
 inline void closeExceptionInfo(EXCEPINFO& info) noexcept {
     if (info.bstrSource) SysFreeString(info.bstrSource);
@@ -66,7 +68,8 @@ inline TextView viewBstr(Bstr const& text) noexcept {
 /// A copy of `source`. Throws Error with the failure of VariantCopy.
 Variant copyVariant(VARIANT const& source);
 
-/// `VariantCopy` of `source` over what `target` holds, which must be a value.
+/// `VariantCopy` of `source` over what `target` holds, which must be a value;
+/// it is empty when that fails.
 HRESULT copyVariant(VARIANT const& source, VARIANT& target) noexcept;
 
 /// A copy of `source`, or of the value that it refers to, into `result`, which
