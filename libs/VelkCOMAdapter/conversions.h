@@ -28,7 +28,8 @@
 ///                      to a VARIANT
 /// \param wrapperFlags  the flags of the value wrapper that held the value, else 0
 /// \return false, `dst` then being empty, when the host type has no native
-///         form or when no facade could be made
+///         form, when no facade could be made, and for a wrapped value that
+///         cannot be copied or is a reference to nothing
 ///
 /// Throws what carries E_OUTOFMEMORY when a text cannot be copied.
 bool convertMZCOMVariant2MSCOMVariant(mzComVariantC const& src, VARIANT& dst, unsigned& typedByRef,

@@ -10,6 +10,7 @@ namespace {
 
 using velk::com::ComPtr;
 using velk::com::TextView;
+using velk::com::Variant;
 
 void giveText(mzComVariantC const& src, VARIANT& dst) {
     mzComStringC text;
@@ -42,19 +43,40 @@ bool giveFacade(mzIDispatch& object, VARIANT& dst) {
     return true;
 }
 
-/// Gives back what the object wraps; false when it is no wrapper.
-bool giveWrapped(mzComPtrC const& object, VARIANT& dst, unsigned& wrapperFlags) {
+bool isNullReference(VARIANT const& value) {
+    return (value.vt & VT_BYREF) && !value.byref;
+}
+
+/// Gives a copy of what a wrapper holds; false for a value that cannot be
+/// copied, for a reference to nothing and for a type that only references have.
+bool giveHeldValue(mzIComVariantWrapper& wrapper, VARIANT& dst, unsigned& wrapperFlags) {
+    Variant copy;
+    unsigned type = VT_EMPTY;
+    unsigned flags = 0;
+    if (wrapper.getVariant(*copy.address()) != mzSuccess || wrapper.getVartype(type) != mzSuccess ||
+        wrapper.getFlags(flags) != mzSuccess) {
+        return false;
+    }
+    bool const wasCopied = copy.get().vt != VT_EMPTY || type == VT_EMPTY;
+    if (!wasCopied || copy.get().vt == VT_VARIANT || isNullReference(copy.get())) return false;
+    dst = copy.release();
+    wrapperFlags = flags;
+    return true;
+}
+
+enum class Form { none, given, refused };
+
+/// Gives back what the object wraps; none when it is no wrapper.
+Form giveWrapped(mzComPtrC const& object, VARIANT& dst, unsigned& wrapperFlags) {
     if (mzComPtrT<mzIComVariantWrapper> const value{object}; value.isValid()) {
-        value->getVariant(dst);
-        value->getFlags(wrapperFlags);
-        return true;
+        return giveHeldValue(*value.iface(), dst, wrapperFlags) ? Form::given : Form::refused;
     }
     if (mzComPtrT<mzIComDispatchWrapper> const native{object}; native.isValid()) {
         dst.vt = VT_DISPATCH;
         native->getDispatch(&dst.pdispVal);
-        return true;
+        return Form::given;
     }
-    return false;
+    return Form::none;
 }
 
 bool giveObject(mzComVariantC const& src, VARIANT& dst, unsigned& typedByRef,
@@ -63,7 +85,9 @@ bool giveObject(mzComVariantC const& src, VARIANT& dst, unsigned& typedByRef,
     src.get(reference);
     mzComPtrC const identity(reference.iface());
     mzComPtrT<mzIDispatch> const object{identity};
-    if (object.isValid() && giveWrapped(identity, dst, wrapperFlags)) {
+    Form const form = object.isValid() ? giveWrapped(identity, dst, wrapperFlags) : Form::none;
+    if (form == Form::refused) return false;
+    if (form == Form::given) {
         typedByRef = 1;
         return true;
     }

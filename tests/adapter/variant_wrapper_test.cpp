@@ -1,5 +1,7 @@
 #include "VelkQXTProxy/variant_wrapper.h"
 
+#include "VelkQXTProxy/dispatch_wrapper.h"
+
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -7,6 +9,7 @@
 #include "support/counting_dispatch.h"
 #include "support/host_calls.h"
 #include "support/native_values.h"
+#include "support/scripted_dispatch.h"
 
 namespace {
 
@@ -121,7 +124,7 @@ TEST(VariantWrapper, MembersOfAPlainValue) {
         {"Create", method, {0x2000, object}, "failed", 0x2000},
         {"Create", method, {0x2000, 3, -1}, "failed", 0x2000},
         {"Create", method, {0x2000, 3, object}, "failed", 0x2000},
-        {"Create", method, {0x2000, 99, 2}, "failed", 0x2000},
+        {"Create", method, {0x2000, 99, 2}, "failed", 0x2000 | 99},
         {"Create", method, {0x2000, 0, 5}, "ok empty", 0x2000},
         {"Create", method, {36}, "code 4", VT_RECORD},
         {"Create", method, {36, 1, 2, 3}, "code 4", VT_RECORD},
@@ -223,6 +226,56 @@ TEST(VariantWrapper, Bounds) {
     Wrapper const none;
     none.call("vt", put, {0x2003});
     EXPECT_EQ(none.text("ubound", method), "Invoke DSP: The underlying variant is not valid");
+}
+
+/// An object that has one more interface, on another pointer than its own.
+class TwoFaced : public ScriptedDispatch {
+  public:
+    static constexpr IID otherId = {
+        0x7e0b5a10, 0x3c64, 0x4d2f, {0x9b, 0x18, 0x52, 0xd6, 0xa1, 0xc4, 0x0e, 0xf1}};
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** out) noexcept override {
+        if (!IsEqualGUID(id, otherId)) return ScriptedDispatch::QueryInterface(id, out);
+        *out = &face;
+        face.AddRef();
+        return S_OK;
+    }
+
+    ScriptedDispatch face;
+};
+
+TEST(VariantWrapper, ElementsAreTheInterfaceThatTheArrayNames) {
+    TwoFaced fitting;
+    ScriptedDispatch other;
+    for (VARTYPE const type : {VT_UNKNOWN, VT_DISPATCH}) {
+        SAFEARRAYBOUND bound{1, 0};
+        IID id = TwoFaced::otherId;
+        SAFEARRAY* const array = SafeArrayCreateEx(type, 1, &bound, &id);
+        ASSERT_NE(array, nullptr);
+        Wrapper const wrapper(
+            makeValue(VT_ARRAY | type, [array](VARIANT& value) { value.parray = array; }));
+        auto const valueWith = [](IDispatch& object) {
+            return valueOf(mzComPtrT<mzIDispatch>(new vbsComDispatchWrapperC(&object)));
+        };
+        EXPECT_EQ(wrapper.text("", put, {0, valueWith(other)}),
+                  "Invoke DSP: unknown exception :0x80004002");
+        EXPECT_EQ(wrapper.text("", put, {0, valueWith(fitting)}), "ok empty");
+        EXPECT_EQ(*static_cast<IUnknown**>(array->pvData), &fitting.face);
+    }
+    EXPECT_EQ(fitting.references() + fitting.face.references() + other.references(), 0U);
+}
+
+TEST(VariantWrapper, ArrayWhoseDataIsGoneHasNoElements) {
+    for (VARTYPE const type : {VT_I4, VT_BSTR, VT_VARIANT, VT_DISPATCH, VT_DECIMAL}) {
+        SAFEARRAYBOUND bound{3, 0};
+        SAFEARRAY* const array = SafeArrayCreate(type, 1, &bound);
+        ASSERT_EQ(SafeArrayDestroyData(array), S_OK);
+        Wrapper const wrapper(
+            makeValue(VT_ARRAY | type, [array](VARIANT& value) { value.parray = array; }));
+        EXPECT_EQ(wrapper.text("", method, {1}), "failed") << type;
+        EXPECT_EQ(wrapper.text("", put, {1, 5}), "failed") << type;
+        EXPECT_EQ(wrapper.text("ubound", method), "ok integer 2") << type;
+    }
 }
 
 TEST(VariantWrapper, Elements) {

@@ -2,10 +2,12 @@
 
 #include <array>
 #include <limits>
+#include <utility>
 
 #include "VelkQXTProxy/failures.h"
 #include "VelkQXTProxy/script_values.h"
 #include "com/com_ptr.h"
+#include "com/error.h"
 #include "conversions.h"
 
 namespace velk::adapter {
@@ -96,6 +98,28 @@ void* elementIn(VARIANT* value, VARTYPE type) {
     }
 }
 
+/// Whether there are elements: an array can have bounds without any.
+bool hasElements(SAFEARRAY* array) {
+    return array && array->pvData;
+}
+
+/// Has the value be the interface that the elements of the array are, where
+/// they are one that is named. Throws com::Error where it has none such.
+void takeInterfaceOf(SAFEARRAY* array, VARIANT& value) {
+    IID id{};
+    if (!(array->fFeatures & FADF_HAVEIID) || !value.punkVal) return;
+    com::throwIfFailed(SafeArrayGetIID(array, &id));
+    com::ComPtr<IUnknown> const object(value.punkVal);
+    HRESULT code = S_OK;
+    auto asked = object.query<IUnknown>(id, &code);
+    com::throwIfFailed(code);
+    com::ComPtr<IUnknown> const former(std::exchange(value.punkVal, asked.detach()), com::adopt);
+}
+
+bool isInterface(VARTYPE type) {
+    return type == VT_DISPATCH || type == VT_UNKNOWN;
+}
+
 /// Whether a record may become an element: the array copies it by its own type.
 bool isRecordOf(SAFEARRAY* array, VARIANT const& value) {
     com::ComPtr<IRecordInfo> expected;
@@ -107,12 +131,13 @@ unsigned putElement(MemberCall const& call, SAFEARRAY* array) {
     int const count = call.count() - 1;
     if (auto const refused = refuseCount(call, array, count)) return *refused;
     Indices indices(call.args, count);
-    if (!indices.ok()) return mzFailure;
+    if (!indices.ok() || !hasElements(array)) return mzFailure;
     Converted value(call.args.at(count));
     if (!value.succeeded()) return mzFailure;
     VARTYPE type = VT_EMPTY;
     if (FAILED(SafeArrayGetVartype(array, &type))) return mzFailure;
     if (type != VT_VARIANT) value.coerce(type);
+    if (isInterface(type)) takeInterfaceOf(array, *value.address());
     if (type == VT_RECORD && !isRecordOf(array, value.get())) return mzFailure;
     HRESULT const code =
         SafeArrayPutElement(array, indices.get(), elementIn(value.address(), type));
@@ -122,7 +147,7 @@ unsigned putElement(MemberCall const& call, SAFEARRAY* array) {
 unsigned getElement(MemberCall const& call, SAFEARRAY* array) {
     if (auto const refused = refuseCount(call, array, call.count())) return *refused;
     Indices indices(call.args, call.count());
-    if (!indices.ok()) return mzFailure;
+    if (!indices.ok() || !hasElements(array)) return mzFailure;
     VARTYPE type = VT_EMPTY;
     if (FAILED(SafeArrayGetVartype(array, &type))) return mzFailure;
     Lock const lock(array);

@@ -33,9 +33,10 @@ unsigned createArray(MemberCall const& call, HeldValue& held) {
     VARIANT value{};
     value.vt = VT_ARRAY | *element;
     value.parray = SafeArrayCreate(*element, static_cast<UINT>(bounds->size()), bounds->data());
-    if (!value.parray) return mzFailure;
+    bool const made = value.parray != nullptr;
+    // An array that cannot be made still leaves its type, without one.
     held.replace(com::Variant(value));
-    return mzSuccess;
+    return made ? mzSuccess : mzFailure;
 }
 
 }  // namespace velk::adapter

@@ -28,15 +28,13 @@ mzComPtrT<mzIComVariantWrapper> wrapperIn(mzComVariantC const& value) {
     return mzComPtrT<mzIComVariantWrapper>(mzComPtrC(object.iface()));
 }
 
-/// A reference to the value of `value` in its own type.
-VARIANT typedReference(VARIANT& value) {
-    VARIANT reference = value;
-    reference.vt = VT_BYREF | value.vt;
-    // A record is held by pointers already, and a reference stays what it is.
-    if (value.vt == VT_RECORD || (value.vt & VT_BYREF)) return reference;
-    reference.byref = value.vt == VT_DECIMAL ? static_cast<void*>(&value.decVal)
-                                             : static_cast<void*>(&value.llVal);
-    return reference;
+/// Whether a script made the value to receive one of any type.
+bool isForAnyType(mzComVariantC const& value) {
+    auto const wrapper = wrapperIn(value);
+    unsigned type = VT_EMPTY;
+    unsigned flags = 0;
+    return wrapper.isValid() && wrapper->getVartype(type) == mzSuccess && type == VT_VARIANT &&
+           wrapper->getFlags(flags) == mzSuccess && !(flags & passByValue);
 }
 
 /// A variable that holds a wrapper keeps it, with the new value in it; every
@@ -81,38 +79,85 @@ bool CallArguments::convert(mzComVariantArrayC const& args, bool isPut) {
     for (int i = 0; i < count_; ++i) {
         mzComVariantC const& argument = args.at(i);
         bool const isVariable = argument.getType() == mzTypeObject && argument.isVariable();
-        unsigned typedByRef = 0;
-        unsigned wrapperFlags = 0;
-        if (!convertMZCOMVariant2MSCOMVariant(isVariable ? argument.skipVariable() : argument,
-                                              converted_[i], typedByRef, wrapperFlags)) {
+        bool const isValueOfPut = isPut && i == count_ - 1;
+        if (!convertOne(isVariable ? argument.skipVariable() : argument,
+                        !isVariable || isValueOfPut, i)) {
             return false;
         }
-        bool const isValueOfPut = isPut && i == count_ - 1;
-        pass(i, !isVariable || isValueOfPut, typedByRef, wrapperFlags);
     }
     return true;
 }
 
-void CallArguments::pass(int index, bool byValue, unsigned typedByRef, unsigned wrapperFlags) {
-    VARIANT& value = converted_[index];
-    VARIANT& target = passed_[count_ - 1 - index];
-    if (byValue || (wrapperFlags & passByValue)) {
-        target = value;
-    } else if (typedByRef) {
-        target = typedReference(value);
-    } else {
-        VariantInit(&target);
-        target.vt = VT_BYREF | VT_VARIANT;
-        target.pvarVal = &value;
+bool CallArguments::convertOne(mzComVariantC const& argument, bool byValue, int index) {
+    unsigned typedByRef = 0;
+    unsigned wrapperFlags = 0;
+    if (convertMZCOMVariant2MSCOMVariant(argument, converted_[index], typedByRef, wrapperFlags)) {
+        pass(index, byValue, typedByRef, wrapperFlags);
+        return true;
     }
+    if (byValue || !isForAnyType(argument)) return false;
+    passAsVariant(index);
+    return true;
+}
+
+void CallArguments::pass(int index, bool byValue, unsigned typedByRef, unsigned wrapperFlags) {
+    if (byValue || (wrapperFlags & passByValue)) {
+        passed_[count_ - 1 - index] = converted_[index];
+    } else if (typedByRef) {
+        passTyped(index);
+    } else {
+        passAsVariant(index);
+    }
+}
+
+/// As a reference to the value in its own type, where that is one.
+void CallArguments::passTyped(int index) {
+    VARIANT& value = converted_[index];
+    if (value.vt == VT_EMPTY || value.vt == VT_NULL) {
+        value = VARIANT{};
+        passAsVariant(index);
+        return;
+    }
+    VARIANT& target = passed_[count_ - 1 - index];
+    target = value;
+    target.vt = VT_BYREF | value.vt;
+    // A record is held by pointers already, and a reference stays what it is.
+    if (value.vt == VT_RECORD || (value.vt & VT_BYREF)) return;
+    target.byref = &value.llVal;
+    if (value.vt == VT_DECIMAL) target.pdecVal = referredDecimal(index);
+}
+
+DECIMAL* CallArguments::referredDecimal(int index) {
+    if (!decimals_) {
+        decimals_ = std::make_unique<ReferredDecimal[]>(static_cast<std::size_t>(count_));
+    }
+    auto& [value, inUse] = decimals_[static_cast<std::size_t>(index)];
+    value = converted_[index].decVal;
+    value.wReserved = 0;
+    inUse = true;
+    return &value;
+}
+
+void CallArguments::passAsVariant(int index) {
+    VARIANT& target = passed_[count_ - 1 - index];
+    target = VARIANT{};
+    target.vt = VT_BYREF | VT_VARIANT;
+    target.pvarVal = &converted_[index];
 }
 
 DISPPARAMS CallArguments::parameters(bool isPut) noexcept {
     return {passed_, &valueOfPut_, static_cast<UINT>(count_), isPut ? 1U : 0U};
 }
 
+void CallArguments::takeReferredDecimal(int index) {
+    if (!decimals_ || !decimals_[static_cast<std::size_t>(index)].inUse) return;
+    converted_[index].decVal = decimals_[static_cast<std::size_t>(index)].value;
+    converted_[index].vt = VT_DECIMAL;
+}
+
 void CallArguments::copyBack(mzComVariantArrayC const& args) {
     for (int i = 0; i < count_; ++i) {
+        takeReferredDecimal(i);
         if (auto const variable = variableIn(args.at(i)); variable.isValid()) {
             writeBack(*variable.iface(), converted_[i]);
         }

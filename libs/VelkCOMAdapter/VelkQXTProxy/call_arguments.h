@@ -33,9 +33,22 @@ class CallArguments {
     void copyBack(mzComVariantArrayC const& args);
 
   private:
+    /// What a reference to a decimal refers to. A decimal in a VARIANT shares
+    /// its first word with the type: a callee that stores a whole one would
+    /// overwrite that.
+    struct ReferredDecimal {
+        DECIMAL value{};
+        bool inUse = false;
+    };
+
     static constexpr int usualCount = 6;
 
+    bool convertOne(mzComVariantC const& argument, bool byValue, int index);
     void pass(int index, bool byValue, unsigned typedByRef, unsigned wrapperFlags);
+    void passTyped(int index);
+    void passAsVariant(int index);
+    DECIMAL* referredDecimal(int index);
+    void takeReferredDecimal(int index);
 
     int const count_;
     // Both lists, one after the other, where there are more than usual.
@@ -43,6 +56,8 @@ class CallArguments {
     std::array<VARIANT, std::size_t{2} * usualCount> usual_;
     VARIANT* converted_ = nullptr;
     VARIANT* passed_ = nullptr;
+    // By the index of the argument; made with the first one.
+    std::unique_ptr<ReferredDecimal[]> decimals_;
     DISPID valueOfPut_ = DISPID_PROPERTYPUT;
 };
 

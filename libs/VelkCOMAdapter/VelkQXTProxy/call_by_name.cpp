@@ -1,5 +1,6 @@
 #include "VelkQXTProxy/call_by_name.h"
 
+#include <new>
 #include <optional>
 
 #include "VelkQXTProxy/call_arguments.h"
@@ -74,32 +75,42 @@ unsigned failCall(NativeCall const& call, CallOutcome const& outcome,
     return raise(failureText(call.name, outcome), exception);
 }
 
-/// A result of a type that does not exist is a failure with its code.
-unsigned takeResult(VARIANT const& value, mzComVariantC& result,
-                    mzComPtrT<mzIException>& exception) {
-    try {
-        return convertMSCOMVariant2MZCOMVariant(value, result, false, true) ? mzSuccess : mzFailure;
-    } catch (com::Error const& error) {
-        if (error.code() == E_OUTOFMEMORY) throw;
-        return raise(unknownFailureText(error.code()), exception);
-    }
-}
-
-}  // namespace
-
-unsigned callByName(NativeCall const& call, mzComVariantArrayC const& args, mzComVariantC& result,
+unsigned callMember(NativeCall const& call, mzComVariantArrayC const& args, mzComVariantC& result,
                     mzComPtrT<mzIException>& exception) {
     Member member;
     mzComStringC notFound;
     if (!findMember(call, member, notFound)) return raise(notFound, exception);
     auto const invocation = invocationFor(call.callKind, call.name.isEmpty());
     if (!invocation) return mzFailure;
+    if (invocation->isPut && args.size() == 0) {
+        return raise(failureText(call.name, {DISP_E_BADPARAMCOUNT}), exception);
+    }
     CallArguments arguments(args.size());
     if (!arguments.convert(args, invocation->isPut)) return mzFailure;
     CallOutcome outcome;
     invokeAndCopyBack(call, member, *invocation, arguments, args, outcome);
     if (outcome.status != S_OK) return failCall(call, outcome, exception);
-    return takeResult(outcome.result.get(), result, exception);
+    bool const hasHostForm =
+        convertMSCOMVariant2MZCOMVariant(outcome.result.get(), result, false, true);
+    return hasHostForm ? mzSuccess : mzFailure;
+}
+
+}  // namespace
+
+unsigned callByName(NativeCall const& call, mzComVariantArrayC const& args, mzComVariantC& result,
+                    mzComPtrT<mzIException>& exception) {
+    // Around the call itself: the object may throw while it is asked for the
+    // member, host objects while they are converted, the result while it is copied.
+    try {
+        return callMember(call, args, result, exception);
+    } catch (com::Error const& error) {
+        if (error.code() == E_OUTOFMEMORY) throw;
+        return raiseCurrentException(exception);
+    } catch (std::bad_alloc const&) {
+        throw;
+    } catch (...) {
+        return raiseCurrentException(exception);
+    }
 }
 
 }  // namespace velk::adapter

@@ -24,7 +24,8 @@ struct NativeCall {
 /// Looks the member up, calls it with the arguments converted, writes what it
 /// left in script variables back into them, and converts its result. Failures
 /// become an exception, and the calling thread's last exception information.
-/// Host result code, `mzSuccess` or `mzFailure`.
+/// Host result code, `mzSuccess` or `mzFailure`. Whatever host or native code
+/// throws becomes a failure, but for what tells that memory has run out.
 unsigned callByName(NativeCall const& call, mzComVariantArrayC const& args, mzComVariantC& result,
                     mzComPtrT<mzIException>& exception);
 

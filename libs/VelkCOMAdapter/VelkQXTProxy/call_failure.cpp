@@ -44,7 +44,7 @@ mzComStringC failureText(mzComStringC const& member, CallOutcome const& outcome)
         case DISP_E_PARAMNOTOPTIONAL:
             return "A required parameter was omitted";
         case threwException:
-            return "Unhandled exception";
+            return unhandledException;
         default:
             return unknownFailureText(outcome.status);
     }

@@ -95,7 +95,7 @@ mzComPtrT<mzIDispatch> qxtProxyC::CreateObject(mzComStringC const& progId, mzCom
     if (makeTypedDispatch(object, type, dispatch) != S_OK) {
         fail(member, "Failed create a dispatch with the given data");
     }
-    return wrapNative(dispatch, object);
+    return wrapNative(dispatch);
 }
 
 // Reflection shows scripts this signature. NOLINTNEXTLINE(performance-unnecessary-value-param)

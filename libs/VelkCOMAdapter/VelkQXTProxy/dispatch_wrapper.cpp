@@ -11,11 +11,6 @@ vbsComDispatchWrapperC::vbsComDispatchWrapperC(IDispatch* dispatch) {
     vbsComDispatchWrapperC::setDispatch(dispatch);
 }
 
-vbsComDispatchWrapperC::vbsComDispatchWrapperC(IDispatch* dispatch, IUnknown* keepAlive)
-    : vbsComDispatchWrapperC(dispatch) {
-    keepAlive_ = ComPtr<IUnknown>(keepAlive);
-}
-
 vbsComDispatchWrapperC::~vbsComDispatchWrapperC() {
     vbsComDispatchWrapperC::setDispatch(nullptr);
 }

@@ -18,8 +18,6 @@ class vbsComDispatchWrapperC : public mzComDispatchBaseC, public mzIComDispatchW
   public:
     /// Null makes an empty wrapper, as does an object that cannot be registered.
     explicit vbsComDispatchWrapperC(IDispatch* dispatch);
-    /// Also keeps `keepAlive` until the wrapper ends.
-    vbsComDispatchWrapperC(IDispatch* dispatch, IUnknown* keepAlive);
     ~vbsComDispatchWrapperC() override;
 
     unsigned queryInterface(mzIIDS const& iid, mzComPtrC& out) override;
@@ -47,5 +45,4 @@ class vbsComDispatchWrapperC : public mzComDispatchBaseC, public mzIComDispatchW
     std::atomic<bool> hasForced_{false};
     mutable std::mutex forcedSection_;
     IID forcedIid_{};
-    velk::com::ComPtr<IUnknown> keepAlive_;
 };

@@ -1,10 +1,30 @@
 #include "VelkQXTProxy/failures.h"
 
+#include <exception>
+#include <new>
+
+#include "com/error.h"
+#include "host/execute_exception.h"
+
 namespace velk::adapter {
 
 unsigned raise(mzComStringC const& message, mzComPtrT<mzIException>& exception) {
     exception = mzComCreateException("Invoke DSP", message, {});
     return mzFailure;
+}
+
+unsigned raiseCurrentException(mzComPtrT<mzIException>& exception) {
+    try {
+        throw;
+    } catch (mzExecuteExceptionC const& failed) {
+        return raise(failed.message(), exception);
+    } catch (com::Error const& error) {
+        return raise(unknownFailureText(error.code()), exception);
+    } catch (std::bad_alloc const&) {
+        return raise(unknownFailureText(E_OUTOFMEMORY), exception);
+    } catch (...) {
+        return raise(unhandledException, exception);
+    }
 }
 
 mzComStringC hexText(HRESULT code) {

@@ -16,8 +16,15 @@ inline constexpr char const* nestedTooDeeply =
 /// `mzFailure`. Throws std::bad_alloc.
 unsigned raise(mzComStringC const& message, mzComPtrT<mzIException>& exception);
 
+/// Turns the exception being handled into one of the wrappers' source with its
+/// text. `mzFailure`; throws std::bad_alloc. Only inside a catch block.
+unsigned raiseCurrentException(mzComPtrT<mzIException>& exception);
+
 /// A number as the messages write it: in base 16, without "0x".
 mzComStringC hexText(HRESULT code);
+
+/// The text about foreign code that threw what has no text.
+inline constexpr char const* unhandledException = "Unhandled exception";
 
 /// The text about a code that has no text of its own.
 mzComStringC unknownFailureText(HRESULT code);

@@ -32,6 +32,18 @@ unsigned failStep(MemberCall const& call, char const* step, HRESULT code) {
     return raise(step + hexText(code), call.exception);
 }
 
+/// A dispatch object that calls the held object through the interface `id`. The
+/// object is asked for it: the pointer at hand may be that of another one, and
+/// calls go through the interface's own table.
+HRESULT callableAs(REFIID id, com::ComPtr<ITypeInfo> const& type, VARIANT const& held,
+                   com::ComPtr<IDispatch>& dispatch) {
+    com::ComPtr<IUnknown> const object = interfaceIn(held);
+    if (!object) return E_INVALIDARG;
+    HRESULT code = S_OK;
+    auto const instance = object.query<IUnknown>(id, &code);
+    return instance ? makeTypedDispatch(instance, type, dispatch) : code;
+}
+
 unsigned callByType(MemberCall const& call, HeldValue const& held) {
     auto const interfaceName = textIn(call.args.at(1));
     if (!interfaceName) return raise(invalidParameter(1), call.exception);
@@ -49,16 +61,12 @@ unsigned callByType(MemberCall const& call, HeldValue const& held) {
         return failStep(
             call, "Failed to find type info for the given guid in the given type lib: 0x", code);
     }
-    // Calls go through the interface's own table: the pointer at hand may be
-    // that of another one.
-    com::ComPtr<IUnknown> const object = interfaceIn(held.get());
-    auto const instance = object.query<IUnknown>(id, &code);
     com::ComPtr<IDispatch> dispatch;
-    if (instance) code = makeTypedDispatch(instance, type, dispatch);
+    code = callableAs(id, type, held.get(), dispatch);
     if (code != S_OK) {
         return failStep(call, "Failed create a dispatch with the given data: 0x", code);
     }
-    call.result.set(wrapNative(dispatch, instance));
+    call.result.set(wrapNative(dispatch));
     return mzSuccess;
 }
 

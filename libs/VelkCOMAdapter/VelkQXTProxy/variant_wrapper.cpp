@@ -85,8 +85,8 @@ unsigned vbsComVariantWrapperC::invokeByName(mzComStringC const& name, unsigned 
     HeldValue::Use const use(value_);
     try {
         return callMember({name, callKind, args, result, exception});
-    } catch (velk::com::Error const& error) {
-        return raise(velk::adapter::unknownFailureText(error.code()), exception);
+    } catch (...) {
+        return velk::adapter::raiseCurrentException(exception);
     }
 }
 
