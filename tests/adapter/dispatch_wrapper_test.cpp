@@ -11,6 +11,7 @@
 #include "support/host_calls.h"
 #include "support/native_values.h"
 #include "support/scripted_dispatch.h"
+#include "support/throwing_object.h"
 
 namespace {
 
@@ -350,20 +351,6 @@ TEST_F(DispatchWrapper, ValuesWithoutNativeFormReachNobody) {
               "Invoke DSP: wrong number of arguments");
     EXPECT_EQ(native.lastCall(), "");
 }
-
-/// A host object that throws instead of answering.
-class ThrowingObject : public mzComDispatchBaseC {
-  public:
-    explicit ThrowingObject(void (*throwOne)()) : throwOne_(throwOne) {}
-    unsigned invokeByName(mzComStringC const&, unsigned, mzComVariantArrayC const&, mzComVariantC&,
-                          mzComPtrT<mzIException>&) override {
-        throwOne_();
-        return mzSuccess;
-    }
-
-  private:
-    void (*throwOne_)();
-};
 
 TEST_F(DispatchWrapper, HostObjectsThatThrowFailTheCall) {
     struct {
