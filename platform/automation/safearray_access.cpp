@@ -23,6 +23,8 @@ SAFEARRAYBOUND* boundOf(SAFEARRAY& array, UINT dimension) noexcept {
 HRESULT resizeData(SAFEARRAY& array, std::size_t oldCount, std::size_t newCount) noexcept {
     auto* const bytes = static_cast<BYTE*>(array.pvData);
     if (newCount < oldCount) {
+        // An array whose data is gone has nothing to clear.
+        if (bytes == nullptr) return S_OK;
         clearElements(array, bytes + newCount * array.cbElements, oldCount - newCount);
         return S_OK;
     }
@@ -114,6 +116,7 @@ HRESULT SafeArrayPtrOfIndex(SAFEARRAY* array, LONG* indices, void** element) {
         offset += static_cast<std::size_t>(distance) * stride;
         stride *= bound.cElements;
     }
+    if (array->pvData == nullptr) return E_INVALIDARG;
     *element = static_cast<BYTE*>(array->pvData) + offset * array->cbElements;
     return S_OK;
 }

@@ -1,3 +1,4 @@
+#include "nested_values.h"
 #include "oleauto.h"
 #include "safearray_elements.h"
 #include "safearray_memory.h"
@@ -33,6 +34,21 @@ HRESULT copyDescriptor(SAFEARRAY& source, SAFEARRAY** copy) noexcept {
     return S_OK;
 }
 
+/// `*copy` is null after a failure.
+HRESULT copyArray(SAFEARRAY* source, SAFEARRAY** copy) {
+    HRESULT result = copyDescriptor(*source, copy);
+    if (FAILED(result)) return result;
+    if (source->pvData != nullptr) {
+        result = SafeArrayAllocData(*copy);
+        if (SUCCEEDED(result)) result = SafeArrayCopyData(source, *copy);
+    }
+    if (FAILED(result)) {
+        SafeArrayDestroy(*copy);
+        *copy = nullptr;
+    }
+    return result;
+}
+
 }  // namespace
 }  // namespace velk::platform
 
@@ -53,15 +69,5 @@ HRESULT SafeArrayCopy(SAFEARRAY* source, SAFEARRAY** copy) {
     if (copy == nullptr) return E_INVALIDARG;
     *copy = nullptr;
     if (source == nullptr) return S_OK;
-    HRESULT result = copyDescriptor(*source, copy);
-    if (FAILED(result)) return result;
-    if (source->pvData != nullptr) {
-        result = SafeArrayAllocData(*copy);
-        if (SUCCEEDED(result)) result = SafeArrayCopyData(source, *copy);
-    }
-    if (FAILED(result)) {
-        SafeArrayDestroy(*copy);
-        *copy = nullptr;
-    }
-    return result;
+    return copyArrayInTurn(&copyArray, source, copy);
 }

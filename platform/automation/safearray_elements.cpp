@@ -3,6 +3,7 @@
 #include <cstring>
 #include <limits>
 
+#include "nested_values.h"
 #include "safearray_memory.h"
 
 namespace velk::platform {
@@ -46,7 +47,7 @@ void releasePointerElement(SAFEARRAY const&, void* element) {
 }
 
 HRESULT copyVariantElement(SAFEARRAY const&, void const* source, void* target) {
-    return VariantCopy(static_cast<VARIANT*>(target), static_cast<VARIANT const*>(source));
+    return copyElementInTurn(*static_cast<VARIANT*>(target), *static_cast<VARIANT const*>(source));
 }
 
 void releaseVariantElement(SAFEARRAY const&, void* element) {

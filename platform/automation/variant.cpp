@@ -1,6 +1,7 @@
 #include <cstring>
 
 #include "conversion.h"
+#include "nested_values.h"
 #include "variant_type.h"
 
 namespace velk::platform {
@@ -47,7 +48,7 @@ HRESULT ownCopy(VARIANT& copy, VARIANT const& source) noexcept {
 
 HRESULT releaseContent(VARIANT& value) noexcept {
     if (isByReference(value.vt)) return S_OK;
-    if (isArray(value.vt)) return SafeArrayDestroy(value.parray);
+    if (isArray(value.vt)) return destroyArrayInTurn(value.parray);
     switch (value.vt) {
         case VT_BSTR:
             SysFreeString(value.bstrVal);

@@ -107,6 +107,28 @@ TEST(Values, RefuseWhatIsNotOfTheirType) {
     EXPECT_THROW(readValue({"string:\xFF"}), UsageError);
 }
 
+TEST(Values, OfEveryTypeWithoutContentAreShown) {
+    for (unsigned code = 0; code <= 0xffff; ++code) {
+        VARIANT value{};
+        value.vt = static_cast<VARTYPE>(code);
+        EXPECT_FALSE(resultText(value).empty()) << code;
+    }
+}
+
+TEST(Values, OfManyLevelsAreShownInPart) {
+    VARIANT value{};
+    for (int level = 0; level < 1000; ++level) {
+        SAFEARRAY* const array = SafeArrayCreateVector(VT_VARIANT, 0, 1);
+        static_cast<VARIANT*>(array->pvData)[0] = value;
+        value.vt = VT_ARRAY | VT_VARIANT;
+        value.parray = array;
+    }
+    com::Variant const owned(value);
+    std::string const text = resultText(value);
+    EXPECT_NE(text.find("[...]"), std::string::npos) << text;
+    EXPECT_LT(text.size(), 1000U);
+}
+
 TEST(Values, ShowArraysAndReferences) {
     com::SafeArray numbers(SafeArrayCreateVector(VT_I2, -1, 2));
     void* data = nullptr;

@@ -15,6 +15,10 @@ using com::Variant;
 
 // Enough to see what an array holds, without filling the screen.
 constexpr ULONG longestArray = 100;
+// As deep as people read values in values, far less than a stack can hold.
+constexpr int deepestValue = 32;
+
+std::string textOf(VARIANT const& value, int depth);
 
 std::string numberText(double value) {
     char text[32];
@@ -64,11 +68,11 @@ std::string objectText(IDispatch* object) {
 }
 
 // An element as a value of its own; the array keeps what it points to.
-std::string elementText(VARTYPE type, void* element) {
+std::string elementText(VARTYPE type, void* element, int depth) {
     VARIANT reference{};
     reference.vt = static_cast<VARTYPE>(type | VT_BYREF);
     reference.byref = element;
-    return resultText(reference);
+    return textOf(reference, depth + 1);
 }
 
 std::string boundsText(SAFEARRAY* array) {
@@ -85,16 +89,18 @@ std::string boundsText(SAFEARRAY* array) {
 }
 
 // Elements in the order of memory: the first index runs fastest.
-std::string arrayText(SAFEARRAY* array, VARTYPE type) {
+std::string arrayText(SAFEARRAY* array, VARTYPE type, int depth) {
     if (array == nullptr) return "array:none";
     std::string text = "array(" + boundsText(array) + "):[";
     ULONG count = 1;
     for (USHORT i = 0; i < array->cDims; ++i) count *= array->rgsabound[i].cElements;
     void* data = nullptr;
     if (type == VT_RECORD || FAILED(SafeArrayAccessData(array, &data))) return text + "...]";
+    if (data == nullptr) count = 0;
     for (ULONG i = 0; i < count && i < longestArray; ++i) {
         if (i != 0) text += ", ";
-        text += elementText(type, static_cast<char*>(data) + std::size_t{i} * array->cbElements);
+        text +=
+            elementText(type, static_cast<char*>(data) + std::size_t{i} * array->cbElements, depth);
     }
     SafeArrayUnaccessData(array);
     return text + (count > longestArray ? ", ...]" : "]");
@@ -151,20 +157,26 @@ std::string plainText(VARIANT const& value) {
     }
 }
 
-}  // namespace
-
-std::string resultText(VARIANT const& value) {
+std::string textOf(VARIANT const& value, int depth) {
+    if (depth > deepestValue) return "...";
     VARTYPE const kind = value.vt & static_cast<VARTYPE>(~VT_BYREF);
+    if (kind != value.vt && value.byref == nullptr) return "reference:nothing";
     if ((kind & VT_ARRAY) != 0) {
         auto const elements = static_cast<VARTYPE>(kind & VT_TYPEMASK);
         bool const reference = kind != value.vt;
-        return arrayText(reference ? *value.pparray : value.parray, elements);
+        return arrayText(reference ? *value.pparray : value.parray, elements, depth);
     }
     if (kind == value.vt) return plainText(value);
     // A copy of what the reference leads to, which may be a value again.
     Variant target;
     HRESULT const code = VariantCopyInd(target.address(), const_cast<VARIANT*>(&value));
-    return FAILED(code) ? "reference:" + describeCode(code) : resultText(target.get());
+    return FAILED(code) ? "reference:" + describeCode(code) : textOf(target.get(), depth + 1);
+}
+
+}  // namespace
+
+std::string resultText(VARIANT const& value) {
+    return textOf(value, 0);
 }
 
 }  // namespace velk::velkcom
