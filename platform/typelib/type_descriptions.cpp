@@ -87,7 +87,7 @@ HRESULT TypeInfo::GetTypeAttr(TYPEATTR** attributes) noexcept {
     *attributes = nullptr;
     return guarded([&] {
         auto description = std::make_unique<Description<TYPEATTR>>();
-        description->guid = model_.id;
+        description->guid = id();
         description->lcid = library_.model().lcid;
         description->memidConstructor = MEMBERID_NIL;
         description->memidDestructor = MEMBERID_NIL;

@@ -12,7 +12,11 @@ constexpr GUID ownClass = {
 }  // namespace
 
 TypeInfo::TypeInfo(TypeLibrary& library, TypeModel const& model, std::size_t index, View view)
-    : library_(library), model_(model), index_(index), view_(view) {}
+    : library_(library), model_(model), index_(index), view_(view) {
+    if (model.kind == TKIND_RECORD && model.id == GUID_NULL) {
+        record_ = std::make_unique<LoadedRecord>(*this);
+    }
+}
 
 HRESULT TypeInfo::QueryInterface(REFIID riid, void** object) noexcept {
     if (!object) return E_POINTER;
@@ -25,6 +29,9 @@ HRESULT TypeInfo::QueryInterface(REFIID riid, void** object) noexcept {
         *object = this;
     } else {
         *object = editor_ ? editor_->editingInterface(riid) : nullptr;
+    }
+    if (!*object && record_ && riid == IID_ICreateTypeInfo) {
+        *object = static_cast<ICreateTypeInfo*>(record_.get());
     }
     if (!*object) return E_NOINTERFACE;
     AddRef();

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "platform/typelib/lazy.h"
+#include "platform/typelib/loaded_record.h"
 #include "platform/typelib/names.h"
 #include "platform/typelib/owners.h"
 #include "platform/typelib/type_library.h"
@@ -42,6 +43,8 @@ class TypeInfo final : public ITypeInfo2, public ITypeComp {
     TypeLibrary& library() const { return library_; }
     TypeModel const& model() const { return model_; }
     View view() const { return view_; }
+    /// The library's identifier, or the one that was given where it has none.
+    GUID id() const { return record_ && model_.id == GUID_NULL ? record_->id() : model_.id; }
     TYPEKIND kind() const { return view_ == View::vtable ? TKIND_INTERFACE : model_.kind; }
     MemberIndex const& members() const;
     /// A reference of the library to this view.
@@ -148,6 +151,8 @@ class TypeInfo final : public ITypeInfo2, public ITypeComp {
     std::atomic<ULONG> references_{0};
     Lazy<MemberIndex> members_;
     std::unique_ptr<Editor> editor_;
+    /// Only of records that the library gives no identifier.
+    std::unique_ptr<LoadedRecord> record_;
 };
 
 }  // namespace velk::typelib

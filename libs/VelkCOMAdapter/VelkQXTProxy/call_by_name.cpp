@@ -83,7 +83,9 @@ unsigned callMember(NativeCall const& call, mzComVariantArrayC const& args, mzCo
     auto const invocation = invocationFor(call.callKind, call.name.isEmpty());
     if (!invocation) return mzFailure;
     if (invocation->isPut && args.size() == 0) {
-        return raise(failureText(call.name, {DISP_E_BADPARAMCOUNT}), exception);
+        CallOutcome missing;
+        missing.status = DISP_E_BADPARAMCOUNT;
+        return raise(failureText(call.name, missing), exception);
     }
     CallArguments arguments(args.size());
     if (!arguments.convert(args, invocation->isPut)) return mzFailure;
