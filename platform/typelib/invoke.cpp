@@ -270,7 +270,11 @@ HRESULT forward(PVOID instance, MEMBERID member, WORD flags, DISPPARAMS* paramet
                             exception, argumentError);
 }
 
-bool isCallable(FunctionModel const& function) {
+bool isCallable(TypeInfo const& owner, FunctionModel const& function) {
+    // What counts and finds interfaces is nobody's to call by name, whether or
+    // not a library that describes it itself says so.
+    GUID const id = owner.id();
+    if (id == IID_IUnknown || id == IID_IDispatch) return false;
     // Restricted members are there for the type's own sake.
     return !((function.flags & FUNCFLAG_FRESTRICTED) && function.id >= 0);
 }
@@ -293,7 +297,9 @@ HRESULT TypeInfo::Invoke(PVOID instance, MEMBERID member, WORD flags, DISPPARAMS
         if (found.variable || (found.function && found.function->kind == FUNC_DISPATCH)) {
             return forward(instance, member, flags, parameters, result, exception, argumentError);
         }
-        if (!found.function || !isCallable(*found.function)) return DISP_E_MEMBERNOTFOUND;
+        if (!found.function || !isCallable(*found.owner, *found.function)) {
+            return DISP_E_MEMBERNOTFOUND;
+        }
         if (found.function->kind != FUNC_PUREVIRTUAL && found.function->kind != FUNC_VIRTUAL) {
             return DISP_E_MEMBERNOTFOUND;
         }

@@ -56,6 +56,22 @@ VARIANT dereferenced(VARIANT const& source) {
     return value;
 }
 
+/// Gives up what a member will overwrite without a look at it.
+void giveUpOld(VARTYPE type, void* place) {
+    if (!place) return;
+    if (type == VT_VARIANT) {
+        check(VariantClear(static_cast<VARIANT*>(place)));
+        return;
+    }
+    bool const owns =
+        type == VT_BSTR || type == VT_DISPATCH || type == VT_UNKNOWN || (type & VT_ARRAY);
+    if (!owns) return;
+    Value old;
+    old->vt = type;
+    std::memcpy(&old->llVal, place, sizeof(void*));
+    std::memset(place, 0, sizeof(void*));
+}
+
 IUnknown* objectIn(VARIANT const& value) {
     bool const object = value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN;
     require(object, DISP_E_TYPEMISMATCH);
@@ -132,28 +148,33 @@ NativeValue InvokeArgument::bindReference(VARIANT& argument, VARIANT& source,
             DISP_E_BADVARTYPE);
     bool const isReference = argument.vt & VT_BYREF;
     bool const out = flags & PARAMFLAG_FOUT;
+    bool const in = !out || (flags & PARAMFLAG_FIN);
     if (type.type == VT_VARIANT) {
-        if (&source != &argument) return NativeValue::ofPointer(&source);
+        if (&source != &argument) {
+            if (!in) giveUpOld(VT_VARIANT, &source);
+            return NativeValue::ofPointer(&source);
+        }
         // A member that only reads may see a reference as one.
         if (!out) return NativeValue::ofPointer(&argument);
     } else {
         bool const any = !type.isInterface() || type.interfaceId == GUID_NULL ||
                          type.interfaceId == IID_IDispatch || type.interfaceId == IID_IUnknown;
         auto const wanted = static_cast<VARTYPE>(type.type | VT_BYREF);
-        if (any && fits(source.vt, wanted)) return NativeValue::ofPointer(source.byref);
+        if (any && fits(source.vt, wanted)) {
+            if (!in) giveUpOld(type.type, source.byref);
+            return NativeValue::ofPointer(source.byref);
+        }
         // The value inside a referenced VARIANT is changed in its place.
         bool const inside = isReference && &source != &argument && fits(source.vt, type.type);
         if (any && inside && type.type != VT_DECIMAL) {
-            // What the member only writes to does not keep its old value.
-            if (out && !(flags & PARAMFLAG_FIN)) {
-                check(VariantClear(&source));
+            if (!in) {
+                giveUpOld(VT_VARIANT, &source);
                 source.llVal = 0;
                 source.vt = type.type;
             }
             return NativeValue::ofPointer(&source.llVal);
         }
     }
-    bool const in = !out || (flags & PARAMFLAG_FIN);
     if (in) {
         convertInto(source, type);
     } else {

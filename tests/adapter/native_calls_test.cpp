@@ -64,7 +64,7 @@ TEST_F(NativeCalls, ReferencesComeBackWithoutDeclaration) {
         char const* after;
     } const rows[] = {
         {"ChangeVariant", 5, "integer 10"},
-        {"GiveVariant", mzComVariantC(), "text given"},
+        {"GiveVariant", "old", "text given"},
         {"ChangeShort", 5, "integer 6"},
         {"ChangeLong", 5, "integer 6"},
         {"ChangeDouble", 2.5, "number 5.000000"},
@@ -84,6 +84,11 @@ TEST_F(NativeCalls, ReferencesComeBackWithoutDeclaration) {
     };
     check(rows[0]);
     check(rows[1]);
+    // A reference to a text, whose old one nobody else gives up.
+    auto const wrapper = create("comadapter.variantwrapper");
+    callHost(wrapper.iface(), "val", mzCallPropertyPut, {"old"});
+    EXPECT_EQ(callText(object, "GiveText", {variable(valueOf(wrapper))}), "ok empty");
+    EXPECT_EQ(callText(wrapper, ""), "ok text given");
     expectDifference(System::wine, references, [&] {
         for (auto const& row : rows) check(row);
         auto const number = variable(0);
