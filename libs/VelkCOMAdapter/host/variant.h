@@ -128,7 +128,9 @@ class VELKCORE_API mzComVariantC {
 
     /// Whether the variant stands for a script variable.
     bool isVariable() const;
-    /// The value that the variable holds; the variant itself without one.
+    /// The value that the variable holds, which is never a variable itself: what
+    /// is behind one is looked through. The variant itself without a variable;
+    /// empty for variables that only lead to each other.
     mzComVariantC skipVariable() const;
     /// A reference to a new script variable that starts with `value`; to the
     /// same variable when `value` already stands for one.

@@ -1,5 +1,7 @@
 #include "host/com_base.h"
 
+#include "values/destruction.h"
+
 namespace {
 
 // The components on this thread that are asking their outer object for an
@@ -77,8 +79,11 @@ unsigned mzComBaseC::InternalRelease(bool deleteAtZero) {
         // Pointers to the dying object that come and go while it says goodbye
         // must not bring the count to 0 a second time.
         incrementReferences();
-        onBeforeDelete();
-        delete this;
+        velk::core::destroyInTurn(this, [](void* object) noexcept {
+            auto* const dying = static_cast<mzComBaseC*>(object);
+            dying->onBeforeDelete();
+            delete dying;
+        });
     }
     return left;
 }

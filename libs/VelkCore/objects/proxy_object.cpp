@@ -4,6 +4,7 @@
 
 #include "class_indexes.h"
 #include "thread_mailbox.h"
+#include "values/destruction.h"
 
 using velk::core::MemberIndex;
 
@@ -34,7 +35,8 @@ unsigned proxyObjectC::release() {
         // Pointers to the dying object that come and go in its destructor must
         // not bring the count to 0 a second time.
         incrementReferences();
-        delete this;
+        velk::core::destroyInTurn(
+            this, [](void* object) noexcept { delete static_cast<proxyObjectC*>(object); });
     }
     return left;
 }

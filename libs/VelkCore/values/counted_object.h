@@ -3,6 +3,7 @@
 #include "host/codes.h"
 #include "host/com_ptr.h"
 #include "host/ref_object.h"
+#include "values/destruction.h"
 
 namespace velk::core {
 
@@ -24,7 +25,10 @@ class CountedObject : public Interface, public mzComRefObjectC {
     unsigned addRef() override { return incrementReferences(); }
     unsigned release() override {
         unsigned const left = decrementReferences();
-        if (left == 0) delete this;
+        if (left == 0) {
+            destroyInTurn(
+                this, [](void* object) noexcept { delete static_cast<CountedObject*>(object); });
+        }
         return left;
     }
 

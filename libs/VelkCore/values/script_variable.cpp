@@ -49,6 +49,9 @@ class ScriptVariable final : public velk::core::CountedObject<mzScriptSymbolRefI
     mzComVariantC value_;
 };
 
+// Variables of others may hold variables, and each other in a ring.
+constexpr int longestChain = 1 << 20;
+
 mzComPtrT<mzScriptSymbolRefI> variableOf(mzComVariantC const& value) {
     mzComPtrT<mzIUnknown> object;
     if (value.get(object) != mzSuccess) return {};
@@ -63,10 +66,13 @@ bool mzComVariantC::isVariable() const {
 
 mzComVariantC mzComVariantC::skipVariable() const {
     if (type_ != mzTypeObject) return *this;
-    mzComPtrT<mzScriptSymbolRefI> const variable = variableOf(*this);
+    mzComPtrT<mzScriptSymbolRefI> variable = variableOf(*this);
     if (!variable.isValid()) return *this;
     mzComVariantC value;
-    if (variable->get(value) != mzSuccess) value.clear();
+    for (int length = 0; variable.isValid(); ++length) {
+        if (length == longestChain || variable->get(value) != mzSuccess) return {};
+        variable = variableOf(value);
+    }
     return value;
 }
 

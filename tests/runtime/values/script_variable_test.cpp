@@ -1,10 +1,12 @@
 #include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "counting_object.h"
 #include "host/exception.h"
 #include "host/symbol_ref.h"
+#include "support/small_stack.h"
 
 namespace {
 
@@ -80,6 +82,62 @@ TEST(ScriptVariable, NeverHoldsAnotherVariableNorItself) {
     symbol.get(value);
     EXPECT_EQ(value.getInt(), 1);
     EXPECT_EQ(value.getType(), mzTypeInteger);
+}
+
+/// A variable of another engine, which may hold a variable.
+class ForeignVariable : public mzScriptSymbolRefI {
+  public:
+    unsigned queryInterface(mzIIDS const&, mzComPtrC& out) override {
+        out.attach(this);
+        return mzSuccess;
+    }
+    unsigned addRef() override { return 1; }
+    unsigned release() override { return 1; }
+    unsigned invokeByName(mzComStringC const&, unsigned, mzComVariantArrayC const&, mzComVariantC&,
+                          mzComPtrT<mzIException>&) override {
+        return mzMemberNotFound;
+    }
+    unsigned get(mzComVariantC& value) override {
+        value = held;
+        return mzSuccess;
+    }
+    mzComVariantC asValue() { return mzISymbolRefC(mzComPtrT<mzScriptSymbolRefI>(this)); }
+
+    mzComVariantC held;
+};
+
+TEST(ScriptVariable, ChainsOfAnyLengthAreLookedThrough) {
+    std::vector<ForeignVariable> chain(velk::test::greatDepth);
+    for (std::size_t i = 1; i < chain.size(); ++i) chain[i - 1].held = chain[i].asValue();
+    chain.back().held = "7";
+    mzComVariantC const first = chain.front().asValue();
+    mzISymbolRefC const own = mzComVariantC::createSymbolRef(0);
+    ASSERT_TRUE(velk::test::withSmallStack([&] {
+        int number = 0;
+        EXPECT_EQ(first.getExt(number), mzSuccess);
+        EXPECT_EQ(number, 7);
+        mzComVariantC value;
+        EXPECT_EQ(call(own, "", mzCallPropertyPut, arguments(first), value), mzSuccess);
+        EXPECT_EQ(own.get(value), mzSuccess);
+        EXPECT_EQ(value.getType(), mzTypeString);
+    }));
+}
+
+TEST(ScriptVariable, ARingOfVariablesHoldsNothing) {
+    ForeignVariable ring[2];
+    ring[0].held = ring[1].asValue();
+    ring[1].held = ring[0].asValue();
+    mzComVariantC const value = ring[0].asValue();
+    EXPECT_TRUE(value.isVariable());
+    EXPECT_EQ(value.skipVariable().getType(), mzTypeEmpty);
+    mzComStringC text("before");
+    EXPECT_EQ(value.getExt(text), mzSuccess);
+    EXPECT_TRUE(text.isEmpty());
+    mzISymbolRefC const own = mzComVariantC::createSymbolRef(ring[0].held.skipVariable());
+    ring[1].held = own;
+    mzComVariantC result;
+    call(own, "", mzCallPropertyPut, arguments(value), result);
+    EXPECT_EQ(call(own, "Member", mzCallMethod, {}, result), mzMemberNotFound);
 }
 
 TEST(ScriptVariable, OtherCallsGoToTheObjectInside) {
