@@ -28,8 +28,9 @@
 ///                      to a VARIANT
 /// \param wrapperFlags  the flags of the value wrapper that held the value, else 0
 /// \return false, `dst` then being empty, when the host type has no native
-///         form, when no facade could be made, and for a wrapped value that
-///         cannot be copied or is a reference to nothing
+///         form, when no facade could be made, for a wrapped value that cannot be
+///         copied or is a reference to nothing, and while another thread is in
+///         the value wrapper
 ///
 /// Throws what carries E_OUTOFMEMORY when a text cannot be copied.
 bool convertMZCOMVariant2MSCOMVariant(mzComVariantC const& src, VARIANT& dst, unsigned& typedByRef,

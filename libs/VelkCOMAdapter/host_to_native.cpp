@@ -1,3 +1,5 @@
+#include <optional>
+
 #include "VelkQXTProxy/wrapper_interfaces.h"
 #include "com/owners.h"
 #include "conversions.h"

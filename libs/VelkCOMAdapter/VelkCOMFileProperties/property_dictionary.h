@@ -19,7 +19,8 @@
 /// "Add" to a read-only one is refused as a whole. A property that was read
 /// under its number is written under that number as its name.
 ///
-/// Works on any thread; two calls on one dictionary must not overlap.
+/// Works on any thread, for one at a time: a call that comes while another
+/// thread is in the dictionary fails.
 class prxFilePropDictionaryObjC : public prxDictionaryObjC {
   public:
     /// An empty dictionary without a file, read-only.

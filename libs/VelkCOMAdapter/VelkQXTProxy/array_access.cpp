@@ -9,6 +9,7 @@
 #include "com/com_ptr.h"
 #include "com/error.h"
 #include "conversions.h"
+#include "host/single_thread_use.h"
 
 namespace velk::adapter {
 namespace {
@@ -133,6 +134,7 @@ unsigned putElement(MemberCall const& call, SAFEARRAY* array) {
     Indices indices(call.args, count);
     if (!indices.ok() || !hasElements(array)) return mzFailure;
     Converted value(call.args.at(count));
+    if (value.isInUse()) return raise(mzInUseText, call.exception);
     if (!value.succeeded()) return mzFailure;
     VARTYPE type = VT_EMPTY;
     if (FAILED(SafeArrayGetVartype(array, &type))) return mzFailure;

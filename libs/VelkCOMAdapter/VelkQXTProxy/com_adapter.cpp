@@ -51,6 +51,8 @@ mzComVariantC enumConstant(ComPtr<ITypeLib> const& library, mzComStringC const& 
 
 qxtProxyC::qxtProxyC() {
     setNonStickyThread();
+    // Calls share no state.
+    setThreadSafe();
     PCoInitializer::attach(0);
     velk::adapter::resetLastException();
 }

@@ -4,6 +4,7 @@
 #include "VelkQXTProxy/script_values.h"
 #include "com/com_ptr.h"
 #include "conversions.h"
+#include "host/single_thread_use.h"
 
 namespace velk::adapter {
 namespace {
@@ -37,6 +38,7 @@ ULONG putFlags(VARIANT const& value) {
 
 unsigned putField(MemberCall const& call, Field const& field) {
     Converted value(call.args.at(1));
+    if (value.isInUse()) return raise(mzInUseText, call.exception);
     if (!value.succeeded()) return raise(invalidParameter(1), call.exception);
     if (FAILED(field.info->PutField(putFlags(value.get()), field.record, field.name.get(),
                                     value.address()))) {

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "VelkQXTProxy/wrapper_interfaces.h"
 #include "com/error.h"
 #include "conversions.h"
 
@@ -31,10 +32,23 @@ mzComStringC invalidParameter(int position) {
 }
 
 Converted::Converted(mzComVariantC const& source) {
-    unsigned typedByRef = 0;
-    unsigned wrapperFlags = 0;
-    succeeded_ = convertMZCOMVariant2MSCOMVariant(source.skipVariable(), *value_.address(),
-                                                  typedByRef, wrapperFlags);
+    mzComVariantC const value = source.skipVariable();
+    // A wrapper that refused and is free by now is asked again. Who is never met
+    // inside holds what has no native form.
+    constexpr int attempts = 8;
+    for (int attempt = 0; attempt < attempts && !isInUse_; ++attempt) {
+        unsigned typedByRef = 0;
+        unsigned wrapperFlags = 0;
+        succeeded_ =
+            convertMZCOMVariant2MSCOMVariant(value, *value_.address(), typedByRef, wrapperFlags);
+        if (succeeded_) return;
+        mzComPtrT<mzIUnknown> object;
+        value.get(object);
+        mzComPtrT<mzIComVariantWrapper> const wrapper{mzComPtrC(object.iface())};
+        if (!wrapper.isValid()) return;
+        unsigned type = VT_EMPTY;
+        isInUse_ = wrapper->getVartype(type) != mzSuccess;
+    }
 }
 
 void Converted::coerce(VARTYPE type) {

@@ -28,6 +28,8 @@ class Converted {
 
     /// False when the host value has no native form; it is empty then.
     bool succeeded() const noexcept { return succeeded_; }
+    /// Whether it has none because another thread is in the wrapper of the value.
+    bool isInUse() const noexcept { return isInUse_; }
     VARIANT const& get() const noexcept { return value_.get(); }
     VARIANT* address() noexcept { return value_.address(); }
     /// Gives the value up.
@@ -38,6 +40,7 @@ class Converted {
   private:
     com::Variant value_;
     bool succeeded_ = false;
+    bool isInUse_ = false;
 };
 
 }  // namespace velk::adapter

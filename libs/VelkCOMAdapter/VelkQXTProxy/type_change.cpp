@@ -3,6 +3,7 @@
 #include "VelkQXTProxy/failures.h"
 #include "VelkQXTProxy/script_values.h"
 #include "VelkQXTProxy/typed_dispatch.h"
+#include "host/single_thread_use.h"
 
 namespace velk::adapter {
 namespace {
@@ -18,7 +19,9 @@ unsigned takeObject(MemberCall const& call, VARTYPE type, HeldValue& held) {
     if (!object.isValid()) return raise(invalidParameter(1), call.exception);
     mzComVariantC reference;
     reference.set(object);
-    takeAs(type, Converted(reference).get(), held);
+    Converted const value(reference);
+    if (value.isInUse()) return raise(mzInUseText, call.exception);
+    takeAs(type, value.get(), held);
     return mzSuccess;
 }
 

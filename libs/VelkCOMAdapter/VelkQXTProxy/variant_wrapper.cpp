@@ -51,37 +51,51 @@ unsigned vbsComVariantWrapperC::queryInterface(mzIIDS const& iid, mzComPtrC& out
     return mzSuccess;
 }
 
-unsigned vbsComVariantWrapperC::getVariant(VARIANT& out) {
-    HeldValue::Use const use(value_);
-    velk::com::copyVariant(value_.get(), out);
+template <typename Action>
+unsigned vbsComVariantWrapperC::alone(Action const& action) {
+    mzSingleThreadUseC::Use const entered(singleThreadUse());
+    if (!entered.granted()) return mzFailure;
+    action();
     return mzSuccess;
+}
+
+unsigned vbsComVariantWrapperC::getVariant(VARIANT& out) {
+    return alone([&] {
+        HeldValue::Use const use(value_);
+        velk::com::copyVariant(value_.get(), out);
+    });
 }
 
 unsigned vbsComVariantWrapperC::setVariant(VARIANT const& value) {
-    Variant copy;
-    if (SUCCEEDED(velk::com::copyReferredTo(value, copy))) value_.replace(std::move(copy));
-    return mzSuccess;
+    return alone([&] {
+        Variant copy;
+        if (SUCCEEDED(velk::com::copyReferredTo(value, copy))) value_.replace(std::move(copy));
+    });
 }
 
 unsigned vbsComVariantWrapperC::getVartype(unsigned& type) {
-    type = value_.type();
-    return mzSuccess;
+    return alone([&] { type = value_.type(); });
 }
 
 unsigned vbsComVariantWrapperC::getFlags(unsigned& flags) {
-    flags = flags_;
-    return mzSuccess;
+    return alone([&] { flags = flags_; });
 }
 
 unsigned vbsComVariantWrapperC::toHostVariant(mzComVariantC& value) {
-    HeldValue::Use const use(value_);
-    convertMSCOMVariant2MZCOMVariant(value_.get(), value, true, false);
-    return mzSuccess;
+    return alone([&] {
+        HeldValue::Use const use(value_);
+        convertMSCOMVariant2MZCOMVariant(value_.get(), value, true, false);
+    });
 }
 
 unsigned vbsComVariantWrapperC::invokeByName(mzComStringC const& name, unsigned callKind,
                                              mzComVariantArrayC const& args, mzComVariantC& result,
                                              mzComPtrT<mzIException>& exception) {
+    mzSingleThreadUseC::Use const entered(singleThreadUse());
+    if (!entered.granted()) {
+        result.clear();
+        return raise(mzInUseText, exception);
+    }
     HeldValue::Use const use(value_);
     try {
         return callMember({name, callKind, args, result, exception});
@@ -130,6 +144,7 @@ unsigned vbsComVariantWrapperC::callProperty(MemberCall const& call) {
     if (call.names("val") && call.isGet() && call.count() == 0) return toHostVariant(call.result);
     if (call.names("val") && putsOne) {
         velk::adapter::Converted value(call.args.at(0));
+        if (value.isInUse()) return raise(mzInUseText, call.exception);
         value_.replace(value.take());
         return mzSuccess;
     }

@@ -11,7 +11,8 @@
 /// Owns one VARIANT, and lets host scripts work with values that the host has
 /// no type for: records, arrays, decimals, bare interfaces.
 ///
-/// It may be called from any thread, but by one at a time.
+/// It may be called from any thread, but by one at a time: whoever comes while
+/// another thread is in it is refused.
 class vbsComVariantWrapperC : public proxyObjectC, public mzIComVariantWrapper {
   public:
     /// Holds VT_EMPTY.
@@ -36,6 +37,9 @@ class vbsComVariantWrapperC : public proxyObjectC, public mzIComVariantWrapper {
     unsigned toHostVariant(mzComVariantC& value) override;
 
   private:
+    /// Does `action` unless another thread is in the wrapper. Host result code.
+    template <typename Action>
+    unsigned alone(Action const& action);
     unsigned callMember(velk::adapter::MemberCall const& call);
     unsigned callProperty(velk::adapter::MemberCall const& call);
     unsigned putType(mzComVariantC const& type);

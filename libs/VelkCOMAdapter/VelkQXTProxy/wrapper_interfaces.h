@@ -29,7 +29,8 @@ class mzIComDispatchWrapper : public mzIUnknown {
     ~mzIComDispatchWrapper() = default;
 };
 
-/// The host wrapper over a native value. Every operation returns `mzSuccess`.
+/// The host wrapper over a native value. Every operation returns `mzSuccess`, or
+/// `mzFailure`, with nothing done, while another thread is in the wrapper.
 class mzIComVariantWrapper : public mzIUnknown {
   public:
     static mzIIDS const& interfaceId() {

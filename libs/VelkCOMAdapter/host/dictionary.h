@@ -7,7 +7,11 @@
 
 /// Ordered dictionary from keys to items, both host variants, as a script
 /// object; its iterator walks the keys in the order in which they were added.
-/// Two calls on one dictionary must not overlap.
+///
+/// Calls by name run on the dictionary's own thread, unless a derived class has
+/// them run on any; the operations below and the iterator run on the caller's. While
+/// one thread is in the dictionary, operations of others fail the running member
+/// call (`throwExecuteException`), and their iterators answer `mzFailure`.
 class VELKCORE_API prxDictionaryObjC : public proxyObjectC, public mzIIterable {
   public:
     prxDictionaryObjC();

@@ -43,6 +43,7 @@
 #include "host/ref_object.h"
 #include "host/server.h"
 #include "host/server_state_event.h"
+#include "host/single_thread_use.h"
 #include "host/sleep.h"
 #include "host/symbol_ref.h"
 #include "host/thread.h"

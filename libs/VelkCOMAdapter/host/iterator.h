@@ -12,9 +12,9 @@ class mzIIterator : public mzIUnknown {
     }
 
     /// `mzSuccess` and the next element, or `mzFailure` and an empty `value`
-    /// when there is none left.
+    /// when there is none left, or while another thread is in the collection.
     virtual unsigned next(mzComVariantC& value) = 0;
-    /// Starts again at the first element.
+    /// Starts again at the first element. Host result code.
     virtual unsigned reset() = 0;
 
   protected:

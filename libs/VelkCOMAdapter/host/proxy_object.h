@@ -9,6 +9,7 @@
 #include "host/export.h"
 #include "host/member_desc.h"
 #include "host/ref_object.h"
+#include "host/single_thread_use.h"
 #include "host/variant_array.h"
 
 namespace velk::core {
@@ -28,7 +29,9 @@ enum mzIComExternalConnectionReleaseStateE : int {
 ///
 /// An object belongs to the thread that made it: calls from other threads are
 /// carried to that thread, unless the object calls `setNonStickyThread` or
-/// `setThreadSafe`.
+/// `setThreadSafe`. An object that is bound to no thread and not thread-safe is
+/// for one thread at a time: a call that comes while another thread is in it
+/// fails with an exception that says so. Calls back on the same thread are fine.
 class VELKCORE_API proxyObjectC : public mzIDispatch, public mzComRefObjectC {
   public:
     /// Answers "mzIUnknown" and "mzIDispatch".
@@ -68,14 +71,22 @@ class VELKCORE_API proxyObjectC : public mzIDispatch, public mzComRefObjectC {
   protected:
     proxyObjectC();
 
-    /// The object may be called from any thread from now on.
+    /// The object may be called from any thread from now on, by one at a time.
     void setNonStickyThread();
     /// The object declares itself safe for concurrent calls.
     void setThreadSafe();
+    /// Calls by name fail from now on while another thread is in the object. For
+    /// an object with operations besides, which reach it on any thread.
+    void refuseOverlappingCalls();
+    /// Who is in the object; operations that are no calls by name enter it too.
+    mzSingleThreadUseC& singleThreadUse() const noexcept { return use_; }
 
   private:
     unsigned invokeHere(mzComStringC const& name, unsigned callKind, mzComVariantArrayC const& args,
                         mzComVariantC& result, mzComPtrT<mzIException>& exception) noexcept;
+    unsigned findAndCall(mzComStringC const& name, unsigned callKind,
+                         mzComVariantArrayC const& args, mzComVariantC& result,
+                         mzComPtrT<mzIException>& exception) noexcept;
     unsigned invokeOnOwner(std::int64_t owner, mzComStringC const& name, unsigned callKind,
                            mzComVariantArrayC const& args, mzComVariantC& result,
                            mzComPtrT<mzIException>& exception) noexcept;
@@ -85,5 +96,7 @@ class VELKCORE_API proxyObjectC : public mzIDispatch, public mzComRefObjectC {
     // The members of the object's class by name; found with the first call.
     std::atomic<velk::core::MemberIndex*> members_{nullptr};
     std::atomic<unsigned> remoteConnections_{0};
+    mutable mzSingleThreadUseC use_;
     bool threadSafe_ = false;
+    bool refusesOverlap_ = false;
 };

@@ -47,10 +47,15 @@ std::int64_t proxyObjectC::getStickyThreadId(bool) {
 
 void proxyObjectC::setNonStickyThread() {
     stickyThread_ = 0;
+    refuseOverlappingCalls();
 }
 
 void proxyObjectC::setThreadSafe() {
     threadSafe_ = true;
+}
+
+void proxyObjectC::refuseOverlappingCalls() {
+    refusesOverlap_ = true;
 }
 
 namespace {

@@ -143,6 +143,22 @@ unsigned proxyObjectC::invokeByName(mzComStringC const& name, unsigned callKind,
 unsigned proxyObjectC::invokeHere(mzComStringC const& name, unsigned callKind,
                                   mzComVariantArrayC const& args, mzComVariantC& result,
                                   mzComPtrT<mzIException>& exception) noexcept {
+    if (!refusesOverlap_ || threadSafe_) {
+        return findAndCall(name, callKind, args, result, exception);
+    }
+    mzSingleThreadUseC::Use const use(use_);
+    if (use.granted()) return findAndCall(name, callKind, args, result, exception);
+    try {
+        result.clear();
+        return fail(name, mzInUseText, exception);
+    } catch (...) {
+        return mzFailure;
+    }
+}
+
+unsigned proxyObjectC::findAndCall(mzComStringC const& name, unsigned callKind,
+                                   mzComVariantArrayC const& args, mzComVariantC& result,
+                                   mzComPtrT<mzIException>& exception) noexcept {
     try {
         result.clear();
         try {

@@ -47,7 +47,8 @@ void DictionaryEntries::rename(std::uint32_t position, DictionaryKey key,
     Entry& entry = entries_[position];
     removeSlot(entry.key.hash(), position);
     entry.key = std::move(key);
-    entry.keyValue = keyValue;
+    // The old value leaves last, as below.
+    mzComVariantC const gone = std::exchange(entry.keyValue, keyValue);
     insertSlot(entry.key.hash(), position);
 }
 

@@ -18,13 +18,14 @@ constexpr int mostValues = 1 << 28;
 
 }  // namespace
 
-// Walks the live list by index.
+// Walks the live list by index. A walk that meets another thread in the list fails.
 class ScriptArray::ValueIterator : public CountedObject<mzIIterator> {
   public:
     explicit ValueIterator(ScriptArray& array) : keepAlive_(array.getIUnknown()), array_(array) {}
 
     unsigned next(mzComVariantC& value) override {
-        if (position_ >= array_.values_.size()) {
+        mzSingleThreadUseC::Use const use(array_.singleThreadUse());
+        if (!use.granted() || position_ >= array_.values_.size()) {
             value.clear();
             return mzFailure;
         }
@@ -33,6 +34,8 @@ class ScriptArray::ValueIterator : public CountedObject<mzIIterator> {
     }
 
     unsigned reset() override {
+        mzSingleThreadUseC::Use const use(array_.singleThreadUse());
+        if (!use.granted()) return mzFailure;
         position_ = 0;
         return mzSuccess;
     }
@@ -74,8 +77,11 @@ mzComVariantC ScriptArray::item(int index) {
 }
 
 void ScriptArray::setItem(int index, mzComVariantC const& value) {
+    // Before the index is looked at: reading a variable can run code that
+    // changes this list.
+    mzComVariantC const plain = value.skipVariable();
     requireIndex(index, upperBound(), "Item");
-    values_[static_cast<std::size_t>(index)] = value.skipVariable();
+    values_[static_cast<std::size_t>(index)] = plain;
 }
 
 int ScriptArray::add(mzComVariantC const& value) {
@@ -104,11 +110,12 @@ void ScriptArray::removeAt(int index) {
 }
 
 void ScriptArray::insertAt(int index, mzComVariantC const& value) {
+    mzComVariantC const plain = value.skipVariable();
     requireIndex(index, count(), "InsertAt");
     if (count() >= mostValues) {
         throwExecuteException("The list is full", "InsertAt", 1);
     }
-    values_.insert(values_.begin() + index, value.skipVariable());
+    values_.insert(values_.begin() + index, plain);
 }
 
 void ScriptArray::removeAll() {
@@ -137,11 +144,12 @@ int ScriptArray::find(mzComVariantC const& value) {
 int ScriptArray::findFrom(mzComVariantC const& value, int start) {
     requireIndex(start, count(), "Find");
     DictionaryKey const wanted(value.skipVariable(), KeyCompare::binary);
-    auto const place =
-        std::find_if(values_.begin() + start, values_.end(), [&](mzComVariantC const& candidate) {
-            return DictionaryKey(candidate, KeyCompare::binary).equals(wanted, KeyCompare::binary);
-        });
-    return place == values_.end() ? -1 : static_cast<int>(place - values_.begin());
+    // By index, because asking an object who it is can change this list.
+    for (int index = start; index < count(); ++index) {
+        DictionaryKey const candidate(values_[static_cast<std::size_t>(index)], KeyCompare::binary);
+        if (candidate.equals(wanted, KeyCompare::binary)) return index;
+    }
+    return -1;
 }
 
 mzComPtrT<mzIUnknown> ScriptArray::copy() {

@@ -9,12 +9,16 @@ namespace velk::core {
 
 /// The script object "qxttools.array": a list of values that counts from 0 and
 /// grows as needed. Values are equal as dictionary keys are: numbers by value,
-/// texts exactly, objects as themselves. Its iterator walks the values. Two
-/// calls on one list must not overlap.
+/// texts exactly, objects as themselves. Its iterator walks the values.
+///
+/// Calls by name run on the list's own thread; an iterator may be used on any.
+/// While two of them overlap on different threads, the second one fails.
 class ScriptArray : public proxyObjectC, public mzIIterable {
   public:
-    ScriptArray() = default;
-    explicit ScriptArray(std::vector<mzComVariantC> values) : values_(std::move(values)) {}
+    ScriptArray() { refuseOverlappingCalls(); }
+    explicit ScriptArray(std::vector<mzComVariantC> values) : values_(std::move(values)) {
+        refuseOverlappingCalls();
+    }
 
     unsigned queryInterface(mzIIDS const& iid, mzComPtrC& out) override;
     unsigned addRef() override { return proxyObjectC::addRef(); }

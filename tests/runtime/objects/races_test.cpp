@@ -59,7 +59,7 @@ TEST(Races, RegistrationBesideLookUpAndCreation) {
 TEST(Races, TheFirstCallsOfOneObject) {
     for (int round = 0; round < 50; ++round) {
         mzComPtrT<Sample> sample(new Sample);
-        sample->setNonStickyThread();
+        sample->setThreadSafe();
         std::atomic<int> right{0};
         inParallel(
             4, [&](int) { right += call(sample.iface(), "Plain", mzCallMethod).integer() == 77; });
