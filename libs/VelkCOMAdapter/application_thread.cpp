@@ -31,7 +31,9 @@ Flag runningFlag{0};
 Flag stopFlag{0};
 // Set from the start of the thread until it serves or has failed to.
 Flag startingFlag{0};
-std::atomic<DWORD> applicationThreadId{0};
+// Without a destructor, so that it holds until the thread's very end, which may
+// be what takes the module down.
+thread_local constinit bool isApplicationThread = false;
 
 // Guards the start of the thread, and the name and version.
 std::mutex startMutex;
@@ -60,14 +62,13 @@ void serve() {
 }
 
 unsigned runApplicationThread(void*) {
-    applicationThreadId = GetCurrentThreadId();
+    isApplicationThread = true;
     try {
         serve();
     } catch (...) {
         // No application then: the flags tell those who wait for it.
         applicationThread.detach();
     }
-    applicationThreadId = 0;
     runningFlag = 0;
     startingFlag = 0;
     return 0;
@@ -123,7 +124,7 @@ void nameApplication(QString name, QString version) {
 void stopApplication() {
     if (!runningFlag) return;
     stopFlag = 1;
-    if (applicationThreadId == GetCurrentThreadId()) return;
+    if (isApplicationThread) return;
     while (applicationThread.isActive()) {
         mzSleep(pollMilliseconds);
         if (!runningFlag) break;
@@ -136,7 +137,7 @@ void stopApplication() {
 }
 
 void endApplicationThread() {
-    if (!applicationThread.isActive() || applicationThreadId == GetCurrentThreadId()) return;
+    if (!applicationThread.isActive() || isApplicationThread) return;
     stopFlag = 1;
     waitForThread();
     stopFlag = 0;

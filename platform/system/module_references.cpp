@@ -3,55 +3,55 @@
 #include <cstring>
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 #include <dlfcn.h>
 #include <link.h>
 #include <unistd.h>
 #include <winbase.h>
 
+#include "platform/system/attached_modules.h"
+#include "platform/system/immortal.h"
+#include "platform/system/loader_handle.h"
 #include "platform/system/resource_section.h"
 #include "platform/system/utf16.h"
 
 namespace velk::platform {
 namespace {
 
-/// The dynamic loader's handles behind the references, one each.
+/// The references that the layer's callers hold, one loader's handle each.
 class References {
   public:
-    void add(HMODULE module, void* loaderHandle) {
+    void add(HMODULE module, LoaderHandle handle) {
+        LoaderHandles made;
+        made.push_front(std::move(handle));
         std::lock_guard const guard(lock_);
-        handles_[module].push_back(loaderHandle);
+        auto& held = handles_[module];
+        held.splice_after(held.before_begin(), made);
     }
 
-    void* take(HMODULE module) {
+    /// One reference, or nothing when there is none.
+    LoaderHandles take(HMODULE module) noexcept {
+        LoaderHandles taken;
         std::lock_guard const guard(lock_);
         auto const found = handles_.find(module);
-        if (found == handles_.end()) return nullptr;
-        void* const loaderHandle = found->second.back();
-        found->second.pop_back();
+        if (found == handles_.end()) return taken;
+        taken.splice_after(taken.before_begin(), found->second, found->second.before_begin());
         if (found->second.empty()) handles_.erase(found);
-        return loaderHandle;
+        return taken;
     }
 
   private:
     std::mutex lock_;
-    std::map<HMODULE, std::vector<void*>> handles_;
+    std::map<HMODULE, LoaderHandles> handles_;
 };
 
-// Never destroyed: modules are freed until the very end of the process.
-References& references() {
-    static auto& all = *new References;
-    return all;
+References& references() noexcept {
+    static Immortal<References> all;
+    return *all;
 }
-
-struct CloseLoaderHandle {
-    void operator()(void* handle) const noexcept { dlclose(handle); }
-};
-using LoaderHandle = std::unique_ptr<void, CloseLoaderHandle>;
 
 /// Opens an object that is loaded already, which adds a reference to it.
 LoaderHandle reopen(LoadedObject const& object, int flags = 0) {
@@ -115,20 +115,20 @@ HMODULE loadModule(LPCWSTR name) {
         SetLastError(errorOfRefusedFile(path));
         return nullptr;
     }
-    references().add(object->handle, handle.release());
+    references().add(object->handle, std::move(handle));
     return object->handle;
 }
 
 bool holdModule(LoadedObject const& object, bool forEver) {
     auto handle = reopen(object, forEver ? RTLD_NODELETE : 0);
     if (handle == nullptr) return false;
-    if (!forEver) references().add(object.handle, handle.release());
+    if (!forEver) references().add(object.handle, std::move(handle));
     return true;
 }
 
 bool releaseModule(HMODULE module) {
-    if (void* const loaderHandle = references().take(module)) {
-        dlclose(loaderHandle);
+    if (auto taken = references().take(module); !taken.empty()) {
+        closeAfterEntries(module, std::move(taken));
         return true;
     }
     // Loaded without us: its references are not ours to give back.

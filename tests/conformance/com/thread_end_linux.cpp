@@ -8,6 +8,7 @@
 #include <oleauto.h>
 
 #include "conformance/com/test_classes.h"
+#include "support/start_gate.h"
 
 namespace {
 
@@ -105,6 +106,32 @@ TEST(ThreadEnd, AttachingAndDetachingWhileThreadsEnd) {
     stop = true;
     for (auto& maker : makers) maker.join();
     EXPECT_GE(seen, 50);
+}
+
+/// The last reference to a module goes while the module's entry leaves COM.
+TEST(ThreadEnd, AModuleOutlastsItsEntryWhenItsThreadWasTheLastInCom) {
+    Text const path = serverPath(OLESTR("velktest_com_leaver"));
+    RegisteredClass const registered(plainClass, path, OLESTR("Both"));
+    auto const use = [] {
+        ApartmentStay const stay(COINIT_MULTITHREADED);
+        void* object = nullptr;
+        EXPECT_EQ(
+            CoGetClassObject(plainClass, CLSCTX_INPROC_SERVER, nullptr, IID_IUnknown, &object),
+            CLASS_E_CLASSNOTAVAILABLE);
+    };
+    for (int round = 0; round < 40; ++round) {
+        StartGate gate(4);
+        std::vector<std::thread> threads;
+        for (int number = 0; number < 4; ++number) {
+            threads.emplace_back([&] {
+                gate.arriveAndWait();
+                use();
+            });
+        }
+        for (auto& thread : threads) thread.join();
+        std::thread(use).join();
+        ASSERT_EQ(GetModuleHandleW(path.c_str()), nullptr) << "freed with the last thread";
+    }
 }
 
 }  // namespace

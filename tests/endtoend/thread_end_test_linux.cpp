@@ -1,0 +1,132 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+#include <vector>
+
+#include <QCoreApplication>
+
+#include <objbase.h>
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include "com/owners.h"
+#include "support/installed_module.h"
+#include "support/start_gate.h"
+
+// The threads that use the proxy, and the application's, end in any order; the
+// last of them in COM takes the module down with it.
+
+namespace {
+
+using namespace velk::test;
+using velk::com::ComPtr;
+using velk::com::TextView;
+
+CLSID proxyClass() {
+    CLSID id{};
+    EXPECT_EQ(CLSIDFromProgID(OLESTR("VelkCOMAdapter.VelkCOMProxy"), &id), S_OK);
+    return id;
+}
+
+/// Calls a method; what becomes of it is up to what other threads do.
+void call(IDispatch& object, OLECHAR const* name, TextView text = {}) {
+    auto* member = const_cast<OLECHAR*>(name);
+    DISPID id = 0;
+    ASSERT_EQ(object.GetIDsOfNames(IID_NULL, &member, 1, LOCALE_USER_DEFAULT, &id), S_OK);
+    auto const owned = velk::com::makeBstr(text);
+    VARIANT argument{};
+    argument.vt = VT_BSTR;
+    argument.bstrVal = owned.get();
+    velk::com::Variant result;
+    DISPPARAMS parameters{&argument, nullptr, text.empty() ? 0U : 1U, 0};
+    EXPECT_TRUE(SUCCEEDED(object.Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
+                                        &parameters, result.put(), nullptr, nullptr)));
+}
+
+void createObject(IDispatch& proxy) {
+    call(proxy, OLESTR("CreateObject"), OLESTR("qxttools.comadapter"));
+}
+
+void createAndTerminate(IDispatch& proxy) {
+    createObject(proxy);
+    call(proxy, OLESTR("TerminateApplication"));
+}
+
+void doNothing(IDispatch&) {}
+
+/// What a thread does before it ends, and need not have left COM.
+using Use = void (*)(IDispatch&);
+constexpr Use uses[] = {doNothing, createObject, createAndTerminate};
+
+void useProxy(CLSID const& id, bool leaves, Use use) {
+    ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED)));
+    {
+        ComPtr<IDispatch> proxy;
+        ASSERT_EQ(
+            CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, proxy.putVoid()),
+            S_OK);
+        use(*proxy.get());
+    }
+    if (leaves) CoUninitialize();
+}
+
+TEST(ThreadEnd, TheLastThreadInComEndsWhole) {
+    ASSERT_EQ(InstalledModule().install(true, ""), S_OK);
+    CLSID const id = proxyClass();
+    constexpr int threadCount = 3;
+    for (Use const use : uses) {
+        for (int round = 0; round < 2; ++round) {
+            StartGate gate(threadCount);
+            std::vector<std::thread> threads;
+            for (int number = 0; number < threadCount; ++number) {
+                threads.emplace_back([&, number] {
+                    gate.arriveAndWait();
+                    useProxy(id, (number + round) % 2 == 0, use);
+                });
+            }
+            for (auto& thread : threads) thread.join();
+        }
+    }
+    EXPECT_EQ(InstalledModule().install(false, ""), S_OK);
+}
+
+/// Whether the module goes within some time: with the thread that ends, or, if
+/// it had a reason to stay then, with the next one that leaves COM.
+bool isGone() {
+    auto const path = wide(builtModule());
+    for (int poll = 0; poll < 100; ++poll) {
+        if (GetModuleHandleW(path.c_str()) == nullptr) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        if (poll >= 15 && SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED)))
+            CoUninitialize();
+    }
+    return false;
+}
+
+TEST(ThreadEnd, TheApplicationsThreadDoesNotWaitForItself) {
+    ASSERT_EQ(InstalledModule().install(true, ""), S_OK);
+    CLSID const id = proxyClass();
+    for (int round = 0; round < 2; ++round) {
+        useProxy(id, false, doNothing);
+        std::thread([&] { useProxy(id, true, createObject); }).join();
+        auto* const application = QCoreApplication::instance();
+        ASSERT_NE(application, nullptr);
+        StartGate applicationIsInCom(2), othersHaveLeft(2);
+        QMetaObject::invokeMethod(application, [&] {
+            useProxy(id, false, doNothing);
+            applicationIsInCom.arriveAndWait();
+            othersHaveLeft.arriveAndWait();
+            useProxy(id, true, createAndTerminate);
+            CoUninitialize();
+        });
+        applicationIsInCom.arriveAndWait();
+        CoUninitialize();
+        othersHaveLeft.arriveAndWait();
+        ASSERT_TRUE(isGone());
+    }
+    EXPECT_EQ(InstalledModule().install(false, ""), S_OK);
+}
+
+}  // namespace
