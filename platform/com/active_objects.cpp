@@ -7,6 +7,7 @@
 
 #include "platform/com/apartments.h"
 #include "platform/com/held_object.h"
+#include "platform/system/immortal.h"
 
 namespace velk::platform::com {
 namespace {
@@ -68,8 +69,8 @@ class ActiveObjects {
 
 // Never destroyed: what is registered stays with the process.
 ActiveObjects& activeObjects() {
-    static auto& all = *new ActiveObjects;
-    return all;
+    static Immortal<ActiveObjects> all;
+    return *all;
 }
 
 HRESULT registerActive(IUnknown& object, REFCLSID id, bool weak, DWORD& registration) {

@@ -9,6 +9,8 @@
 
 #include <winbase.h>
 
+#include "platform/system/immortal.h"
+
 namespace velk::platform::com {
 
 using Clock = std::chrono::steady_clock;
@@ -55,8 +57,8 @@ struct Modules {
 };
 
 Modules& modules() {
-    static auto& all = *new Modules;
-    return all;
+    static Immortal<Modules> all;
+    return *all;
 }
 
 template <typename Function>
@@ -103,13 +105,14 @@ ModulePointer endLoading(std::u16string const& path, ModulePointer module) {
 HRESULT load(ModuleOfClass const& where, ClassModule& module) {
     module.handle = LoadLibraryW(where.path.c_str());
     if (module.handle == nullptr) return HRESULT_FROM_WIN32(GetLastError());
+    module.canUnloadNow = exported<decltype(&DllCanUnloadNow)>(module.handle, "DllCanUnloadNow");
     module.getClassObject =
         exported<decltype(&DllGetClassObject)>(module.handle, "DllGetClassObject");
-    module.canUnloadNow = exported<decltype(&DllCanUnloadNow)>(module.handle, "DllCanUnloadNow");
     module.isApartmentThreaded = where.isApartmentThreaded;
     if (module.getClassObject != nullptr) return S_OK;
+    bool const outOfMemory = GetLastError() == ERROR_NOT_ENOUGH_MEMORY;
     FreeLibrary(module.handle);
-    return CO_E_ERRORINDLL;
+    return outOfMemory ? E_OUTOFMEMORY : CO_E_ERRORINDLL;
 }
 
 /// A module that is asked whether it can go.

@@ -4,6 +4,7 @@
 
 #include "platform/com/apartments.h"
 #include "platform/com/global_interfaces.h"
+#include "platform/system/immortal.h"
 
 namespace velk::platform::com {
 namespace {
@@ -24,8 +25,8 @@ class Lasting : public Interface {
 
 // Never destroyed: what is registered stays with the process.
 GlobalInterfaces& interfaces() {
-    static auto& all = *new GlobalInterfaces;
-    return all;
+    static Immortal<GlobalInterfaces> all;
+    return *all;
 }
 
 template <typename Question>

@@ -5,6 +5,7 @@
 #include <winreg.h>
 
 #include "platform/com/guid_text.h"
+#include "platform/system/memory_failure.h"
 #include "platform/system/utf16.h"
 
 namespace velk::platform::com {
@@ -19,8 +20,8 @@ std::optional<std::u16string> classesText(std::u16string const& key,
     std::vector<WCHAR> buffer(MAX_PATH);
     for (;;) {
         auto size = static_cast<DWORD>(buffer.size() * sizeof(WCHAR));
-        LSTATUS const status = RegGetValueW(HKEY_CLASSES_ROOT, key.c_str(), name, RRF_RT_REG_SZ,
-                                            nullptr, buffer.data(), &size);
+        LSTATUS const status = unlessOutOfMemory(RegGetValueW(
+            HKEY_CLASSES_ROOT, key.c_str(), name, RRF_RT_REG_SZ, nullptr, buffer.data(), &size));
         if (status == ERROR_SUCCESS) return std::u16string(buffer.data());
         if (status != ERROR_MORE_DATA) return std::nullopt;
         buffer.resize(size / sizeof(WCHAR) + 1);

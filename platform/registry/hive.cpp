@@ -60,9 +60,12 @@ Hive::Hive(HiveName name) : path_(hivePath(name)), isMachine_(name == HiveName::
 Hive& Hive::named(HiveName name) {
     static auto& user = *new Hive(HiveName::user);
     static auto& machine = *new Hive(HiveName::machine);
-    static int const registered =
-        pthread_atfork(&ForkGuard::prepare, &ForkGuard::proceed, &ForkGuard::proceed);
-    static_cast<void>(registered);
+    static bool const isGuarded = [] {
+        failIf(pthread_atfork(&ForkGuard::prepare, &ForkGuard::proceed, &ForkGuard::proceed) != 0,
+               ERROR_NOT_ENOUGH_MEMORY);
+        return true;
+    }();
+    static_cast<void>(isGuarded);
     return name == HiveName::user ? user : machine;
 }
 
@@ -122,8 +125,9 @@ HiveSession::~HiveSession() {
     if (!database_->isInTransaction()) return;
     try {
         database_->execute("ROLLBACK");
-    } catch (RegistryError const&) {
-        // Then the connection is beyond use; the next turn opens a new one.
+    } catch (...) {
+        // Then the connection is beyond use, and closing it undoes the same; the
+        // next turn opens a new one.
         hive_.database_.reset();
     }
 }

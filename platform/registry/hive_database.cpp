@@ -110,6 +110,7 @@ bool HiveDatabase::tryOpen(std::string const& path, int flags, HiveAccess access
     int const result = sqlite3_open_v2(
         path.c_str(), &opened, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE, nullptr);
     database_.reset(opened);
+    failIf(result == SQLITE_NOMEM, ERROR_NOT_ENOUGH_MEMORY);
     if (result != SQLITE_OK) return false;
     access_ = access;
     prepareConnection();

@@ -4,6 +4,7 @@
 #include <unordered_map>
 
 #include "platform/registry/key_view.h"
+#include "platform/system/immortal.h"
 #include "platform/system/live_counts.h"
 #include "platform/system/thread_end.h"
 
@@ -46,8 +47,8 @@ class Handles {
 };
 
 Handles& handles() {
-    static auto& all = *new Handles;
-    return all;
+    static Immortal<Handles> all;
+    return *all;
 }
 
 /// The predefined handle as a number of 32 bits, or 0. Programs of 64 bits

@@ -6,6 +6,7 @@
 #include <map>
 #include <mutex>
 
+#include "platform/system/immortal.h"
 #include "platform/system/resource_section.h"
 
 namespace velk::platform {
@@ -18,8 +19,8 @@ struct OpenDataModules {
 };
 
 OpenDataModules& open() {
-    static auto& all = *new OpenDataModules;
-    return all;
+    static Immortal<OpenDataModules> all;
+    return *all;
 }
 
 }  // namespace

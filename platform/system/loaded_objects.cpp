@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <filesystem>
 #include <functional>
 #include <utility>
@@ -55,16 +56,25 @@ void visitObjects(Visit visit) {
     struct State {
         Visit& visit;
         bool first;
-    } state{visit, true};
+        std::exception_ptr failure;
+    } state{visit, true, nullptr};
     dl_iterate_phdr(
         [](dl_phdr_info* info, std::size_t, void* data) {
             auto& state = *static_cast<State*>(data);
             // The first object is the program; it is the only one without a name,
             // but for the system's own page of code, which has a file nowhere.
             bool const isProgram = std::exchange(state.first, false);
-            return state.visit(*info, isProgram) ? 1 : 0;
+            // An exception must not pass through the C library, which would need
+            // memory to let it and end the process without.
+            try {
+                return state.visit(*info, isProgram) ? 1 : 0;
+            } catch (...) {
+                state.failure = std::current_exception();
+                return 1;
+            }
         },
         &state);
+    if (state.failure) std::rethrow_exception(state.failure);
 }
 
 std::optional<LoadedObject> findObject(

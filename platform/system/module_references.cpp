@@ -1,5 +1,6 @@
 #include "platform/system/module_references.h"
 
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <map>
@@ -15,6 +16,7 @@
 #include "platform/system/attached_modules.h"
 #include "platform/system/immortal.h"
 #include "platform/system/loader_handle.h"
+#include "platform/system/regular_file.h"
 #include "platform/system/resource_section.h"
 #include "platform/system/utf16.h"
 
@@ -53,10 +55,25 @@ References& references() noexcept {
     return *all;
 }
 
+/// Whether the dynamic loader's words tell of a lack of memory. It may lack the
+/// memory for words at all.
+bool tellsOfNoMemory(char const* text) {
+    if (text == nullptr) return true;
+    std::string_view const words(text);
+    for (auto const* phrase : {"out of memory", ": cannot create ", ": cannot allocate "}) {
+        if (words.find(phrase) != words.npos) return true;
+    }
+    return words.find(std::strerror(ENOMEM)) != words.npos;
+}
+
 /// Opens an object that is loaded already, which adds a reference to it.
 LoaderHandle reopen(LoadedObject const& object, int flags = 0) {
     char const* const name = object.isProgram ? nullptr : object.loaderName.c_str();
-    return LoaderHandle(dlopen(name, RTLD_LAZY | RTLD_NOLOAD | flags));
+    LoaderHandle handle(dlopen(name, RTLD_LAZY | RTLD_NOLOAD | flags));
+    // It may be gone since; that has no words.
+    char const* const text = handle == nullptr ? dlerror() : nullptr;
+    if (text != nullptr && tellsOfNoMemory(text)) throw std::bad_alloc();
+    return handle;
 }
 
 std::optional<LoadedObject> layerObject() {
@@ -79,11 +96,16 @@ bool namesTheLayer(std::u16string_view name) {
 /// The published error number for a file that the dynamic loader refused.
 DWORD errorOfRefusedFile(std::string const& path) {
     char const* const text = dlerror();
-    bool const symbolMissing = text != nullptr && std::strstr(text, "undefined symbol") != nullptr;
+    if (tellsOfNoMemory(text)) return ERROR_NOT_ENOUGH_MEMORY;
+    bool const symbolMissing = std::strstr(text, "undefined symbol") != nullptr;
     if (path.find('/') != std::string::npos) {
         if (access(path.c_str(), F_OK) != 0) return ERROR_MOD_NOT_FOUND;
         if (access(path.c_str(), R_OK) != 0) return ERROR_ACCESS_DENIED;
         if (!isSharedObjectFile(path)) return ERROR_BAD_EXE_FORMAT;
+        // Without memory the loader takes a file for missing that is there.
+        if (std::string_view(text).starts_with(path + ": cannot open")) {
+            return ERROR_NOT_ENOUGH_MEMORY;
+        }
     }
     return symbolMissing ? ERROR_PROC_NOT_FOUND : ERROR_MOD_NOT_FOUND;
 }
@@ -106,7 +128,14 @@ HMODULE loadModule(LPCWSTR name) {
     }
     // The loader remembers the path as given, and it must stay right when the
     // current folder changes.
-    if (path.find('/') != std::string::npos) path = std::filesystem::absolute(path).string();
+    if (path.find('/') != std::string::npos) {
+        path = std::filesystem::absolute(path).string();
+        // The dynamic loader would wait for the other end of a pipe.
+        if (isOtherThanRegularFile(path)) {
+            SetLastError(ERROR_BAD_EXE_FORMAT);
+            return nullptr;
+        }
+    }
     LoaderHandle handle(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
     link_map* map = nullptr;
     if (handle != nullptr) dlinfo(handle.get(), RTLD_DI_LINKMAP, &map);
@@ -140,6 +169,7 @@ void* moduleSymbol(HMODULE module, char const* name) {
     auto const handle = object ? reopen(*object) : nullptr;
     if (handle == nullptr) return nullptr;
     void* const symbol = dlsym(handle.get(), name);
+    if (symbol == nullptr && tellsOfNoMemory(dlerror())) throw std::bad_alloc();
     // The loader also looks into what the module depends on.
     auto const owner = symbol != nullptr ? loadedObjectAround(symbol) : std::nullopt;
     return owner && owner->handle == module ? symbol : nullptr;

@@ -1,10 +1,11 @@
 #include "platform/system/resource_section.h"
 
 #include <cstring>
-#include <fstream>
 #include <string_view>
 
 #include <elf.h>
+
+#include "platform/system/regular_file.h"
 
 namespace velk::platform {
 namespace {
@@ -14,36 +15,17 @@ constexpr std::string_view sectionName = ".rsrc.velk";
 // More than any module carries; what claims to be larger is no module.
 constexpr std::uint64_t largestSection = 256u << 20;
 
-/// A file of which any part can be asked for; every request is checked.
-class CheckedFile {
+/// A file of which any record can be asked for; every request is checked.
+class CheckedFile : public RegularFile {
   public:
-    explicit CheckedFile(std::string const& path) : stream_(path, std::ios::binary) {
-        stream_.seekg(0, std::ios::end);
-        auto const end = stream_.tellg();
-        if (stream_) size_ = static_cast<std::uint64_t>(end);
-    }
-
-    bool contains(std::uint64_t offset, std::uint64_t size) const {
-        return offset <= size_ && size <= size_ - offset;
-    }
-
-    bool read(std::uint64_t offset, void* target, std::uint64_t size) {
-        if (!contains(offset, size)) return false;
-        stream_.clear();
-        stream_.seekg(static_cast<std::streamoff>(offset));
-        stream_.read(static_cast<char*>(target), static_cast<std::streamsize>(size));
-        return stream_.good();
-    }
+    using RegularFile::read;
+    using RegularFile::RegularFile;
 
     template <typename Record>
-    std::optional<Record> read(std::uint64_t offset) {
+    std::optional<Record> read(std::uint64_t offset) const {
         Record record;
         return read(offset, &record, sizeof record) ? std::optional(record) : std::nullopt;
     }
-
-  private:
-    std::ifstream stream_;
-    std::uint64_t size_ = 0;
 };
 
 bool isOfThisMachine(Elf64_Ehdr const& header) {
@@ -53,7 +35,7 @@ bool isOfThisMachine(Elf64_Ehdr const& header) {
 }
 
 /// The name at `offset` of the string table equals ours.
-bool isNamed(CheckedFile& file, Elf64_Shdr const& names, std::uint32_t offset) {
+bool isNamed(CheckedFile const& file, Elf64_Shdr const& names, std::uint32_t offset) {
     std::size_t const length = sectionName.size() + 1;
     if (offset > names.sh_size || names.sh_size - offset < length) return false;
     char text[sectionName.size() + 1];
@@ -63,7 +45,7 @@ bool isNamed(CheckedFile& file, Elf64_Shdr const& names, std::uint32_t offset) {
            text[sectionName.size()] == '\0';
 }
 
-std::optional<Elf64_Shdr> findSection(CheckedFile& file, Elf64_Ehdr const& header) {
+std::optional<Elf64_Shdr> findSection(CheckedFile const& file, Elf64_Ehdr const& header) {
     if (header.e_shentsize != sizeof(Elf64_Shdr) || header.e_shstrndx >= header.e_shnum) {
         return std::nullopt;
     }
@@ -85,13 +67,13 @@ std::optional<Elf64_Shdr> findSection(CheckedFile& file, Elf64_Ehdr const& heade
 }  // namespace
 
 bool isSharedObjectFile(std::string const& path) {
-    CheckedFile file(path);
+    CheckedFile const file(path);
     auto const header = file.read<Elf64_Ehdr>(0);
     return header && isOfThisMachine(*header);
 }
 
 std::optional<ResourceSection> readResourceSection(std::string const& path) {
-    CheckedFile file(path);
+    CheckedFile const file(path);
     auto const header = file.read<Elf64_Ehdr>(0);
     if (!header || !isOfThisMachine(*header)) return std::nullopt;
     auto const section = findSection(file, *header);

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstdlib>
 
 #include <unistd.h>
 #include <winbase.h>
@@ -29,12 +30,22 @@ bool isMainThread() noexcept {
     return gettid() == getpid();
 }
 
+/// The C library ends the process when it lacks the memory to note down a
+/// destructor; without that much the next meeting has to do. The trial is so
+/// large that what is given back serves any request.
+bool canNoteDestructor() noexcept {
+    constexpr std::size_t trialSize = 4096;
+    void* volatile const trial = std::malloc(trialSize);
+    std::free(trial);
+    return trial != nullptr;
+}
+
 }  // namespace
 
 void watchThreadEnd() noexcept {
     // Without a destructor of its own, so that it may be read after the watch is gone.
     thread_local bool watched = false;
-    if (watched) return;
+    if (watched || !canNoteDestructor()) return;
     watched = true;
     if (isMainThread()) return;
     thread_local ThreadWatch const watch;

@@ -4,6 +4,7 @@
 
 #include <winreg.h>
 
+#include "platform/system/memory_failure.h"
 #include "platform/system/utf16.h"
 
 namespace velk::platform {
@@ -51,12 +52,16 @@ std::string cleaned(std::u16string_view path) {
 std::optional<std::u16string> textValue(HKEY hive, char16_t const* key, LPCWSTR name) {
     std::u16string text;
     DWORD size = 0;
-    LSTATUS status = RegGetValueW(hive, key, name, RRF_RT_REG_SZ, nullptr, nullptr, &size);
+    auto const read = [&](void* data) {
+        return unlessOutOfMemory(
+            RegGetValueW(hive, key, name, RRF_RT_REG_SZ, nullptr, data, &size));
+    };
+    LSTATUS status = read(nullptr);
     // Somebody may write a longer text between the two calls.
     for (int i = 0; i < 3 && (status == ERROR_SUCCESS || status == ERROR_MORE_DATA); ++i) {
         text.assign(size / sizeof(char16_t) + 1, u'\0');
         size = static_cast<DWORD>(text.size() * sizeof(char16_t));
-        status = RegGetValueW(hive, key, name, RRF_RT_REG_SZ, nullptr, text.data(), &size);
+        status = read(text.data());
         if (status == ERROR_SUCCESS) return text.c_str();
     }
     return std::nullopt;

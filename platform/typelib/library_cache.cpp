@@ -3,6 +3,8 @@
 #include <mutex>
 #include <unordered_map>
 
+#include "platform/system/immortal.h"
+
 namespace velk::typelib {
 namespace {
 
@@ -13,9 +15,9 @@ struct Cache {
     std::unordered_map<std::u16string, TypeLibrary*> libraries;
 };
 
-// Never destroyed: libraries may be released after static objects have gone.
-Cache& cache() {
-    static Cache* const instance = new Cache;
+// Libraries may be released after static objects have gone.
+Cache& cache() noexcept {
+    static platform::Immortal<Cache> instance;
     return *instance;
 }
 

@@ -1,11 +1,11 @@
 // Libraries from files.
 
 #include <filesystem>
-#include <fstream>
 #include <vector>
 
 #include <sys/stat.h>
 
+#include "platform/system/regular_file.h"
 #include "platform/system/resource_section.h"
 #include "platform/system/utf16.h"
 #include "platform/typelib/library_cache.h"
@@ -42,12 +42,10 @@ LibraryPlace placeOf(std::u16string_view path) {
 }
 
 std::vector<std::byte> bytesOf(std::string const& file) {
-    std::ifstream stream(file, std::ios::binary | std::ios::ate);
-    require(stream.good(), TYPE_E_CANTLOADLIBRARY);
-    std::vector<std::byte> bytes(static_cast<std::size_t>(stream.tellg()));
-    stream.seekg(0);
-    stream.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    require(stream.good() || bytes.empty(), TYPE_E_IOERROR);
+    platform::RegularFile const stream(file);
+    require(stream.isOpen(), TYPE_E_CANTLOADLIBRARY);
+    std::vector<std::byte> bytes(stream.size());
+    require(stream.read(0, bytes.data(), bytes.size()), TYPE_E_IOERROR);
     return bytes;
 }
 
@@ -84,6 +82,7 @@ Reference<TypeLibrary> loadLibraryFile(std::u16string_view path) {
     require(isRegularFile(place.file), TYPE_E_CANTLOADLIBRARY);
     std::error_code error;
     auto const absolute = std::filesystem::canonical(place.file, error).string();
+    if (error == std::errc::not_enough_memory) throw std::bad_alloc();
     require(!error, TYPE_E_CANTLOADLIBRARY);
     return sharedLibrary(keyOf(place, absolute), [&] {
         auto name = platform::toUtf16(absolute);

@@ -1,9 +1,12 @@
 #include "platform/typelib/registry_key.h"
 
+#include "platform/system/memory_failure.h"
 #include "platform/typelib/boundary.h"
 
 namespace velk::typelib {
 namespace {
+
+using platform::unlessOutOfMemory;
 
 // The longest name of a key, and its terminating zero.
 constexpr DWORD longestName = 256;
@@ -16,17 +19,17 @@ RegistryKey::~RegistryKey() {
 
 RegistryKey RegistryKey::open(HKEY parent, std::u16string const& name) {
     RegistryKey key;
-    if (RegOpenKeyExW(parent, name.c_str(), 0, KEY_READ, &key.key_) != ERROR_SUCCESS) {
-        key.key_ = nullptr;
-    }
+    LSTATUS const status =
+        unlessOutOfMemory(RegOpenKeyExW(parent, name.c_str(), 0, KEY_READ, &key.key_));
+    if (status != ERROR_SUCCESS) key.key_ = nullptr;
     return key;
 }
 
 RegistryKey RegistryKey::create(HKEY parent, std::u16string const& name) {
     RegistryKey key;
     LSTATUS const status =
-        RegCreateKeyExW(parent, name.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
-                        KEY_READ | KEY_WRITE, nullptr, &key.key_, nullptr);
+        unlessOutOfMemory(RegCreateKeyExW(parent, name.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
+                                          KEY_READ | KEY_WRITE, nullptr, &key.key_, nullptr));
     if (status != ERROR_SUCCESS) key.key_ = nullptr;
     require(status == ERROR_SUCCESS, TYPE_E_REGISTRYACCESS);
     return key;
@@ -38,8 +41,8 @@ std::vector<std::u16string> RegistryKey::subKeys() const {
     for (DWORD index = 0;; ++index) {
         char16_t name[longestName];
         DWORD length = longestName;
-        LSTATUS const status =
-            RegEnumKeyExW(key_, index, name, &length, nullptr, nullptr, nullptr, nullptr);
+        LSTATUS const status = unlessOutOfMemory(
+            RegEnumKeyExW(key_, index, name, &length, nullptr, nullptr, nullptr, nullptr));
         if (status != ERROR_SUCCESS) return names;
         names.emplace_back(name, length);
     }
@@ -48,29 +51,28 @@ std::vector<std::u16string> RegistryKey::subKeys() const {
 std::optional<std::u16string> RegistryKey::text(LPCWSTR name) const {
     DWORD type = 0;
     DWORD size = 0;
-    if (!key_ || RegQueryValueExW(key_, name, nullptr, &type, nullptr, &size) != ERROR_SUCCESS) {
-        return std::nullopt;
-    }
+    auto const read = [&](LPBYTE data) {
+        return unlessOutOfMemory(RegQueryValueExW(key_, name, nullptr, &type, data, &size)) ==
+               ERROR_SUCCESS;
+    };
+    if (!key_ || !read(nullptr)) return std::nullopt;
     if (type != REG_SZ && type != REG_EXPAND_SZ) return std::nullopt;
     std::u16string text(size / sizeof(char16_t) + 1, u'\0');
-    DWORD room = static_cast<DWORD>(text.size() * sizeof(char16_t));
-    if (RegQueryValueExW(key_, name, nullptr, &type, reinterpret_cast<LPBYTE>(text.data()),
-                         &room) != ERROR_SUCCESS) {
-        return std::nullopt;
-    }
+    size = static_cast<DWORD>(text.size() * sizeof(char16_t));
+    if (!read(reinterpret_cast<LPBYTE>(text.data()))) return std::nullopt;
     text.resize(text.find(u'\0'));
     return text;
 }
 
 void RegistryKey::setText(LPCWSTR name, std::u16string const& text) const {
     auto const size = static_cast<DWORD>((text.size() + 1) * sizeof(char16_t));
-    LSTATUS const status =
-        RegSetValueExW(key_, name, 0, REG_SZ, reinterpret_cast<BYTE const*>(text.c_str()), size);
+    LSTATUS const status = unlessOutOfMemory(
+        RegSetValueExW(key_, name, 0, REG_SZ, reinterpret_cast<BYTE const*>(text.c_str()), size));
     require(status == ERROR_SUCCESS, TYPE_E_REGISTRYACCESS);
 }
 
 bool deleteKeyTree(HKEY parent, std::u16string const& name) {
-    return RegDeleteTreeW(parent, name.c_str()) == ERROR_SUCCESS;
+    return unlessOutOfMemory(RegDeleteTreeW(parent, name.c_str())) == ERROR_SUCCESS;
 }
 
 }  // namespace velk::typelib

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -113,17 +114,18 @@ TEST(ThreadEnd, TheApplicationsThreadDoesNotWaitForItself) {
         std::thread([&] { useProxy(id, true, createObject); }).join();
         auto* const application = QCoreApplication::instance();
         ASSERT_NE(application, nullptr);
-        StartGate applicationIsInCom(2), othersHaveLeft(2);
-        QMetaObject::invokeMethod(application, [&] {
+        auto const applicationIsInCom = std::make_shared<StartGate>(2);
+        auto const othersHaveLeft = std::make_shared<StartGate>(2);
+        QMetaObject::invokeMethod(application, [=] {
             useProxy(id, false, doNothing);
-            applicationIsInCom.arriveAndWait();
-            othersHaveLeft.arriveAndWait();
+            applicationIsInCom->arriveAndWait();
+            othersHaveLeft->arriveAndWait();
             useProxy(id, true, createAndTerminate);
             CoUninitialize();
         });
-        applicationIsInCom.arriveAndWait();
+        applicationIsInCom->arriveAndWait();
         CoUninitialize();
-        othersHaveLeft.arriveAndWait();
+        othersHaveLeft->arriveAndWait();
         ASSERT_TRUE(isGone());
     }
     EXPECT_EQ(InstalledModule().install(false, ""), S_OK);

@@ -2,7 +2,7 @@
 
 #include <velk_live_counts.h>
 
-#include "storage/failing_memory.h"
+#include "support/failing_memory.h"
 #include "storage/file_changes.h"
 
 // Every single allocation of a change of a compound file fails in turn.

@@ -2,6 +2,7 @@
 #include "servers/com/class_server.h"
 
 #include <atomic>
+#include <new>
 
 #include <objbase.h>
 
@@ -72,7 +73,8 @@ struct Factory : IClassFactory {
         if (outer != nullptr && (!aggregates_ || riid != IID_IUnknown)) {
             return CLASS_E_NOAGGREGATION;
         }
-        auto* const made = new Plain(outer);
+        auto* const made = new (std::nothrow) Plain(outer);
+        if (made == nullptr) return E_OUTOFMEMORY;
         HRESULT const result = made->inner()->QueryInterface(riid, object);
         made->inner()->Release();
         return result;

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <new>
 
-#include "storage/allocation_turn.h"
+#include "support/allocation_turn.h"
 
 void* operator new(std::size_t size) {
     void* const block =

@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <cstddef>
 
-#include "storage/allocation_turn.h"
+#include "support/allocation_turn.h"
 
 // The same functions under the names that the system's own library keeps.
 extern "C" {

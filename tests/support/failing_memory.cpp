@@ -1,6 +1,6 @@
-#include "storage/failing_memory.h"
+#include "support/failing_memory.h"
 
-#include "storage/allocation_turn.h"
+#include "support/allocation_turn.h"
 
 namespace velk::test {
 namespace {
