@@ -7,6 +7,8 @@
 
 namespace {
 
+constexpr double nanosecondsPerSecond = 1e9;
+
 std::vector<Ratio> ratios(MedianCollector const& m) {
     using namespace measure;
     double const u = m.nanoseconds(unit);
@@ -33,6 +35,10 @@ std::vector<Ratio> ratios(MedianCollector const& m) {
         {"one wrapper on 8 threads, per call, against on 2",
          m.nanoseconds(wrapperEightThreads) / m.nanoseconds(wrapperTwoThreads), Bound::atMost, 1.2,
          "times"},
+        {"velkcom call VelkCOMAdapter.VelkCOMProxy 'CreateObject(scripting.dictionary).Count'",
+         m.nanoseconds(callProgram) / nanosecondsPerSecond, Bound::atMost, 0.1, "s"},
+        {"wordcount on a small file", m.nanoseconds(countProgram) / nanosecondsPerSecond,
+         Bound::atMost, 0.15, "s"},
     };
 }
 

@@ -7,6 +7,7 @@
 #include "bridge_ratios.h"
 #include "common/benchmark_program.h"
 #include "common/ratio_table.h"
+#include "common/scratch_folder.h"
 #include "host/host.h"
 #include "measures.h"
 #include "memory.h"
@@ -20,11 +21,13 @@ void runRegistered(MedianCollector& medians) {
 }
 
 void run() {
+    ScratchFolder const folder;
     MedianCollector medians;
     registerRuntimeBenchmarks();
     registerFacadeBenchmarks();
     registerWrapperBenchmarks();
     registerThreadBenchmarks();
+    registerProgramBenchmarks(folder.path());
     runRegistered(medians);
     registerFewNamesBenchmark();
     runRegistered(medians);

@@ -1,6 +1,8 @@
 /// Names of the single measurements, from which the table makes its ratios.
 #pragma once
 
+#include <filesystem>
+
 namespace measure {
 
 inline constexpr char unit[] = "unit: mutex lock and unlock, malloc and free of 64 bytes";
@@ -23,6 +25,8 @@ inline constexpr char doubleCrossing[] = "host, wrapper, facade and host, two in
 inline constexpr char arrayElement[] = "element of an array through its wrapper";
 inline constexpr char wrapperTwoThreads[] = "one wrapper on 2 threads";
 inline constexpr char wrapperEightThreads[] = "one wrapper on 8 threads";
+inline constexpr char callProgram[] = "velkcom call through the proxy";
+inline constexpr char countProgram[] = "wordcount on a small file";
 inline constexpr char oneThreadAlone[] = "arithmetic on 1 thread";
 inline constexpr char twoThreadsAlone[] = "arithmetic on 2 threads";
 
@@ -33,6 +37,8 @@ void registerRuntimeBenchmarks();
 void registerFacadeBenchmarks();
 void registerWrapperBenchmarks();
 void registerThreadBenchmarks();
+/// `folder` must stay while the benchmarks run.
+void registerProgramBenchmarks(std::filesystem::path const& folder);
 /// These fill the name table of the process, the second with a million names:
 /// they run after all others, in this order.
 void registerFewNamesBenchmark();

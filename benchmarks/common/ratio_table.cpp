@@ -40,7 +40,7 @@ void printRatios(std::ostream& out, std::vector<Ratio> const& ratios) {
         bool const holds = atMost ? ratio.value <= ratio.limit : ratio.value >= ratio.limit;
         out << std::setw(9) << std::setprecision(2) << ratio.value << ' ' << std::left
             << std::setw(6) << ratio.unit << std::right << (atMost ? "at most  " : "at least ")
-            << std::setw(4) << std::setprecision(1) << ratio.limit << "  "
-            << (holds ? "holds  " : "MISSED ") << ratio.title << '\n';
+            << std::setw(5) << ratio.limit << "  " << (holds ? "holds  " : "MISSED ") << ratio.title
+            << '\n';
     }
 }

@@ -1,9 +1,6 @@
-#include <cstdlib>
-#include <stdexcept>
 #include <string>
 
-#include <benchmark/benchmark.h>
-
+#include "common/whole_program.h"
 #include "measures.h"
 #include "sample_document.h"
 
@@ -12,18 +9,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int documents = 1000;
-
-/// A program from its start to its end, its output thrown away.
-void measureProgram(benchmark::State& state, std::string const& command) {
-    std::string const quiet = command + " > /dev/null";
-    for (auto _ : state) {
-        if (std::system(quiet.c_str()) != 0) throw std::runtime_error(command + " failed");
-    }
-}
-
-void registerProgram(char const* name, std::string const& command) {
-    benchmark::RegisterBenchmark(name, measureProgram, command)->Iterations(1)->UseRealTime();
-}
 
 }  // namespace
 

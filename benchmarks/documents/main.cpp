@@ -6,6 +6,7 @@
 
 #include "common/benchmark_program.h"
 #include "common/ratio_table.h"
+#include "common/scratch_folder.h"
 #include "drive_c.h"
 #include "measures.h"
 #include "sample_document.h"

@@ -91,18 +91,6 @@ void writeMixed(IPropertyStorage& set, int first, int count, bool named) {
 
 }  // namespace
 
-ScratchFolder::ScratchFolder() {
-    std::string pattern =
-        (std::filesystem::temp_directory_path() / "velk-documents-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no folder can be made");
-    path_ = pattern;
-}
-
-ScratchFolder::~ScratchFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-}
-
 OpenSet openSet(std::filesystem::path const& file, REFFMTID id, DWORD access) {
     OpenSet open;
     DWORD const mode = access | STGM_SHARE_EXCLUSIVE;

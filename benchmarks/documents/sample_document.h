@@ -10,20 +10,6 @@
 
 #include "com/owners.h"
 
-/// A new folder, which goes with the object.
-class ScratchFolder {
-  public:
-    ScratchFolder();
-    ScratchFolder(ScratchFolder const&) = delete;
-    ScratchFolder& operator=(ScratchFolder const&) = delete;
-    ~ScratchFolder();
-
-    std::filesystem::path const& path() const { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
-
 /// One property set in an open document.
 struct OpenSet {
     velk::com::ComPtr<IStorage> storage;
