@@ -24,6 +24,9 @@ constexpr char getSignature[] =
 // The only meaning of the search mode that the runtime has.
 constexpr int searchMode = 3;
 
+// How often a client's object is tried when others end the application.
+constexpr int mostTries = 100;
+
 std::string hostProgId(BSTR name) {
     return mzComStringC::fromBSTR(mzBstrHolderC::copyOf(name)).toAscii();
 }
@@ -46,6 +49,25 @@ void trace(char const* function, int line, char const* message) {
     mzTraceRecord(codeTrackLogger, {sourceUnit, function, line}, message);
 }
 
+/// Makes the object in the application that there is. False, with `retval`
+/// untouched, when it cannot be made.
+bool createInApplication(BSTR name, IDispatch** retval) {
+    mzFrameTraceC const frame(codeTrackLogger, "CreateObject",
+                              {sourceUnit, createSignature, __LINE__});
+    mzComPtrC created;
+    if (mzComCreateObject(hostProgId(name).c_str(), mzIDispatch::interfaceId(), created) !=
+        mzSuccess) {
+        return false;
+    }
+    trace(createSignature, __LINE__, "MZCOM create was ok");
+    mzComPtrT<mzIDispatch> const object(created);
+    ComPtr<Ivelkdspwrap> facade;
+    if (FAILED(velk::adapter::createBoundFacade(object.iface(), facade))) return false;
+    trace(createSignature, __LINE__, "Create Object ok");
+    *retval = facade.detach();
+    return true;
+}
+
 }  // namespace
 
 CVelkCOMProxy::CVelkCOMProxy() {
@@ -61,21 +83,14 @@ CVelkCOMProxy::~CVelkCOMProxy() {
 HRESULT CVelkCOMProxy::CreateObject(BSTR name, IDispatch** retval) noexcept {
     try {
         if (!retval) return E_POINTER;
-        if (!velk::adapter::ensureApplication()) return S_FALSE;
-        mzFrameTraceC const frame(codeTrackLogger, "CreateObject",
-                                  {sourceUnit, createSignature, __LINE__});
-        mzComPtrC created;
-        if (mzComCreateObject(hostProgId(name).c_str(), mzIDispatch::interfaceId(), created) !=
-            mzSuccess) {
-            return S_FALSE;
+        for (int tries = 0; tries < mostTries; ++tries) {
+            auto const run = velk::adapter::ensureApplication();
+            if (!run) return S_FALSE;
+            if (createInApplication(name, retval)) return S_OK;
+            // Nothing can be made when the application ended meanwhile.
+            if (!velk::adapter::isOver(*run)) return S_FALSE;
         }
-        trace(createSignature, __LINE__, "MZCOM create was ok");
-        mzComPtrT<mzIDispatch> const object(created);
-        ComPtr<Ivelkdspwrap> facade;
-        if (FAILED(velk::adapter::createBoundFacade(object.iface(), facade))) return S_FALSE;
-        trace(createSignature, __LINE__, "Create Object ok");
-        *retval = facade.detach();
-        return S_OK;
+        return S_FALSE;
     }
     VELK_COM_CATCH
 }

@@ -1,5 +1,6 @@
 // What COM asks of every class module.
 
+#include "application_thread.h"
 #include "exports.h"
 #include "process_objects.h"
 
@@ -8,5 +9,8 @@ STDAPI DllGetClassObject(REFCLSID id, REFIID riid, LPVOID* object) {
 }
 
 STDAPI DllCanUnloadNow() {
+    // The answer would let its caller, this very thread, free the code that the
+    // thread goes back to.
+    if (velk::adapter::onApplicationThread()) return S_FALSE;
     return velk::adapter::comModule.canUnloadNow();
 }

@@ -16,8 +16,14 @@ class ModuleAttachment {
 
 /// Has the entry point hear of the end already when the process begins to end,
 /// where that is possible: before anything goes that came into being before
-/// this call. To be called when the application runs, so that it ends while
-/// everything that it is built on is whole. Any thread.
-void detachWhenProcessEnds();
+/// the first call with this stage. To be called at each stage that the
+/// application reaches, so that it ends while everything that it is built on is
+/// whole. Any thread.
+enum class ApplicationStage { built, initialised };
+void detachWhenProcessEnds(ApplicationStage stage);
+
+/// Keeps the module loaded until the process ends, whatever is freed. For a
+/// thread of this module that nobody can wait for. Any thread.
+void stayLoaded() noexcept;
 
 }  // namespace velk::adapter

@@ -59,6 +59,7 @@ com::ComModuleRecord comModuleRecord(objectMap);
 
 CVelkCOMAdapterModule comModule(comModuleRecord);
 mzThreadC applicationThread;
+ApplicationRun applicationRun;
 // Copies, because Qt keeps them beyond the module's end.
 QString applicationName{"anonymous"};
 QString applicationVersion{"1.0"};

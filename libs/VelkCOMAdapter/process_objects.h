@@ -3,6 +3,7 @@
 
 #include <QString>
 
+#include "application_run.h"
 #include "host/thread.h"
 #include "last_exception_slot.h"
 #include "module.h"
@@ -12,8 +13,9 @@ namespace velk::adapter {
 extern CVelkCOMAdapterModule comModule;
 /// The thread that the host application runs on.
 extern mzThreadC applicationThread;
-/// What the application is called when it starts next; application_thread.h
-/// guards both.
+extern ApplicationRun applicationRun;
+/// What the application is called when it starts next; the run's mutex guards
+/// both.
 extern QString applicationName;
 extern QString applicationVersion;
 extern LastExceptionSlot lastExceptionSlot;

@@ -3,10 +3,13 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <thread>
 
+#include "host/host.h"
 #include "interfaces.h"
 #include "support/loaded_module.h"
 
@@ -57,6 +60,40 @@ void forbidNewThreads() {
     std::exit(0);
 }
 
+/// Holds the start of the application up until it is let go.
+class SlowStart : public mzComServerStateEventC {
+  public:
+    SlowStart() : mzComServerStateEventC(1000) { init(); }
+    unsigned serverInit() override {
+        while (!mayGoOn) mzSleep(1);
+        return mzSuccess;
+    }
+
+    std::atomic<bool> mayGoOn{false};
+};
+
+/// Frees the module while the thread of a start that was given up runs its code.
+[[noreturn]] void freeWhileStarting() {
+    SlowStart start;
+    bool right = false;
+    {
+        LoadedModule const module;
+        ComPtr<IVelkCOMProxy> proxy;
+        module.classFactory(CLSID_VelkCOMProxy)
+            ->CreateInstance(nullptr, IID_IVelkCOMProxy, proxy.putVoid());
+        IDispatch* out = nullptr;
+        right = proxy->CreateObject(nullptr, &out) == S_FALSE;
+        proxy.reset();
+        right = right && module.canUnloadNow() == S_OK;
+    }
+    // The process ends, too, while the application starts.
+    std::thread([&start] {
+        mzSleep(100);
+        start.mayGoOn = true;
+    }).detach();
+    std::exit(right ? 0 : 1);
+}
+
 class Process : public testing::Test {
   protected:
     void SetUp() override { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
@@ -69,6 +106,10 @@ TEST_F(Process, EndsCleanlyWhileTheApplicationRuns) {
 TEST_F(Process, ApplicationThatCannotStartIsAnAnswerAndNoWait) {
     if (!addressSpaceCanBeLimited) GTEST_SKIP() << "the sanitizer needs the address space";
     EXPECT_EXIT(askWithoutThreads(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(Process, ModuleOutlivesAStartThatTookTooLong) {
+    EXPECT_EXIT(freeWhileStarting(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -243,7 +243,7 @@ RouteOutcome runOnThread(std::int64_t owner, std::shared_ptr<RoutedCall> const& 
     return awaitWithinLimits(posted, *box);
 }
 
-unsigned serveCalls(std::chrono::milliseconds duration) {
+unsigned serveCalls(std::chrono::milliseconds duration, std::atomic<bool> const& ended) {
     auto const deadline = Clock::now() + duration;
     auto const box = ownMailbox();
     unsigned served = 0;
@@ -255,8 +255,8 @@ unsigned serveCalls(std::chrono::milliseconds duration) {
             until = std::min(until, Clock::now() + pumpInterval);
         }
         std::unique_lock hold(box->mutex);
-        box->changed.wait_until(hold, until, [&] { return !box->calls.empty(); });
-    } while (Clock::now() < deadline);
+        box->changed.wait_until(hold, until, [&] { return !box->calls.empty() || ended; });
+    } while (Clock::now() < deadline && !ended);
     return served + serveWaiting(*box);
 }
 
@@ -272,5 +272,18 @@ void mzComSetThreadPump(void (*pump)()) {
 }
 
 unsigned mzComSleep(unsigned milliseconds, int, int*) {
-    return velk::core::serveCalls(std::chrono::milliseconds(milliseconds));
+    static constinit std::atomic<bool> const never{false};
+    return velk::core::serveCalls(std::chrono::milliseconds(milliseconds), never);
+}
+
+unsigned mzComSleepUntil(unsigned milliseconds, std::atomic<bool> const& ended) {
+    return velk::core::serveCalls(std::chrono::milliseconds(milliseconds), ended);
+}
+
+std::int64_t mzComThreadNumber() {
+    return velk::core::currentThreadNumber();
+}
+
+void mzComWake(std::int64_t thread) {
+    if (auto const box = velk::core::Directory::instance().find(thread)) box->wake();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -38,8 +39,9 @@ enum class RouteOutcome {
 /// use it.
 RouteOutcome runOnThread(std::int64_t owner, std::shared_ptr<RoutedCall> const& call);
 
-/// Serves calls sent to the calling thread until the time is over.
+/// Serves calls sent to the calling thread until the time is over or `ended`,
+/// looked at whenever the thread is woken, is true.
 /// @return how many calls were served
-unsigned serveCalls(std::chrono::milliseconds duration);
+unsigned serveCalls(std::chrono::milliseconds duration, std::atomic<bool> const& ended);
 
 }  // namespace velk::core
