@@ -81,4 +81,34 @@ TEST(DispatchWrapperThreads, WrappersOutliveTheRegistry) {
     EXPECT_EQ(native.references(), 0U);
 }
 
+/// A native object that wraps another one when its last reference goes.
+class WrapsAtItsEnd : public ScriptedDispatch {
+  public:
+    explicit WrapsAtItsEnd(ScriptedDispatch& other) : other_(other) {}
+    ULONG STDMETHODCALLTYPE Release() noexcept override {
+        ULONG const left = ScriptedDispatch::Release();
+        if (left == 0) made_ = mzComPtrT<mzIDispatch>(new vbsComDispatchWrapperC(&other_));
+        return left;
+    }
+    mzIDispatch* made() const { return made_.iface(); }
+
+  private:
+    ScriptedDispatch& other_;
+    mzComPtrT<mzIDispatch> made_;
+};
+
+TEST(DispatchWrapperThreads, WrapperThatIsMadeByTheCleanupStaysEmpty) {
+    ScriptedDispatch other;
+    WrapsAtItsEnd native(other);
+    mzComPtrT<mzIDispatch> const wrapper(new vbsComDispatchWrapperC(&native));
+    Registry::cleanup();
+    ASSERT_NE(native.made(), nullptr);
+    EXPECT_EQ(callHost(native.made(), "Member", mzCallMethod).code, mzFailure);
+    EXPECT_EQ(other.references(), 0U);
+    // The next registry is none of the clean-up's business.
+    mzComPtrT<mzIDispatch> const later(new vbsComDispatchWrapperC(&other));
+    EXPECT_EQ(callHost(later.iface(), "Member", mzCallMethod).code, mzSuccess);
+    velk::adapter::setLastException({});
+}
+
 }  // namespace

@@ -37,11 +37,7 @@ State& state() {
     return instance.state;
 }
 
-/// The state of a registry that exists; made when there is none.
-State& openState() {
-    mzModuleSingletonT<VelkComAdapterGlobal, VelkComAdapterGlobal::cleanupPriority>::instance();
-    return state();
-}
+using Registry = mzModuleSingletonT<VelkComAdapterGlobal, VelkComAdapterGlobal::cleanupPriority>;
 
 bool knows(State const& all, VelkObjectCookie cookie) {
     return cookie.registry == all.registry && all.cookies.contains(cookie.cookie);
@@ -80,7 +76,9 @@ VelkComAdapterGlobal::~VelkComAdapterGlobal() {
 
 HRESULT VelkComAdapterGlobal::registerInterface(IUnknown* object, VelkObjectCookie& cookie) {
     cookie = {};
-    State& all = openState();
+    // What the clean-up releases may want to register something in its turn.
+    if (!Registry::instanceIfPossible()) return E_UNEXPECTED;
+    State& all = state();
     Table git;
     std::uint32_t registry = 0;
     {

@@ -29,7 +29,8 @@ class VelkComAdapterGlobal {
     static constexpr int cleanupPriority = -2000002;
 
     /// Registers `object`, of which the table then holds a reference. The
-    /// native result; `cookie` is 0 after a failure.
+    /// native result; `cookie` is 0 after a failure. E_UNEXPECTED on the thread
+    /// that is running the clean-up.
     static HRESULT registerInterface(IUnknown* object, VelkObjectCookie& cookie);
     /// The object behind a cookie, with a reference for the caller. S_FALSE
     /// when this registry does not know the cookie.
