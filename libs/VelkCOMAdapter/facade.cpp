@@ -97,6 +97,8 @@ HRESULT Cvelkdspwrap::Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS
                              VARIANT* result, EXCEPINFO* exception, UINT*) noexcept {
     try {
         if (!hostDispatch_.isValid()) return E_UNEXPECTED;
+        velk::com::ComPtr<Ivelkdspwrap> const self(this);
+        mzComPtrT<mzIDispatch> const host = hostDispatch_;
         mzComStringC name;
         unsigned callKind = velk::adapter::callKindOfDefault(flags);
         if (member != DISPID_VALUE) {
@@ -111,8 +113,7 @@ HRESULT Cvelkdspwrap::Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS
 
         mzComVariantC value;
         mzComPtrT<mzIException> failure;
-        unsigned const code =
-            hostDispatch_->invokeByName(name, callKind, arguments, value, failure);
+        unsigned const code = host->invokeByName(name, callKind, arguments, value, failure);
         return code == mzSuccess ? velk::adapter::giveResult(value, result)
                                  : velk::adapter::giveFailure(code, failure, exception);
     }

@@ -11,10 +11,10 @@
 /// Gives every member name a DISPID and calls the host object by that name.
 ///
 /// Created unbound, bound once by the module, made concrete by CComObject.
-/// Its reference count is a plain number: one thread at a time may count.
-/// Names and calls may come from several threads; no lock is held while the
-/// host object is called.
-class Cvelkdspwrap : public velk::com::CComObjectRootEx<velk::com::CComSingleThreadModel>,
+/// Any thread may count references, ask for names and call. No lock is held
+/// while the host object is called; the host object and the facade stay until
+/// their call ends, whoever gives them up in it.
+class Cvelkdspwrap : public velk::com::CComObjectRootEx<velk::com::CComMultiThreadModelNoCS>,
                      public Ivelkdspwrap {
   public:
     VELK_COM_MAP(Cvelkdspwrap, VELK_COM_INTERFACE(Ivelkdspwrap, IID_Ivelkdspwrap),

@@ -6,8 +6,8 @@
 
 namespace velk::com {
 
-/// Reference count and lock of an object. `Model` is CComSingleThreadModel
-/// or CComMultiThreadModel.
+/// Reference count and lock of an object. `Model` is CComSingleThreadModel,
+/// CComMultiThreadModel or CComMultiThreadModelNoCS.
 ///
 /// A class derives from this and from its interfaces, declares its
 /// VELK_COM_MAP, and is made concrete by CComObject or CComAggObject, which

@@ -29,4 +29,17 @@ struct CComMultiThreadModel {
     }
 };
 
+/// For objects that any thread uses and that bring what locks they need:
+/// atomic counting only.
+struct CComMultiThreadModelNoCS {
+    using Counter = CComMultiThreadModel::Counter;
+    using Section = NoCriticalSection;
+    static ULONG increment(Counter& counter) noexcept {
+        return CComMultiThreadModel::increment(counter);
+    }
+    static ULONG decrement(Counter& counter) noexcept {
+        return CComMultiThreadModel::decrement(counter);
+    }
+};
+
 }  // namespace velk::com

@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <thread>
 
 #include "conversions.h"
 #include "facade_creation.h"
+#include "host_announcement.h"
 #include "support/counting_dispatch.h"
 #include "support/native_values.h"
 #include "support/recording_object.h"
@@ -290,6 +292,46 @@ TEST_F(Facade, NumbersFromClientsBindNothing) {
         EXPECT_EQ(host->calls().size(), 1U) << number;
     }
     EXPECT_EQ(other->references(), 1U);
+}
+
+/// A host object that tells when it is gone, and acts while it is called.
+class Leaving : public mzComDispatchBaseC {
+  public:
+    Leaving(bool& gone, std::function<void()>& act) : gone_(gone), act_(act) {}
+    ~Leaving() override { gone_ = true; }
+    unsigned invokeByName(mzComStringC const&, unsigned, mzComVariantArrayC const&,
+                          mzComVariantC& result, mzComPtrT<mzIException>&) override {
+        act_();
+        EXPECT_FALSE(gone_);
+        result = mzComVariantC(7);
+        return mzSuccess;
+    }
+
+  private:
+    bool& gone_;
+    std::function<void()>& act_;
+};
+
+TEST_F(Facade, CallKeepsTheHostObjectAndTheFacadeUntilItsEnd) {
+    for (bool const clientReleases : {true, false}) {
+        bool gone = false;
+        std::function<void()> act;
+        ASSERT_EQ(velk::adapter::createBoundFacade(new Leaving(gone, act), facade), S_OK);
+        IDispatch* const called = facade.get();
+        DISPID const member = idOf(*called, OLESTR("Member"));
+        act = [&] {
+            if (clientReleases) {
+                facade.reset();
+            } else {
+                velk::adapter::HostAnnouncement const announced(host.dispatch());
+                facade->bindToDispatch(velk::adapter::HostAnnouncement::numberOf(host.dispatch()));
+            }
+        };
+        auto const outcome = invoke(*called, member, DISPATCH_METHOD, nullptr);
+        EXPECT_EQ(outcome.code, S_OK);
+        EXPECT_EQ(outcome.result.get().lVal, 7);
+        EXPECT_TRUE(gone);
+    }
 }
 
 TEST_F(Facade, UnboundFacadeFailsEveryCall) {

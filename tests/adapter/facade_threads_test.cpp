@@ -3,9 +3,12 @@
 #include <thread>
 #include <vector>
 
+#include "conversions.h"
 #include "facade_creation.h"
+#include "support/host_calls.h"
 #include "support/native_values.h"
 #include "support/recording_object.h"
+#include "support/start_gate.h"
 
 namespace {
 
@@ -53,6 +56,42 @@ TEST(FacadeThreads, ThreadsCallingOneFacade) {
     }
     for (auto& thread : threads) thread.join();
     EXPECT_EQ(host->calls().size(), 800U);
+}
+
+// As an unknown object the facade is wrapped, and its wrapper, which any
+// thread may use, fetches it from the global interface table for each call.
+TEST(FacadeThreads, ThreadsCallingTheWrapperOfOneFacade) {
+    constexpr int threadCount = 4;
+    constexpr int rounds = 50'000;
+    RecordingHolder const host;
+    {
+        ComPtr<Ivelkdspwrap> facade;
+        ASSERT_EQ(velk::adapter::createBoundFacade(host.dispatch(), facade), S_OK);
+        VARIANT unknown{};
+        unknown.vt = VT_UNKNOWN;
+        unknown.punkVal = facade.get();
+        mzComVariantC wrapped;
+        ASSERT_TRUE(convertMSCOMVariant2MZCOMVariant(unknown, wrapped, false, true));
+        auto const wrapper = dispatchIn(wrapped);
+        ASSERT_TRUE(wrapper.isValid());
+        StartGate gate(threadCount);
+        std::vector<std::thread> threads;
+        for (int index = 0; index < threadCount; ++index) {
+            threads.emplace_back([&] {
+                gate.arriveAndWait();
+                for (int round = 0; round < rounds; ++round) {
+                    ASSERT_EQ(callHost(wrapper.iface(), "Member", mzCallMethod).code, mzSuccess);
+                }
+            });
+        }
+        for (auto& thread : threads) thread.join();
+        facade->AddRef();
+        // This client's, and that of the table.
+        EXPECT_EQ(facade->Release(), 2U);
+    }
+    EXPECT_EQ(host->calls().size(), std::size_t{threadCount} * rounds);
+    mzRunGlobalCleanup();
+    EXPECT_EQ(host->references(), 1U);
 }
 
 }  // namespace
