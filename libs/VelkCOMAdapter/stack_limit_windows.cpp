@@ -4,12 +4,29 @@
 
 namespace velk::adapter {
 
-std::uintptr_t lowestStackAddress() noexcept {
-    // The whole reservation around a local, whose lowest part the system keeps.
+// A thread that becomes a fiber changes what the system calls its stack.
+StackRange ownStack() noexcept {
+    return {};
+}
+
+StackRange stackAround(std::uintptr_t address) noexcept {
+    ULONG_PTR lowest = 0;
+    ULONG_PTR end = 0;
+    GetCurrentThreadStackLimits(&lowest, &end);
+    StackRange const current{lowest, end};
+    if (current.holds(address)) return current;
+    // A stack that the system was not told of: the reservation around it, as
+    // far as its pages are used alike.
     MEMORY_BASIC_INFORMATION region{};
-    char here = 0;
-    if (VirtualQuery(&here, &region, sizeof region) == 0) return 0;
-    return reinterpret_cast<std::uintptr_t>(region.AllocationBase);
+    if (VirtualQuery(reinterpret_cast<void const*>(address), &region, sizeof region) == 0) {
+        return {};
+    }
+    return {reinterpret_cast<std::uintptr_t>(region.AllocationBase),
+            reinterpret_cast<std::uintptr_t>(region.BaseAddress) + region.RegionSize, false};
+}
+
+StackRange rememberedStackAround(std::uintptr_t address) noexcept {
+    return stackAround(address);
 }
 
 }  // namespace velk::adapter

@@ -421,30 +421,6 @@ TEST_F(DispatchWrapper, UnusableResults) {
     EXPECT_TRUE(dispatchIn(callMember(array).result).isValid());
 }
 
-TEST_F(DispatchWrapper, CallsBackAndForthEnd) {
-    RecordingHolder const host;
-    mzComPtrT<mzIDispatch> wrapper;
-    ScriptedDispatch native([](NativeCallArguments& call) {
-        DISPPARAMS none{};
-        velk::com::ExceptionInfo info;
-        HRESULT const code = call.parameters.rgvarg[0].pdispVal->Invoke(
-            0, IID_NULL, 0, DISPATCH_METHOD, &none, nullptr, info.address(), nullptr);
-        if (code == DISP_E_EXCEPTION) *call.exception = info.release();
-        return code;
-    });
-    wrapper = wrap(native);
-    host->respond = [&](RecordedCall const&) {
-        auto const outcome = callHost(wrapper.iface(), "Member", mzCallMethod, {host.asValue()});
-        return Answer{outcome.code, outcome.result, outcome.exception};
-    };
-    auto const outcome = callHost(wrapper.iface(), "Member", mzCallMethod, {host.asValue()});
-    EXPECT_EQ(outcome.code, mzFailure);
-    EXPECT_NE(outcome.text().find("nested too deeply"), std::string::npos)
-        << outcome.text().substr(0, 400);
-    host->respond = {};
-    host->forgetCalls();
-}
-
 TEST_F(DispatchWrapper, HoldsItsObjectUntilItIsBoundAnew) {
     ScriptedDispatch first;
     ScriptedDispatch second;
