@@ -26,10 +26,12 @@ std::vector<std::filesystem::path> filesIn(char const* variable) {
     return files;
 }
 
+// The text of a library, all of whose references lead to a type.
 std::string printed(std::filesystem::path const& file) {
     std::ostringstream out;
     std::ostringstream errors;
     EXPECT_EQ(tools::printTypeLibrary(file, out, errors), 0) << errors.str();
+    EXPECT_EQ(out.str().find("<0x"), std::string::npos) << file << " refers to nothing";
     return out.str();
 }
 
