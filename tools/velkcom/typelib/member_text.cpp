@@ -1,5 +1,6 @@
 #include "member_text.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "attribute_text.h"
@@ -31,13 +32,50 @@ std::string nameOf(ITypeInfo* type, MEMBERID member) {
     return utf8(name.view());
 }
 
+InterfaceOwner<ITypeInfo2> extendedView(ITypeInfo* type) {
+    ITypeInfo2* extended = nullptr;
+    HRESULT const result =
+        type->QueryInterface(IID_ITypeInfo2, reinterpret_cast<void**>(&extended));
+    return InterfaceOwner<ITypeInfo2>(SUCCEEDED(result) ? extended : nullptr);
+}
+
 template <typename Fill>
 void addExtended(AttributeList& list, ITypeInfo* type, Fill fill) {
-    ITypeInfo2* raw = nullptr;
-    if (FAILED(type->QueryInterface(IID_ITypeInfo2, reinterpret_cast<void**>(&raw)))) return;
-    InterfaceOwner<ITypeInfo2> const extended(raw);
+    auto const extended = extendedView(type);
     CUSTDATA data{};
-    if (SUCCEEDED(fill(raw, &data))) addCustomData(list, data);
+    if (extended && SUCCEEDED(fill(extended.get(), &data))) addCustomData(list, data);
+}
+
+constexpr auto setsProperty = INVOKE_PROPERTYPUT | INVOKE_PROPERTYPUTREF;
+constexpr auto anyInvocation = INVOKE_FUNC | INVOKE_PROPERTYGET | setsProperty;
+
+// The parameters that all accessors of a property share: neither the value
+// that is set nor the place for the one that is got.
+std::size_t sharedParameters(FUNCDESC const& function) {
+    if (function.cParams <= 0) return 0;
+    auto const count = static_cast<std::size_t>(function.cParams);
+    bool const getsLast =
+        (function.lprgelemdescParam[count - 1].paramdesc.wParamFlags & PARAMFLAG_FRETVAL) != 0;
+    return (function.invkind & setsProperty) || getsLast ? count - 1 : count;
+}
+
+// The name of a function and those of its parameters. A member has one list of
+// names, that of its first function; of the others' own parameters the value
+// that a setter takes has no name.
+std::vector<std::string> functionNames(ITypeInfo* type, UINT index, FUNCDESC const& function) {
+    auto names = memberNames(type, function.memid);
+    auto const extended = extendedView(type);
+    UINT first = index;
+    if (!extended || FAILED(extended->GetFuncIndexOfMemId(
+                         function.memid, static_cast<INVOKEKIND>(anyInvocation), &first))) {
+        return names;
+    }
+    if (first == index) return names;
+    auto const named = functionOf(type, first);
+    if (!named) return names;
+    auto const shared = std::min(sharedParameters(function), sharedParameters(*named));
+    if (names.size() > shared + 1) names.resize(shared + 1);
+    return names;
 }
 
 char const* invocationName(INVOKEKIND kind) {
@@ -114,7 +152,7 @@ AttributeList functionAttributes(ITypeInfo* type, UINT index, FUNCDESC const& fu
 std::string functionText(ITypeInfo* type, UINT index, std::string const& indent) {
     auto const function = functionOf(type, index);
     if (!function) return indent + "// function " + std::to_string(index) + " is unreadable\n";
-    auto const names = memberNames(type, function->memid);
+    auto const names = functionNames(type, index, *function);
     std::vector<std::string> parameters;
     for (SHORT i = 0; i < function->cParams; ++i) {
         UINT const position = static_cast<UINT>(i);
