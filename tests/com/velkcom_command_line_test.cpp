@@ -160,5 +160,36 @@ TEST(Program, EndsWithTheCodeOfItsOutcome) {
     EXPECT_NE(missing.errors.find("0x8007007E"), std::string::npos) << missing.errors;
 }
 
+TEST(Program, PrintsTheLibraryOfAModuleThatIsAskedFor) {
+    struct Case {
+        char const* number;
+        int code;
+        char const* library;
+    };
+    Case const cases[] = {
+        {"", 0, "library VelkComTestsLib"},
+        {"/1", 0, "library VelkComTestsLib"},
+        {"\\1", 0, "library VelkComTestsLib"},
+        {"/2", 0, "library Shapes"},
+        {"\\2", 0, "library Shapes"},
+        {"/3", 1, ""},
+        {"\\3", 1, ""},
+        {"/2x", 1, ""},
+    };
+    for (auto const& entry : cases) {
+        auto const printed = run({"typelib", VELKCOM_TWO_LIBRARIES + std::string(entry.number)});
+        EXPECT_EQ(printed.code, entry.code) << entry.number << ": " << printed.errors;
+        EXPECT_NE(printed.out.find(entry.library), std::string::npos) << entry.number;
+    }
+    for (char const* number : {"/2", "\\2"}) {
+        auto const value =
+            run({"enum", VELKCOM_TWO_LIBRARIES + std::string(number), "Color", "Green"});
+        EXPECT_EQ(value.code, 0) << value.errors;
+    }
+    for (char const* topic : {"typelib", "enum"}) {
+        EXPECT_NE(helpText(topic).find("x.dll/2"), std::string::npos) << topic;
+    }
+}
+
 }  // namespace
 }  // namespace velk::velkcom::test

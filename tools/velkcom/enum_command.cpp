@@ -4,6 +4,7 @@
 #include "com/error.h"
 #include "com/utf.h"
 #include "com_session.h"
+#include "library_path.h"
 #include "member_call.h"
 #include "object_creation.h"
 #include "system.h"
@@ -20,7 +21,7 @@ bool namesFile(std::string const& source) {
 }
 
 ComPtr<ITypeLib> libraryInFile(std::string const& path) {
-    auto const name = com::fromUtf8(path);
+    auto const name = com::fromUtf8(pathToUtf8(libraryPath(path)));
     if (!name) throw UsageError("the FILE is not valid UTF-8");
     ComPtr<ITypeLib> library;
     com::throwIfFailed(LoadTypeLibEx(name->c_str(), REGKIND_NONE, library.put()),

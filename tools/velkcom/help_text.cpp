@@ -75,6 +75,8 @@ constexpr char typelib[] =
     R"(usage: velkcom typelib FILE
 
 Prints the type library in FILE, a .tlb file or a module that carries one.
+Of a module with several the first is taken; a number after its name asks for
+another: x.dll\2 or x.dll/2 is the second library of x.dll.
 )";
 
 constexpr char enumeration[] =
@@ -84,7 +86,7 @@ constexpr char enumeration[] =
 Prints the value of CONSTANT of the enumeration ENUM in the type library FILE,
 or in the library that an object of the class PROGID tells of. Upper and lower
 case matter in both names. What contains a slash, or is there as a file, is a
-FILE.
+FILE. As for "typelib", x.dll/2 is the second library of a module.
 )";
 
 constexpr char properties[] =
