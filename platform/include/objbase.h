@@ -49,3 +49,6 @@ WINOLEAPI_(void) CoFreeUnusedLibrariesEx(DWORD delay, DWORD reserved);
 // The entry points that a class module exports.
 STDAPI DllGetClassObject(REFCLSID id, REFIID riid, LPVOID* object);
 STDAPI DllCanUnloadNow();
+
+// Property sets, which rest on what stands above.
+#include "propidl.h"

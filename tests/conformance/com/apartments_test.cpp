@@ -5,6 +5,9 @@
 
 #include "conformance/com/test_classes.h"
 
+// Programs that include objbase.h alone expect the property sets with it.
+static_assert(PIDSI_TITLE == 2 && sizeof(PROPVARIANT) >= sizeof(VARTYPE));
+
 namespace {
 
 using namespace velk::test;
