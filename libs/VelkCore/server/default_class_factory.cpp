@@ -2,6 +2,17 @@
 
 #include "host/class_factory.h"
 
+#include "folded_name.h"
+
+namespace {
+
+/// Class names are compared as those of the script classes are.
+bool areSameClass(mzIIDS const& first, mzIIDS const& second) {
+    return velk::core::foldedName(first.text()) == velk::core::foldedName(second.text());
+}
+
+}  // namespace
+
 mzComDefaultClassFactory::mzComDefaultClassFactory() = default;
 mzComDefaultClassFactory::~mzComDefaultClassFactory() = default;
 
@@ -24,8 +35,8 @@ unsigned mzComDefaultClassFactory::release() {
 unsigned mzComDefaultClassFactory::createInstance(mzIUnknown* outer, mzIIDS const& id,
                                                   mzComPtrT<mzIUnknown>& result) {
     result.detach();
-    auto const place =
-        std::ranges::find_if(creators_, [&](auto const& entry) { return entry.first.equal(id); });
+    auto const place = std::ranges::find_if(
+        creators_, [&](auto const& entry) { return areSameClass(entry.first, id); });
     if (place == creators_.end() || place->second == nullptr) {
         return mzFailure;
     }
@@ -53,8 +64,8 @@ unsigned mzComDefaultClassFactory::getCreateableObjects(
 }
 
 void mzComDefaultClassFactory::addCreator(mzIIDS const& id, Creator creator) {
-    bool const isKnown =
-        std::ranges::any_of(creators_, [&](auto const& entry) { return entry.first.equal(id); });
+    bool const isKnown = std::ranges::any_of(
+        creators_, [&](auto const& entry) { return areSameClass(entry.first, id); });
     if (!isKnown) {
         creators_.emplace_back(id, creator);
     }

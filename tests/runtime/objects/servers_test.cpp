@@ -116,7 +116,9 @@ TEST_F(Servers, FactoriesComeAndGoWithTheServers) {
     EXPECT_EQ(mzComCreateInstance("velktest.made", nullptr, out), mzSuccess);
     EXPECT_TRUE(out.isValid());
     mzComPtrC object;
-    EXPECT_EQ(mzComCreateObject("velktest.made", mzIDispatch::interfaceId(), object), mzSuccess);
+    for (char const* id : {"velktest.made", "VelkTest.MADE"}) {
+        EXPECT_EQ(mzComCreateObject(id, mzIDispatch::interfaceId(), object), mzSuccess) << id;
+    }
     EXPECT_EQ(mzComServerDone(), mzSuccess);
     EXPECT_EQ(mzComCreateInstance("velktest.made", nullptr, out), mzFailure);
     EXPECT_FALSE(out.isValid());
