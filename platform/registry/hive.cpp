@@ -97,13 +97,22 @@ void Hive::makeFolder() const {
     std::filesystem::permissions(folder, isMachine_ ? seen : perms::owner_all, error);
 }
 
+bool Hive::canBeMade() const {
+    auto folder = std::filesystem::path(path_).parent_path();
+    std::error_code error;
+    while (folder.has_relative_path() && !std::filesystem::exists(folder, error)) {
+        folder = folder.parent_path();
+    }
+    return eaccess(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0;
+}
+
 HiveDatabase& Hive::database(bool toWrite) {
     // A file that could not be written to when it was opened may allow it now.
     bool const useless = database_ && toWrite && database_->access() != HiveAccess::writable;
     if (database_ && !useless && isStillTheSame()) return *database_;
     database_.reset();
-    makeFolder();
-    database_.emplace(path_, isMachine_);
+    if (toWrite) makeFolder();
+    database_.emplace(path_, isMachine_, toWrite);
     mark_ = fileMark();
     ++opened_;
     return *database_;
@@ -117,8 +126,13 @@ HiveSession::HiveSession(HiveName name, Purpose purpose)
         database_->execute("BEGIN");
         return;
     }
-    failIf(!isWritable(), ERROR_ACCESS_DENIED);
+    failIf(database_->access() != HiveAccess::writable, ERROR_ACCESS_DENIED);
     database_->execute("BEGIN IMMEDIATE");
+}
+
+bool HiveSession::isWritable() const {
+    auto const access = database_->access();
+    return access == HiveAccess::writable || (access == HiveAccess::absent && hive_.canBeMade());
 }
 
 HiveSession::~HiveSession() {

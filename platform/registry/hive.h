@@ -21,7 +21,8 @@ struct HiveStamp {
     bool operator==(HiveStamp const&) const = default;
 };
 
-/// One hive of this process: its file, and the lock under which it is used.
+/// One hive of this process: its file, which the first write makes, and the lock under which it is
+/// used.
 class Hive {
   public:
     explicit Hive(HiveName name);
@@ -45,6 +46,7 @@ class Hive {
     bool isStillTheSame() const;
     std::optional<FileMark> fileMark() const;
     void makeFolder() const;
+    bool canBeMade() const;
 
     std::mutex lock_;
     std::string const path_;
@@ -70,7 +72,8 @@ class HiveSession {
 
     void commit();
     HiveStamp stamp();
-    bool isWritable() const { return database_->access() == HiveAccess::writable; }
+    /// Whether the hive may be written to, or may be made for that.
+    bool isWritable() const;
     HiveDatabase& database() { return *database_; }
 
   private:

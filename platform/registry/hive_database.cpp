@@ -61,13 +61,18 @@ std::string unchangingUri(std::string const& path) {
 
 }  // namespace
 
-HiveDatabase::HiveDatabase(std::string const& path, bool isMachine) : isMachine_(isMachine) {
-    open(path);
+HiveDatabase::HiveDatabase(std::string const& path, bool isMachine, bool mayMake)
+    : isMachine_(isMachine) {
+    open(path, mayMake);
 }
 
-void HiveDatabase::open(std::string const& path) {
+void HiveDatabase::open(std::string const& path, bool mayMake) {
     bool const there = exists(path);
-    constexpr int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    if (!there && !mayMake) {
+        openInMemory();
+        return;
+    }
+    int const flags = SQLITE_OPEN_READWRITE | (mayMake ? SQLITE_OPEN_CREATE : 0);
     if (!tryOpen(path, flags, HiveAccess::writable)) {
         failIf(there, ERROR_ACCESS_DENIED);
         openInMemory();

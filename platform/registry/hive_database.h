@@ -58,17 +58,17 @@ enum class HiveAccess {
     readOnly,
     /// Read-only, and nobody else can be noticed writing to it.
     unchanging,
-    /// There is no file, and none can be made: empty and in memory only.
+    /// There is no file, and none was made: empty and in memory only.
     absent
 };
 
 /// One connection. Used by one thread at a time.
 class HiveDatabase {
   public:
-    /// Opens the file, makes it when it is missing, and checks that it is a
-    /// registry. Fails with ERROR_BADDB when it is something else; then the
-    /// file is as it was.
-    HiveDatabase(std::string const& path, bool isMachine);
+    /// Opens the file, makes it when it is missing and `mayMake`, and checks
+    /// that it is a registry. Fails with ERROR_BADDB when it is something else;
+    /// then the file is as it was.
+    HiveDatabase(std::string const& path, bool isMachine, bool mayMake);
 
     HiveAccess access() const { return access_; }
     Statement statement(char const* sql);
@@ -79,7 +79,7 @@ class HiveDatabase {
     std::int64_t foreignChanges();
 
   private:
-    void open(std::string const& path);
+    void open(std::string const& path, bool mayMake);
     bool tryOpen(std::string const& path, int flags, HiveAccess access);
     void openInMemory();
     void prepareConnection();

@@ -49,6 +49,39 @@ TEST(Hives, SurviveTheProcess) {
     EXPECT_TRUE(files::exists(folder.path / "made" / "machine.db"));
 }
 
+TEST(Hives, AreMadeByTheFirstWriteAndNotByReads) {
+    HiveFolder const folder;
+    auto const place = folder.path / "none";
+    auto const body = [&] {
+        Statuses statuses;
+        Key early;
+        for (HKEY const root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE, HKEY_CLASSES_ROOT}) {
+            Key opened;
+            DWORD keys = 0;
+            statuses.push_back(RegOpenKeyExW(root, OLESTR("No"), 0, KEY_READ, opened.target()));
+            statuses.push_back(RegQueryInfoKeyW(root, nullptr, nullptr, nullptr, &keys, nullptr,
+                                                nullptr, nullptr, nullptr, nullptr, nullptr,
+                                                nullptr));
+            statuses.push_back(RegDeleteTreeW(root, OLESTR("No")));
+        }
+        statuses.push_back(RegOpenKeyExW(HKEY_CURRENT_USER, OLESTR("Software"), 0, KEY_ALL_ACCESS,
+                                         early.target()));
+        statuses.push_back(files::exists(place));
+        // What was opened before there was a hive is good for the one that is made.
+        statuses.push_back(setText(early, OLESTR("name"), OLESTR("value")));
+        statuses.push_back(files::exists(place / "user.db"));
+        statuses.push_back(files::exists(place / "machine.db"));
+        return statuses;
+    };
+    Statuses const read = {ERROR_FILE_NOT_FOUND, 0, ERROR_FILE_NOT_FOUND};
+    Statuses expected;
+    for (int root = 0; root < 3; ++root) {
+        expected.insert(expected.end(), read.begin(), read.end());
+    }
+    expected.insert(expected.end(), {0, 0, 0, 1, 0});
+    EXPECT_EQ(inProcess(place, body), expected);
+}
+
 TEST(Hives, AreUsedOnBothSidesOfAFork) {
     HiveFolder const folder;
     auto const body = [&] {
