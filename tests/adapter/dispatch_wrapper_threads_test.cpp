@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <future>
 #include <thread>
 #include <vector>
 
@@ -79,6 +80,62 @@ TEST(DispatchWrapperThreads, WrappersOutliveTheRegistry) {
     EXPECT_GT(answers, 0);
     Registry::cleanup();
     EXPECT_EQ(native.references(), 0U);
+}
+
+/// A host object of the thread that made it, which calls a native one.
+class Caller : public proxyObjectC {
+  public:
+    explicit Caller(mzComPtrT<mzIDispatch> native = {}) : native_(std::move(native)) {}
+    int ask() { return callHost(native_.iface(), "Member", mzCallMethod).result.getInt(); }
+
+    proxyMemberDescListS const* getProxyTypeInfo() override { return getStaticProxyTypeInfo(); }
+    static proxyMemberDescListS const* getStaticProxyTypeInfo() {
+        static char const* const file = "dispatch_wrapper_threads_test.cpp";
+        static proxyMemberDescS const members[] = {proxyMethod<&Caller::ask>("Ask", file, 1),
+                                                   proxyMembersEnd()};
+        static proxyMemberDescListS const* const bases[] = {proxyObjectC::getStaticProxyTypeInfo(),
+                                                            nullptr};
+        static proxyMemberDescListS const record = {
+            "Caller", proxyCastTo<Caller>, bases, members, "velktest.caller",
+            0,        proxyCreate<Caller>, file,  1};
+        return &record;
+    }
+
+  private:
+    mzComPtrT<mzIDispatch> native_;
+};
+
+// The native object belongs to the apartment of a thread that waits for a call
+// of its own, and that call needs the object.
+TEST(DispatchWrapperThreads, NativeObjectOfAWaitingThreadAnswers) {
+    mzCallLimitsS const before = mzComSetCallLimits({5'000, 10'000});
+    std::promise<mzComPtrC> made;
+    std::promise<mzComPtrT<mzIDispatch>> wrapped;
+    std::atomic<bool> ended{false};
+    std::thread owner([&] {
+        made.set_value(mzComPtrC((new Caller(wrapped.get_future().get()))->getIUnknown()));
+        while (!ended) mzComSleep(10, 0, nullptr);
+    });
+    std::thread([&] {
+        ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
+        ScriptedDispatch native([](NativeCallArguments& call) {
+            call.result->vt = VT_I4;
+            call.result->lVal = 41;
+            return S_OK;
+        });
+        {
+            mzComPtrT<mzIDispatch> const wrapper(new vbsComDispatchWrapperC(&native));
+            wrapped.set_value(wrapper);
+            mzComPtrT<mzIDispatch> const caller(made.get_future().get());
+            EXPECT_EQ(callHost(caller.iface(), "Ask", mzCallMethod).text(), "ok integer 41");
+        }
+        ended = true;
+        owner.join();
+        Registry::cleanup();
+        CoUninitialize();
+    }).join();
+    mzComSetCallLimits(before);
+    velk::adapter::setLastException({});
 }
 
 /// A native object that wraps another one when its last reference goes.

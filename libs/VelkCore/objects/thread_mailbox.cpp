@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <shared_mutex>
@@ -12,6 +11,7 @@
 #include "host/sleep.h"
 #include "services/immortal.h"
 #include "services/thread_end.h"
+#include "thread_signal.h"
 
 namespace velk::core {
 
@@ -42,14 +42,14 @@ struct PostedCall {
 
 struct Mailbox {
     std::mutex mutex;
-    std::condition_variable changed;
+    ThreadSignal changed;
     std::deque<std::shared_ptr<PostedCall>> calls;
     bool closed = false;
 
     // Taking the mutex orders the wake-up after the waiter's look at the state.
     void wake() noexcept {
         { std::lock_guard const hold(mutex); }
-        changed.notify_all();
+        changed.notify();
     }
 
     bool post(std::shared_ptr<PostedCall> const& posted) {
@@ -60,7 +60,7 @@ struct Mailbox {
             }
             calls.push_back(posted);
         }
-        changed.notify_all();
+        changed.notify();
         return true;
     }
 
@@ -180,8 +180,8 @@ void awaitEnd(PostedCall const& posted, Mailbox& own, Clock::time_point until) {
     while (!posted.ended() && Clock::now() < until) {
         {
             std::unique_lock hold(own.mutex);
-            own.changed.wait_until(hold, until,
-                                   [&] { return posted.ended() || !own.calls.empty(); });
+            own.changed.waitUntil(hold, until,
+                                  [&] { return posted.ended() || !own.calls.empty(); });
         }
         if (!posted.ended()) {
             serveWaiting(own);
@@ -255,7 +255,7 @@ unsigned serveCalls(std::chrono::milliseconds duration, std::atomic<bool> const&
             until = std::min(until, Clock::now() + pumpInterval);
         }
         std::unique_lock hold(box->mutex);
-        box->changed.wait_until(hold, until, [&] { return !box->calls.empty() || ended; });
+        box->changed.waitUntil(hold, until, [&] { return !box->calls.empty() || ended; });
     } while (Clock::now() < deadline && !ended);
     return served + serveWaiting(*box);
 }

@@ -6,8 +6,9 @@
 
 namespace velk::test {
 
-/// Whether stacks that a program switches to by itself work in this build.
-bool canLeaveThreadStack();
+/// Whether small stacks, and stacks that a program switches to by itself, work
+/// in this build.
+bool canChooseStacks();
 
 /// Runs `action` on a new thread with a stack of `size` bytes.
 void runOnThread(std::size_t size, std::function<void()> const& action);

@@ -9,9 +9,9 @@ namespace velk::test {
 namespace {
 
 #ifdef __SANITIZE_THREAD__
-constexpr bool sanitizerFollowsSwitches = false;
+constexpr bool stacksAreOurs = false;
 #else
-constexpr bool sanitizerFollowsSwitches = true;
+constexpr bool stacksAreOurs = true;
 #endif
 
 constexpr std::size_t guardSize = 4096;
@@ -28,8 +28,8 @@ void* runArgument(void* action) {
 
 }  // namespace
 
-bool canLeaveThreadStack() {
-    return sanitizerFollowsSwitches;
+bool canChooseStacks() {
+    return stacksAreOurs;
 }
 
 void runOnThread(std::size_t size, std::function<void()> const& action) {

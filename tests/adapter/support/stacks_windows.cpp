@@ -24,7 +24,7 @@ void WINAPI runFiber(void* argument) {
 
 }  // namespace
 
-bool canLeaveThreadStack() {
+bool canChooseStacks() {
     return true;
 }
 
