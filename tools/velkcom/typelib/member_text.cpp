@@ -32,22 +32,16 @@ std::string nameOf(ITypeInfo* type, MEMBERID member) {
     return utf8(name.view());
 }
 
-InterfaceOwner<ITypeInfo2> extendedView(ITypeInfo* type) {
-    ITypeInfo2* extended = nullptr;
-    HRESULT const result =
-        type->QueryInterface(IID_ITypeInfo2, reinterpret_cast<void**>(&extended));
-    return InterfaceOwner<ITypeInfo2>(SUCCEEDED(result) ? extended : nullptr);
-}
-
 template <typename Fill>
 void addExtended(AttributeList& list, ITypeInfo* type, Fill fill) {
-    auto const extended = extendedView(type);
+    ITypeInfo2* raw = nullptr;
+    if (FAILED(type->QueryInterface(IID_ITypeInfo2, reinterpret_cast<void**>(&raw)))) return;
+    InterfaceOwner<ITypeInfo2> const extended(raw);
     CUSTDATA data{};
-    if (extended && SUCCEEDED(fill(extended.get(), &data))) addCustomData(list, data);
+    if (SUCCEEDED(fill(raw, &data))) addCustomData(list, data);
 }
 
 constexpr auto setsProperty = INVOKE_PROPERTYPUT | INVOKE_PROPERTYPUTREF;
-constexpr auto anyInvocation = INVOKE_FUNC | INVOKE_PROPERTYGET | setsProperty;
 
 // The parameters that all accessors of a property share: neither the value
 // that is set nor the place for the one that is got.
@@ -60,21 +54,19 @@ std::size_t sharedParameters(FUNCDESC const& function) {
 }
 
 // The name of a function and those of its parameters. A member has one list of
-// names, that of its first function; of the others' own parameters the value
-// that a setter takes has no name.
+// names, that of its first function; another one shares only the leading ones.
+// The first is looked for here: GetFuncIndexOfMemId does not count inherited
+// functions on every system.
 std::vector<std::string> functionNames(ITypeInfo* type, UINT index, FUNCDESC const& function) {
     auto names = memberNames(type, function.memid);
-    auto const extended = extendedView(type);
-    UINT first = index;
-    if (!extended || FAILED(extended->GetFuncIndexOfMemId(
-                         function.memid, static_cast<INVOKEKIND>(anyInvocation), &first))) {
-        return names;
+    if (function.invkind == INVOKE_FUNC) return names;
+    for (UINT i = 0; i < index; ++i) {
+        auto const named = functionOf(type, i);
+        if (!named || named->memid != function.memid) continue;
+        auto const shared = std::min(sharedParameters(function), sharedParameters(*named));
+        if (names.size() > shared + 1) names.resize(shared + 1);
+        break;
     }
-    if (first == index) return names;
-    auto const named = functionOf(type, first);
-    if (!named) return names;
-    auto const shared = std::min(sharedParameters(function), sharedParameters(*named));
-    if (names.size() > shared + 1) names.resize(shared + 1);
     return names;
 }
 
