@@ -31,7 +31,7 @@ class Attachments {
   public:
     void add(DllEntryPoint entry, HMODULE module) {
         auto attachment =
-            std::make_shared<Attachment>(Attachment{.entry = entry, .module = module});
+            std::make_shared<Attachment>(Attachment{.entry = entry, .module = module, .toClose = {}});
         std::lock_guard const guard(lock_);
         attachment->number = ++last_;
         attached_.push_back(std::move(attachment));
