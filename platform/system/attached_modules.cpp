@@ -30,8 +30,8 @@ using AttachmentPointer = std::shared_ptr<Attachment>;
 class Attachments {
   public:
     void add(DllEntryPoint entry, HMODULE module) {
-        auto attachment =
-            std::make_shared<Attachment>(Attachment{.entry = entry, .module = module, .toClose = {}});
+        auto attachment = std::make_shared<Attachment>(
+            Attachment{.entry = entry, .module = module, .toClose = {}});
         std::lock_guard const guard(lock_);
         attachment->number = ++last_;
         attached_.push_back(std::move(attachment));

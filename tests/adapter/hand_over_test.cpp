@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "com/owners.h"
+#include "support/expected_difference.h"
 #include "support/script_test.h"
 
 namespace {
@@ -152,9 +153,11 @@ TEST_F(HandOver, ATypedObjectHasOneIdentity) {
     auto const echoed = resultOf(other, "EchoDispatch", {valueOf(typed)});
     EXPECT_EQ(callText(other, "Same", {valueOf(typed), valueOf(echoed)}), "ok integer -1");
     EXPECT_EQ(callText(other, "Same", {valueOf(typed), valueOf(other)}), "ok integer 0");
-    for (char const* member : {"QueryInterface", "AddRef", "Release"}) {
-        EXPECT_EQ(callText(typed, member).substr(0, 11), "Invoke DSP:") << member;
-    }
+    expectDifference(System::wine, "IUnknown can be called by name where a library shows it", [&] {
+        for (char const* member : {"QueryInterface", "AddRef", "Release"}) {
+            EXPECT_EQ(callText(typed, member).substr(0, 11), "Invoke DSP:") << member;
+        }
+    });
     // The interfaces of the instance are not this object's.
     EXPECT_EQ(callText(adapter_, "QueryInterface", {extraId, valueOf(typed)}),
               "QueryInterface: invalid query interface on MS-COM-VB object");

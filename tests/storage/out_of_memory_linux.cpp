@@ -2,8 +2,8 @@
 
 #include <velk_live_counts.h>
 
-#include "support/failing_memory.h"
 #include "storage/file_changes.h"
+#include "support/failing_memory.h"
 
 // Every single allocation of a change of a compound file fails in turn.
 
