@@ -14,6 +14,10 @@
 /// Any thread may count references, ask for names and call. No lock is held
 /// while the host object is called; the host object and the facade stay until
 /// their call ends, whoever gives them up in it.
+///
+/// A host object that belongs to no thread and is not safe for several is for
+/// one at a time: a call that overlaps another thread's fails with
+/// DISP_E_EXCEPTION and the text "The object is in use by another thread".
 class Cvelkdspwrap : public velk::com::CComObjectRootEx<velk::com::CComMultiThreadModelNoCS>,
                      public Ivelkdspwrap {
   public:
