@@ -13,6 +13,15 @@ void* operator new(std::size_t size) {
     return block;
 }
 
+// The sanitizer's own would hand out blocks that the delete below cannot take.
+void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
+    try {
+        return operator new(size);
+    } catch (std::bad_alloc const&) {
+        return nullptr;
+    }
+}
+
 void operator delete(void* block) noexcept {
     if (block != nullptr) velk::test::countBlocks(-1);
     std::free(block);
