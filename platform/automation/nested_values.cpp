@@ -1,8 +1,9 @@
 #include "nested_values.h"
 
 #include <new>
-#include <utility>
 #include <vector>
+
+#include "winerror.h"
 
 namespace velk::platform {
 namespace {
@@ -10,103 +11,93 @@ namespace {
 // A level takes some hundred bytes of stack; structures of everyday depth never wait.
 constexpr unsigned deepestLevel = 16;
 
-/// What one thread does level by level, from the outermost call in.
-template <typename Work>
+// Fits the smallest stacks that threads are made with.
+constexpr unsigned deepestRecordCopy = 64;
+HRESULT const nestedTooDeeply = HRESULT_FROM_WIN32(ERROR_STACK_OVERFLOW);
+
+/// What is to be given up: an array, or a record with its information.
+struct Content {
+    SAFEARRAY* array = nullptr;
+    IRecordInfo* info = nullptr;
+    void* record = nullptr;
+};
+
+HRESULT destroyNow(Content const& content) noexcept {
+    if (content.info == nullptr) return SafeArrayDestroy(content.array);
+    if (content.record != nullptr) content.info->RecordDestroy(content.record);
+    content.info->Release();
+    return S_OK;
+}
+
+/// What one thread gives up level by level, from the outermost call in.
 class Turn {
   public:
-    unsigned level = 0;
-    /// What failed on the way, whoever passed over it: what waits may be gone then.
-    HRESULT failure = S_OK;
+    HRESULT destroy(Content const& content) noexcept {
+        if (level_ >= deepestLevel && postpone(content)) return S_OK;
+        ++level_;
+        HRESULT const result = destroyNow(content);
+        --level_;
+        return result;
+    }
+    void destroyWhatWaits() noexcept {
+        while (!waiting_.empty()) {
+            Content const next = waiting_.back();
+            waiting_.pop_back();
+            destroy(next);
+        }
+    }
 
+  private:
     /// False without memory: the work is then done at once.
-    bool postpone(Work const& work) noexcept {
+    bool postpone(Content const& content) noexcept {
         try {
-            waiting_.push_back(work);
+            waiting_.push_back(content);
             return true;
         } catch (std::bad_alloc const&) {
             return false;
         }
     }
-    bool take(Work& work) noexcept {
-        if (waiting_.empty()) return false;
-        work = waiting_.back();
-        waiting_.pop_back();
-        return true;
-    }
 
-  private:
-    std::vector<Work> waiting_;
+    unsigned level_ = 0;
+    std::vector<Content> waiting_;
 };
 
-struct ElementCopy {
-    VARIANT* target = nullptr;
-    VARIANT const* source = nullptr;
-};
+// Without destructors, usable until the thread is gone.
+constinit thread_local Turn* destroying = nullptr;
+constinit thread_local unsigned recordCopies = 0;
 
-// Pointers without a destructor, usable until the thread is gone.
-constinit thread_local Turn<SAFEARRAY*>* destroying = nullptr;
-constinit thread_local Turn<ElementCopy>* copying = nullptr;
-
-HRESULT copyOneLevelDown(VARIANT& target, VARIANT const& source) noexcept {
-    ++copying->level;
-    HRESULT const result = VariantCopy(&target, &source);
-    --copying->level;
-    return result;
-}
-
-HRESULT copyWhatWaits() noexcept {
-    ElementCopy next;
-    while (SUCCEEDED(copying->failure) && copying->take(next)) {
-        HRESULT const result = copyOneLevelDown(*next.target, *next.source);
-        if (FAILED(result)) return result;
-    }
-    return copying->failure;
-}
-
-HRESULT destroyOneLevelDown(SAFEARRAY* array) noexcept {
-    ++destroying->level;
-    HRESULT const result = SafeArrayDestroy(array);
-    --destroying->level;
+HRESULT destroyInTurn(Content const& content) noexcept {
+    if (destroying != nullptr) return destroying->destroy(content);
+    Turn outermost;
+    destroying = &outermost;
+    HRESULT const result = outermost.destroy(content);
+    outermost.destroyWhatWaits();
+    destroying = nullptr;
     return result;
 }
 
 }  // namespace
 
 HRESULT destroyArrayInTurn(SAFEARRAY* array) noexcept {
+    // Both are answered without any work.
     if (array == nullptr || array->cLocks != 0) return SafeArrayDestroy(array);
-    if (destroying != nullptr) {
-        if (destroying->level >= deepestLevel && destroying->postpone(array)) return S_OK;
-        return destroyOneLevelDown(array);
-    }
-    Turn<SAFEARRAY*> outermost;
-    destroying = &outermost;
-    HRESULT const result = destroyOneLevelDown(array);
-    for (SAFEARRAY* next = nullptr; outermost.take(next);) destroyOneLevelDown(next);
-    destroying = nullptr;
-    return result;
+    return destroyInTurn({.array = array});
 }
 
-HRESULT copyElementInTurn(VARIANT& target, VARIANT const& source) noexcept {
-    if (copying == nullptr) return VariantCopy(&target, &source);
-    bool const isDeep = copying->level >= deepestLevel && (source.vt & VT_ARRAY) != 0;
-    if (isDeep && copying->postpone({&target, &source})) return S_OK;
-    return copyOneLevelDown(target, source);
+void destroyRecordInTurn(IRecordInfo* info, void* record) noexcept {
+    if (info != nullptr) destroyInTurn({.info = info, .record = record});
 }
 
-HRESULT copyArrayInTurn(HRESULT (*copy)(SAFEARRAY* source, SAFEARRAY** made), SAFEARRAY* source,
-                        SAFEARRAY** made) noexcept {
-    if (copying != nullptr) {
-        HRESULT const result = copy(source, made);
-        if (FAILED(result)) copying->failure = result;
-        return result;
-    }
-    Turn<ElementCopy> outermost;
-    copying = &outermost;
-    HRESULT result = copy(source, made);
-    if (SUCCEEDED(result)) result = copyWhatWaits();
-    copying = nullptr;
-    if (FAILED(result)) destroyArrayInTurn(std::exchange(*made, nullptr));
-    return result;
+RecordCopyLevel::RecordCopyLevel() noexcept {
+    ++recordCopies;
+}
+
+RecordCopyLevel::~RecordCopyLevel() {
+    --recordCopies;
+}
+
+HRESULT RecordCopyLevel::result() const noexcept {
+    return recordCopies > deepestRecordCopy ? nestedTooDeeply : S_OK;
 }
 
 }  // namespace velk::platform

@@ -1,24 +1,31 @@
-/// Values in arrays in values in arrays, as deep as their makers like.
+/// Values in arrays and records in values, as deep as their makers like.
 #pragma once
 
 #include "oleauto.h"
 
 namespace velk::platform {
 
-/// Gives up an array, which nobody has locked, and everything in it. One that
-/// goes many levels inside the end of others waits until these are gone, so
-/// that no depth exhausts the stack; whatever waits is gone before the outermost
-/// call on the thread returns.
+/// Gives up an array and everything in it. One that goes many levels inside the
+/// end of others waits until these are gone, so that no depth exhausts the
+/// stack; whatever waits is gone before the outermost call on the thread returns.
 HRESULT destroyArrayInTurn(SAFEARRAY* array) noexcept;
 
-/// Copies `source` over `target`, an element of a new array. Many levels deep
-/// the element stays empty at first, and is filled before the outermost
-/// copyArrayInTurn on the thread returns.
-HRESULT copyElementInTurn(VARIANT& target, VARIANT const& source) noexcept;
+/// Gives up a record, which may be null, and a reference to its information in
+/// the same manner.
+void destroyRecordInTurn(IRecordInfo* info, void* record) noexcept;
 
-/// Runs `copy`, which makes `*made` of an array, and the copies of elements that
-/// waited meanwhile. After a failure nothing is left of what was made.
-HRESULT copyArrayInTurn(HRESULT (*copy)(SAFEARRAY* source, SAFEARRAY** made), SAFEARRAY* source,
-                        SAFEARRAY** made) noexcept;
+/// One level of records that are copied within one another, for as long as it
+/// lives: others than arrays, whose elements wait for their turn, such copies
+/// take stack of their own at each level.
+class RecordCopyLevel {
+  public:
+    RecordCopyLevel() noexcept;
+    RecordCopyLevel(RecordCopyLevel const&) = delete;
+    RecordCopyLevel& operator=(RecordCopyLevel const&) = delete;
+    ~RecordCopyLevel();
+
+    /// S_OK, or the code for a thread's stack that has no more room.
+    HRESULT result() const noexcept;
+};
 
 }  // namespace velk::platform

@@ -47,7 +47,7 @@ void releasePointerElement(SAFEARRAY const&, void* element) {
 }
 
 HRESULT copyVariantElement(SAFEARRAY const&, void const* source, void* target) {
-    return copyElementInTurn(*static_cast<VARIANT*>(target), *static_cast<VARIANT const*>(source));
+    return VariantCopy(static_cast<VARIANT*>(target), static_cast<VARIANT const*>(source));
 }
 
 void releaseVariantElement(SAFEARRAY const&, void* element) {
@@ -56,7 +56,10 @@ void releaseVariantElement(SAFEARRAY const&, void* element) {
 
 HRESULT copyRecordElement(SAFEARRAY const& array, void const* source, void* target) {
     IRecordInfo* const record = recordInfoOf(array);
-    return record == nullptr ? E_UNEXPECTED : record->RecordCopy(const_cast<void*>(source), target);
+    if (record == nullptr) return E_UNEXPECTED;
+    RecordCopyLevel const level;
+    HRESULT const result = level.result();
+    return FAILED(result) ? result : record->RecordCopy(const_cast<void*>(source), target);
 }
 
 void releaseRecordElement(SAFEARRAY const& array, void* element) {

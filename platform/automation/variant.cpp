@@ -18,7 +18,10 @@ HRESULT copyRecord(VARIANT& copy, VARIANT const& source) noexcept {
     if (source.pRecInfo == nullptr) return source.pvRecord == nullptr ? S_OK : E_INVALIDARG;
     copy.pvRecord = nullptr;
     if (source.pvRecord != nullptr) {
-        HRESULT const result = source.pRecInfo->RecordCreateCopy(source.pvRecord, &copy.pvRecord);
+        RecordCopyLevel const level;
+        HRESULT result = level.result();
+        if (FAILED(result)) return result;
+        result = source.pRecInfo->RecordCreateCopy(source.pvRecord, &copy.pvRecord);
         if (FAILED(result)) return result;
     }
     source.pRecInfo->AddRef();
@@ -58,10 +61,7 @@ HRESULT releaseContent(VARIANT& value) noexcept {
             if (value.punkVal != nullptr) value.punkVal->Release();
             break;
         case VT_RECORD:
-            if (value.pRecInfo != nullptr) {
-                if (value.pvRecord != nullptr) value.pRecInfo->RecordDestroy(value.pvRecord);
-                value.pRecInfo->Release();
-            }
+            destroyRecordInTurn(value.pRecInfo, value.pvRecord);
             break;
         default:
             break;

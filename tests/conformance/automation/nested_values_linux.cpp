@@ -4,6 +4,7 @@
 
 #include <oleauto.h>
 
+#include "fake_objects.h"
 #include "support/small_stack.h"
 
 namespace {
@@ -50,6 +51,46 @@ TEST(NestedValues, AreCopiedAndClearedAtAnyDepth) {
             EXPECT_EQ(levelsOf(copy), depth + 1);
             EXPECT_EQ(VariantClear(&copy), S_OK);
         }));
+    }
+}
+
+/// An object that works with arrays of its own whenever it is counted.
+class BusyObject final : public FakeDispatch {
+  public:
+    bool copiesAreWhole = true;
+
+    ULONG STDMETHODCALLTYPE AddRef() override {
+        VARIANT own = nested(2);
+        VARIANT copy{};
+        LONG const first = 0;
+        HRESULT const result = SafeArrayGetElement(own.parray, const_cast<LONG*>(&first), &copy);
+        VariantClear(&own);
+        copiesAreWhole = copiesAreWhole && result == S_OK && levelsOf(copy) == 2;
+        VariantClear(&copy);
+        return FakeDispatch::AddRef();
+    }
+};
+
+TEST(NestedValues, AreWholeForObjectsInThem) {
+    for (int depth = 1; depth <= 40; ++depth) {
+        BusyObject object;
+        VARIANT value{};
+        value.vt = VT_DISPATCH;
+        value.pdispVal = &object;
+        object.FakeDispatch::AddRef();
+        for (int level = 0; level < depth; ++level) {
+            SAFEARRAY* const array = SafeArrayCreateVector(VT_VARIANT, 0, 1);
+            static_cast<VARIANT*>(array->pvData)[0] = value;
+            value.vt = VT_ARRAY | VT_VARIANT;
+            value.parray = array;
+        }
+        VARIANT copy{};
+        EXPECT_EQ(VariantCopy(&copy, &value), S_OK);
+        EXPECT_TRUE(object.copiesAreWhole) << depth;
+        EXPECT_EQ(object.references, 3U);
+        EXPECT_EQ(VariantClear(&value), S_OK);
+        EXPECT_EQ(VariantClear(&copy), S_OK);
+        EXPECT_EQ(object.references, 1U);
     }
 }
 

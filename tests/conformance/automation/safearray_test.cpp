@@ -1,4 +1,7 @@
 // Arrays: shape, features, locks.
+#include <cstring>
+#include <string>
+
 #include <gtest/gtest.h>
 
 #include "value_notation.h"
@@ -137,6 +140,55 @@ TEST(SafeArray, CopyDataNeedsTheSameCounts) {
     for (SAFEARRAY* const array : {source, shifted, longer}) {
         EXPECT_EQ(SafeArrayDestroy(array), S_OK);
     }
+}
+
+// An array whose data has gone, or has never come: bounds without elements behind them.
+TEST(SafeArray, WithoutDataIsCopiedAsZeroes) {
+    for (VARTYPE const type : {VT_I4, VT_BSTR, VT_VARIANT, VT_UNKNOWN, VT_UI1}) {
+        SAFEARRAY* array = nullptr;
+        ASSERT_EQ(SafeArrayAllocDescriptorEx(type, 1, &array), S_OK);
+        array->rgsabound[0] = {3, 0};
+        void* data = array;
+        EXPECT_EQ(SafeArrayAccessData(array, &data), S_OK);
+        EXPECT_EQ(data, nullptr);
+        EXPECT_EQ(SafeArrayUnaccessData(array), S_OK);
+
+        SAFEARRAY* copy = nullptr;
+        ASSERT_EQ(SafeArrayCopy(array, &copy), S_OK) << type;
+        ASSERT_NE(copy->pvData, nullptr) << type;
+        BYTE const zeroes[3 * sizeof(VARIANT)]{};
+        EXPECT_EQ(std::memcmp(copy->pvData, zeroes, std::size_t{3} * copy->cbElements), 0) << type;
+        EXPECT_EQ(SafeArrayCopyData(array, copy), S_OK) << type;
+        EXPECT_EQ(SafeArrayCopyData(copy, array), E_INVALIDARG) << type;
+        EXPECT_EQ(SafeArrayDestroy(copy), S_OK);
+
+        VARIANT value;
+        VariantInit(&value);
+        value.vt = static_cast<VARTYPE>(VT_ARRAY | type);
+        value.parray = array;
+        VARIANT other;
+        VariantInit(&other);
+        EXPECT_EQ(VariantCopy(&other, &value), S_OK) << type;
+        EXPECT_EQ(VariantClear(&other), S_OK) << type;
+        SAFEARRAYBOUND shorter{1, 0};
+        EXPECT_EQ(SafeArrayRedim(array, &shorter), S_OK) << type;
+        EXPECT_EQ(SafeArrayDestroyData(array), S_OK) << type;
+        EXPECT_EQ(VariantClear(&value), S_OK) << type;
+    }
+}
+
+TEST(SafeArray, BytesWithoutDataAreZeroesAsText) {
+    SAFEARRAY* array = nullptr;
+    ASSERT_EQ(SafeArrayAllocDescriptorEx(VT_UI1, 1, &array), S_OK);
+    array->rgsabound[0] = {3, 0};
+    VARIANT value;
+    VariantInit(&value);
+    value.vt = VT_ARRAY | VT_UI1;
+    value.parray = array;
+    ASSERT_EQ(VariantChangeType(&value, &value, 0, VT_BSTR), S_OK);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(value.bstrVal), SysStringByteLen(value.bstrVal)),
+              std::string(3, '\0'));
+    VariantClear(&value);
 }
 
 }  // namespace
