@@ -270,11 +270,19 @@ HRESULT forward(PVOID instance, MEMBERID member, WORD flags, DISPPARAMS* paramet
                             exception, argumentError);
 }
 
-bool isCallable(TypeInfo const& owner, FunctionModel const& function) {
-    // What counts and finds interfaces is nobody's to call by name, whether or
-    // not a library that describes it itself says so.
+// What counts and finds interfaces is nobody's to call by name, whether or not a
+// library that describes it says so, and whether its types inherit it or spell
+// it out.
+bool belongsToEveryObject(TypeInfo const& owner, FunctionModel const& function) {
     GUID const id = owner.id();
-    if (id == IID_IUnknown || id == IID_IDispatch) return false;
+    if (id == IID_IUnknown || id == IID_IDispatch) return true;
+    static constexpr Text names[] = {u"QueryInterface", u"AddRef", u"Release"};
+    auto const slot = static_cast<std::size_t>(function.vtableOffset) / sizeof(void*);
+    return slot < std::size(names) && sameName(function.name, names[slot]);
+}
+
+bool isCallable(TypeInfo const& owner, FunctionModel const& function) {
+    if (belongsToEveryObject(owner, function)) return false;
     // Restricted members are there for the type's own sake.
     return !((function.flags & FUNCFLAG_FRESTRICTED) && function.id >= 0);
 }

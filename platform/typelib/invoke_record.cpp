@@ -32,7 +32,7 @@ NativeValue InvokeArgument::bindRecord(VARIANT& argument, VARIANT& source, Invok
     auto const info = describe(type);
     require(holdsRecord(source) && info->IsMatchingType(source.pRecInfo), DISP_E_TYPEMISMATCH);
     // What the member only writes to does not keep its old content.
-    if (!in && source.vt == VT_RECORD) check(source.pRecInfo->RecordClear(source.pvRecord));
+    if (!in) check(source.pRecInfo->RecordClear(source.pvRecord));
     return recordAt(source.pvRecord, info->description(), type);
 }
 

@@ -58,6 +58,30 @@ TEST_F(StdDispatch, CallsTheVtableByName) {
     }
 }
 
+// Whether they are inherited or spelled out, and whatever the library says of them.
+TEST_F(StdDispatch, LeavesCountingToItsOwner) {
+    auto const alone = loadLibrary(VELK_ALONE_TLB);
+    auto const spelledOut = typeNamed(alone.get(), OLESTR("IAlone"));
+    auto const base = typeNamed(library.get(), OLESTR("IBase"));
+    for (auto* const described : {type.get(), base.get(), spelledOut.get()}) {
+        auto const object = dispatchOver(recorder, described);
+        auto const dispatch = queried<IDispatch>(object.get(), IID_IDispatch);
+        for (OLECHAR const* const member : {OLESTR("AddRef"), OLESTR("release")}) {
+            Wide name = member;
+            LPOLESTR names[] = {name.data()};
+            DISPID id = DISPID_UNKNOWN;
+            ASSERT_EQ(dispatch->GetIDsOfNames(GUID_NULL, names, 1, 0, &id), S_OK);
+            DISPPARAMS none{};
+            expectDifference(System::wine, "counting can be called by name", [&] {
+                EXPECT_EQ(dispatch->Invoke(id, GUID_NULL, 0, DISPATCH_METHOD, &none, nullptr,
+                                           nullptr, nullptr),
+                          DISP_E_MEMBERNOTFOUND);
+            });
+        }
+        EXPECT_EQ(recorder.references, 1U);
+    }
+}
+
 TEST_F(StdDispatch, ReadsAndWritesProperties) {
     auto const object = dispatchOver(recorder, type.get());
     auto const dispatch = queried<IDispatch>(object.get(), IID_IDispatch);
