@@ -83,7 +83,7 @@ void requireElements(VARIANT const& source, TypeInfo& record) {
     auto const type = static_cast<VARTYPE>(source.vt & ~VT_BYREF);
     if (type != (VT_ARRAY | VT_RECORD)) return;
     SAFEARRAY* const array = dereferenced(source).parray;
-    require(!array || hasElementsOf(*array, record.model().id), DISP_E_TYPEMISMATCH);
+    require(!array || hasElementsOf(*array, record.id()), DISP_E_TYPEMISMATCH);
 }
 
 }  // namespace

@@ -178,14 +178,13 @@ HRESULT RecordInfo::GetFieldNames(ULONG* count, BSTR* names) noexcept {
 BOOL RecordInfo::IsMatchingType(IRecordInfo* other) noexcept {
     if (!other) return FALSE;
     if (other == this) return TRUE;
+    // The very same description matches with whatever identifier it was given.
+    Reference<ITypeInfo> type;
+    if (SUCCEEDED(other->GetTypeInfo(type.out())) && type.get() == record_.type.get()) return TRUE;
     GUID id{};
     ULONG size = 0;
     if (FAILED(other->GetGuid(&id)) || FAILED(other->GetSize(&size))) return FALSE;
-    if (id != record_.id || size != record_.size) return FALSE;
-    if (id != GUID_NULL) return TRUE;
-    // Without an identifier only the very same description is known to match.
-    Reference<ITypeInfo> type;
-    return SUCCEEDED(other->GetTypeInfo(type.out())) && type.get() == record_.type.get();
+    return id != GUID_NULL && id == record_.id && size == record_.size;
 }
 
 PVOID RecordInfo::RecordCreate() noexcept {
