@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "com/utf.h"
@@ -107,12 +109,71 @@ TEST(Values, RefuseWhatIsNotOfTheirType) {
     EXPECT_THROW(readValue({"string:\xFF"}), UsageError);
 }
 
-TEST(Values, OfEveryTypeWithoutContentAreShown) {
+TEST(Values, OfEveryTypeAreShownWhateverTheyPointTo) {
+    // Nothing, room for any value, and an array without data.
+    BYTE zeroes[2 * sizeof(VARIANT)]{};
+    SAFEARRAY* array = nullptr;
+    ASSERT_EQ(SafeArrayAllocDescriptorEx(VT_UI1, 1, &array), S_OK);
+    array->rgsabound[0] = {3, 0};
     for (unsigned code = 0; code <= 0xffff; ++code) {
-        VARIANT value{};
-        value.vt = static_cast<VARTYPE>(code);
-        EXPECT_FALSE(resultText(value).empty()) << code;
+        bool const reference = (code & VT_BYREF) != 0;
+        bool const holdsArray = !reference && (code & VT_ARRAY) != 0;
+        for (void* const content :
+             {static_cast<void*>(nullptr), static_cast<void*>(zeroes), static_cast<void*>(array)}) {
+            if (content == zeroes && !reference) continue;
+            if (content == array && !holdsArray) continue;
+            VARIANT value{};
+            value.vt = static_cast<VARTYPE>(code);
+            value.byref = content;
+            EXPECT_FALSE(resultText(value).empty()) << code;
+        }
     }
+    EXPECT_EQ(SafeArrayDestroy(array), S_OK);
+}
+
+TEST(Values, OfTypesThatDoNotExistAreNotFollowed) {
+    for (VARTYPE const type : {0xffff, 0x9000 | VT_VARIANT, VT_BYREF | VT_VECTOR | VT_BSTR}) {
+        VARIANT value{};
+        value.vt = type;
+        value.llVal = 8;
+        EXPECT_EQ(resultText(value), "value of type " + std::to_string(type));
+    }
+}
+
+TEST(Values, ArraysOfOtherElementsThanTheySayAreNotRead) {
+    struct {
+        VARTYPE made;
+        VARTYPE said;
+        char const* shown;
+    } const rows[] = {
+        {VT_UI1, VT_VARIANT, "array(0..0):[...]"}, {VT_I8, VT_BSTR, "array(0..0):[...]"},
+        {VT_BSTR, VT_I8, "array(0..0):[...]"},     {VT_BSTR, VT_DISPATCH, "array(0..0):[...]"},
+        {VT_UI1, VT_EMPTY, "array(0..0):[...]"},   {VT_I4, VT_INT, "array(0..0):[int:-1]"},
+        {VT_I8, VT_UI1, "array(0..0):[...]"},
+    };
+    for (auto const& row : rows) {
+        com::SafeArray array(SafeArrayCreateVector(row.made, 0, 1));
+        auto* const data = static_cast<BYTE*>(array.get()->pvData);
+        ULONG const size = SafeArrayGetElemsize(array.get());
+        if (row.made != VT_BSTR) std::fill_n(data, size, BYTE{0xff});
+        VARIANT value{};
+        value.vt = static_cast<VARTYPE>(VT_ARRAY | row.said);
+        value.parray = array.get();
+        EXPECT_EQ(resultText(value), row.shown) << row.made << " as " << row.said;
+    }
+}
+
+TEST(Values, ThatLieInThemselvesAreShownInPart) {
+    com::SafeArray array(SafeArrayCreateVector(VT_VARIANT, 0, 100));
+    VARIANT value{};
+    value.vt = VT_ARRAY | VT_VARIANT;
+    value.parray = array.get();
+    auto* const elements = static_cast<VARIANT*>(array.get()->pvData);
+    for (int i = 0; i < 100; ++i) {
+        elements[i].vt = VT_BYREF | VT_ARRAY | VT_VARIANT;
+        elements[i].pparray = &value.parray;
+    }
+    EXPECT_LT(resultText(value).size(), 10'000'000U);
 }
 
 TEST(Values, OfManyLevelsAreShownInPart) {

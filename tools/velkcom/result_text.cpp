@@ -1,5 +1,6 @@
 #include "result_text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 
@@ -15,10 +16,10 @@ using com::Variant;
 
 // Enough to see what an array holds, without filling the screen.
 constexpr ULONG longestArray = 100;
+// Of all arrays of a value together: they may lie in one another, or in themselves.
+constexpr ULONG mostElements = 10000;
 // As deep as people read values in values, far less than a stack can hold.
 constexpr int deepestValue = 32;
-
-std::string textOf(VARIANT const& value, int depth);
 
 std::string numberText(double value) {
     char text[32];
@@ -67,14 +68,6 @@ std::string objectText(IDispatch* object) {
     return name.empty() ? "object" : "object:" + name;
 }
 
-// An element as a value of its own; the array keeps what it points to.
-std::string elementText(VARTYPE type, void* element, int depth) {
-    VARIANT reference{};
-    reference.vt = static_cast<VARTYPE>(type | VT_BYREF);
-    reference.byref = element;
-    return textOf(reference, depth + 1);
-}
-
 std::string boundsText(SAFEARRAY* array) {
     std::string text;
     for (UINT dimension = 1; dimension <= SafeArrayGetDim(array); ++dimension) {
@@ -88,22 +81,65 @@ std::string boundsText(SAFEARRAY* array) {
     return text;
 }
 
-// Elements in the order of memory: the first index runs fastest.
-std::string arrayText(SAFEARRAY* array, VARTYPE type, int depth) {
-    if (array == nullptr) return "array:none";
-    std::string text = "array(" + boundsText(array) + "):[";
-    ULONG count = 1;
-    for (USHORT i = 0; i < array->cDims; ++i) count *= array->rgsabound[i].cElements;
-    void* data = nullptr;
-    if (type == VT_RECORD || FAILED(SafeArrayAccessData(array, &data))) return text + "...]";
-    if (data == nullptr) count = 0;
-    for (ULONG i = 0; i < count && i < longestArray; ++i) {
-        if (i != 0) text += ", ";
-        text +=
-            elementText(type, static_cast<char*>(data) + std::size_t{i} * array->cbElements, depth);
+bool isPointer(VARTYPE type) {
+    return type == VT_BSTR || type == VT_DISPATCH || type == VT_UNKNOWN || type == VT_VARIANT;
+}
+
+ULONG sizeOf(VARTYPE type) {
+    switch (type) {
+        case VT_I1:
+        case VT_UI1:
+            return 1;
+        case VT_I2:
+        case VT_UI2:
+        case VT_BOOL:
+            return 2;
+        case VT_I4:
+        case VT_UI4:
+        case VT_INT:
+        case VT_UINT:
+        case VT_R4:
+        case VT_ERROR:
+            return 4;
+        case VT_I8:
+        case VT_UI8:
+        case VT_R8:
+        case VT_CY:
+        case VT_DATE:
+            return 8;
+        case VT_BSTR:
+        case VT_DISPATCH:
+        case VT_UNKNOWN:
+            return sizeof(void*);
+        case VT_DECIMAL:
+            return sizeof(DECIMAL);
+        case VT_VARIANT:
+            return sizeof(VARIANT);
+        default:
+            return 0;
     }
-    SafeArrayUnaccessData(array);
-    return text + (count > longestArray ? ", ...]" : "]");
+}
+
+// The number of elements; for more than are shown of an array, one more than these.
+ULONG countUpToMore(SAFEARRAY const& array) {
+    ULONGLONG count = 1;
+    bool more = false;
+    for (USHORT i = 0; i < array.cDims; ++i) {
+        count *= array.rgsabound[i].cElements;
+        if (count == 0) return 0;
+        more = more || count > longestArray;
+        if (more) count = 1;
+    }
+    return more ? longestArray + 1 : static_cast<ULONG>(count);
+}
+
+// Whether the elements are what the value says: a value of another type would
+// be read out of the array's bounds, or through what is no pointer.
+bool hasElementsOf(SAFEARRAY* array, VARTYPE type) {
+    if (SafeArrayGetElemsize(array) != sizeOf(type) || sizeOf(type) == 0) return false;
+    VARTYPE own = VT_EMPTY;
+    if (FAILED(SafeArrayGetVartype(array, &own)) || own == type) return true;
+    return !isPointer(own) && !isPointer(type);
 }
 
 std::string plainText(VARIANT const& value) {
@@ -157,26 +193,64 @@ std::string plainText(VARIANT const& value) {
     }
 }
 
-std::string textOf(VARIANT const& value, int depth) {
-    if (depth > deepestValue) return "...";
-    VARTYPE const kind = value.vt & static_cast<VARTYPE>(~VT_BYREF);
-    if (kind != value.vt && value.byref == nullptr) return "reference:nothing";
-    if ((kind & VT_ARRAY) != 0) {
-        auto const elements = static_cast<VARTYPE>(kind & VT_TYPEMASK);
-        bool const reference = kind != value.vt;
-        return arrayText(reference ? *value.pparray : value.parray, elements, depth);
+// Reads one value with all that is in it.
+class ValueReader {
+  public:
+    std::string text(VARIANT const& value, int depth = 0) {
+        constexpr VARTYPE known = VT_TYPEMASK | VT_ARRAY | VT_BYREF;
+        if (depth > deepestValue) return "...";
+        if ((value.vt & ~known) != 0) return plainText(value);
+        bool const reference = (value.vt & VT_BYREF) != 0;
+        if (reference && value.byref == nullptr) return "reference:nothing";
+        auto const type = static_cast<VARTYPE>(value.vt & VT_TYPEMASK);
+        if ((value.vt & VT_ARRAY) != 0) {
+            return arrayText(reference ? *value.pparray : value.parray, type, depth);
+        }
+        if (!reference) return plainText(value);
+        if (type == VT_VARIANT) return text(*value.pvarVal, depth + 1);
+        if (type == VT_RECORD) return "record";
+        Variant target;
+        HRESULT const code = VariantCopyInd(target.address(), const_cast<VARIANT*>(&value));
+        return FAILED(code) ? "reference:" + describeCode(code) : plainText(target.get());
     }
-    if (kind == value.vt) return plainText(value);
-    // A copy of what the reference leads to, which may be a value again.
-    Variant target;
-    HRESULT const code = VariantCopyInd(target.address(), const_cast<VARIANT*>(&value));
-    return FAILED(code) ? "reference:" + describeCode(code) : textOf(target.get(), depth + 1);
-}
+
+  private:
+    // Elements in the order of memory: the first index runs fastest.
+    std::string arrayText(SAFEARRAY* array, VARTYPE type, int depth) {
+        if (array == nullptr) return "array:none";
+        std::string text = "array(" + boundsText(array) + "):[";
+        void* data = nullptr;
+        if (!hasElementsOf(array, type) || FAILED(SafeArrayAccessData(array, &data))) {
+            return text + "...]";
+        }
+        ULONG const count = data != nullptr ? countUpToMore(*array) : 0;
+        ULONG const shown = std::min(count, longestArray);
+        for (ULONG i = 0; i < shown; ++i) {
+            if (i != 0) text += ", ";
+            text += elementText(type, static_cast<char*>(data) + std::size_t{i} * array->cbElements,
+                                depth);
+        }
+        SafeArrayUnaccessData(array);
+        return text + (count > longestArray ? ", ...]" : "]");
+    }
+
+    // An element as a value of its own; the array keeps what it points to.
+    std::string elementText(VARTYPE type, void* element, int depth) {
+        if (elementsLeft_ == 0) return "...";
+        --elementsLeft_;
+        VARIANT reference{};
+        reference.vt = static_cast<VARTYPE>(type | VT_BYREF);
+        reference.byref = element;
+        return text(reference, depth + 1);
+    }
+
+    ULONG elementsLeft_ = mostElements;
+};
 
 }  // namespace
 
 std::string resultText(VARIANT const& value) {
-    return textOf(value, 0);
+    return ValueReader().text(value);
 }
 
 }  // namespace velk::velkcom
