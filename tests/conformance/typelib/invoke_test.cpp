@@ -188,7 +188,8 @@ TEST(Invoke, PassesStructuresByValue) {
 TEST(Invoke, PassesFittingReferencesThrough) {
     Call call;
     LONG value = 5;
-    // Given up by the call: the member only writes there.
+    // Given up by the call, because the member only writes there and no caller by
+    // name can know of it.
     BSTR out = SysAllocString(OLESTR("old"));
     VARIANT any = real(1.0);
     VARIANT references[3] = {};
@@ -200,6 +201,8 @@ TEST(Invoke, PassesFittingReferencesThrough) {
     references[2].pvarVal = &any;
     ASSERT_EQ(call.run(6, DISPATCH_METHOD, {references[0], references[1], references[2]}), S_OK);
     EXPECT_EQ(value, 6);
+    expectDifference(System::wine, "what an out-parameter holds is neither given up nor hidden",
+                     [&] { EXPECT_EQ(call.recorder.outBefore, nullptr); });
     EXPECT_EQ(taken(out), OLESTR("out"));
     EXPECT_EQ(call.recorder.anyType, VT_R8);
     EXPECT_EQ(any.vt, VT_I4);

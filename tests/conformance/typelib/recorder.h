@@ -97,6 +97,7 @@ class Recorder final : public IRecorder {
         lastValue = *number;
         anyType = any->vt;
         *number += 1;
+        outBefore = *text;
         *text = SysAllocString(OLESTR("out"));
         VariantClear(any);
         any->vt = VT_I4;
@@ -151,6 +152,7 @@ class Recorder final : public IRecorder {
     VARIANT_BOOL boolValue = 0;
     DECIMAL decimalValue{};
     VARTYPE anyType = VT_EMPTY;
+    BSTR outBefore = nullptr;  ///< only to be compared with null
     LONG anyValue = 0;
     LONG firstValue = 0;
     LONG lastValue = 0;
