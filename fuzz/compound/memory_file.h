@@ -32,6 +32,7 @@ class MemoryFile final : public storage::FileAccess {
         std::copy(source.begin(), source.end(),
                   bytes_.begin() + static_cast<std::ptrdiff_t>(offset));
     }
+    void truncate(std::uint64_t size) override { bytes_.resize(static_cast<std::size_t>(size)); }
     void sync() override {}
     bool hasReaders() override { return false; }
 

@@ -54,6 +54,9 @@ class RecordedFile final : public platform::storage::FileAccess {
         if (fails) platform::storage::fail(STG_E_MEDIUMFULL);
         record_.steps.push_back(std::move(step));
     }
+    void truncate(std::uint64_t size) override {
+        record_.bytes.resize(static_cast<std::size_t>(size));
+    }
     void sync() override {
         if (isFailing()) platform::storage::fail(STG_E_WRITEFAULT);
         record_.steps.push_back({});

@@ -44,7 +44,7 @@ void CompoundFile::create(FileAccess& file, std::size_t sectorSize) {
     for (std::size_t i = 0; i < sectorSize; i += entrySize) {
         writeEntry(root, entries.subspan(i, entrySize));
     }
-    root.name = u"Root Entry";
+    root.name = root.storedName = u"Root Entry";
     root.type = EntryType::root;
     writeEntry(root, entries.first(entrySize));
     file.write(0, bytes);
@@ -81,8 +81,10 @@ void CompoundFile::writeStream(EntryId stream, std::uint64_t offset, Bytes sourc
     if (source.empty()) return;
     StreamContent& target = content(stream);
     failIf(offset + source.size() < offset, STG_E_MEDIUMFULL);
-    if (offset + source.size() > target.size()) resizeStream(stream, offset + source.size());
-    changeContent(stream, [&] { target.write(offset, source); });
+    changeContent(stream, [&] {
+        if (offset + source.size() > target.size()) target.resize(offset + source.size());
+        target.write(offset, source);
+    });
 }
 
 void CompoundFile::resizeStream(EntryId stream, std::uint64_t size) {
@@ -114,9 +116,7 @@ void CompoundFile::destroy(EntryId storage, EntryId element) {
     for (std::size_t i = 0; i < all.size(); ++i) {
         EntryId const outer = all[i].element;
         if (!directory().at(outer).isStorage()) continue;
-        for (auto const& [name, entry] : directory().children(outer)) {
-            all.push_back({outer, entry});
-        }
+        for (EntryId const entry : directory().everythingIn(outer)) all.push_back({outer, entry});
     }
     // What is inside goes first.
     for (auto each = all.rbegin(); each != all.rend(); ++each) {
@@ -125,7 +125,7 @@ void CompoundFile::destroy(EntryId storage, EntryId element) {
 }
 
 void CompoundFile::destroyOne(EntryId storage, EntryId element) {
-    if (!directory().at(element).isStorage()) {
+    if (directory().at(element).type == EntryType::stream) {
         resizeStream(element, 0);
         contents_.erase(element);
     }
@@ -152,7 +152,9 @@ void CompoundFile::commit() {
     failIf(torn_ != S_OK, torn_);
     change([&] {
         Entry const& root = directory().at(rootEntry);
-        if (root.firstSector != small().container() || root.size != small().containerSize()) {
+        bool const hasContainer = root.size != 0 || small().containerSize() != 0;
+        if (hasContainer &&
+            (root.firstSector != small().container() || root.size != small().containerSize())) {
             Entry& changed = directory().change(rootEntry);
             changed.firstSector = small().container();
             changed.size = small().containerSize();
@@ -173,12 +175,19 @@ void CompoundFile::revert() {
     torn_ = S_OK;
 }
 
-void CompoundFile::close() {
+void CompoundFile::close() noexcept {
     revertElements();
+    // There is nobody left to tell: what counts is whole whatever comes of it.
+    if (file_ && isWritable_) static_cast<void>(answer([&] { store_.restoreFile(); }));
     file_.reset();
 }
 
-void CompoundFile::revertElements() {
+void CompoundFile::checkSize(EntryId stream) {
+    failIf(directory().at(stream).size / store_.sectorSize() > store_.sectorLimit(),
+           STG_E_DOCFILECORRUPT);
+}
+
+void CompoundFile::revertElements() noexcept {
     for (auto const& each : open_) {
         if (auto const opened = each.lock()) opened->isReverted = true;
     }

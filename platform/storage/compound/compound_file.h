@@ -29,6 +29,9 @@ class CompoundFile {
     /// Reads what is there. `isWritable` as the file was opened; `isDirect`:
     /// changes need not wait for a commit of the root.
     CompoundFile(std::unique_ptr<FileAccess> file, bool isWritable, bool isDirect = true);
+    CompoundFile(CompoundFile const&) = delete;
+    CompoundFile& operator=(CompoundFile const&) = delete;
+    ~CompoundFile() { close(); }
 
     /// Writes an empty compound file. `sectorSize` is 512 or 4096 bytes.
     static void create(FileAccess& file, std::size_t sectorSize);
@@ -56,15 +59,17 @@ class CompoundFile {
     /// has it open already.
     std::shared_ptr<OpenElement> open(EntryId element, DWORD mode);
 
-    /// Runs a change. When memory or a read fails it half-way, what is known
-    /// of the file no longer fits together: nothing can be committed, with the
-    /// failure's own code, before revert().
+    /// Runs a change. When it fails half-way, nothing can be committed, with
+    /// the failure's own code, before revert(): the file keeps what the last
+    /// commit left. A change that is refused before it begins leaves no trace.
     template <typename Body>
     void change(Body body) {
+        auto const before = store_.touches();
         try {
             body();
         } catch (StorageError const& error) {
-            if (error.code == STG_E_READFAULT) torn_ = error.code;
+            bool const hasBegun = store_.touches() != before;
+            if (hasBegun || error.code == STG_E_READFAULT) torn_ = error.code;
             throw;
         } catch (...) {
             torn_ = STG_E_INSUFFICIENTMEMORY;
@@ -75,8 +80,12 @@ class CompoundFile {
     void commit();
     /// Back to the last commit. What clients have open is reverted.
     void revert();
-    /// Closes the file; what clients have open is reverted.
-    void close();
+    /// Closes the file, which keeps what the last commit left; what clients
+    /// have open is reverted.
+    void close() noexcept;
+
+    /// STG_E_DOCFILECORRUPT when a stream is said to be larger than the file.
+    void checkSize(EntryId stream);
 
   private:
     MiniStore& small();
@@ -86,7 +95,7 @@ class CompoundFile {
     void changeContent(EntryId stream, Body body);
     void destroyOne(EntryId storage, EntryId element);
     void openTables();
-    void revertElements();
+    void revertElements() noexcept;
 
     std::recursive_mutex lock_;
     std::unique_ptr<FileAccess> file_;

@@ -1,5 +1,6 @@
 #include "platform/storage/compound/directory.h"
 
+#include <algorithm>
 #include <bit>
 
 #include "platform/storage/storage_error.h"
@@ -25,17 +26,18 @@ Entry& Directory::load(EntryId entry) {
 
 Entry& Directory::change(EntryId entry) {
     Entry& changed = load(entry);
+    store_.touch();
     changed_.insert(entry);
     return changed;
 }
 
-Directory::Children const& Directory::children(EntryId storage) {
-    auto const known = children_.find(storage);
-    if (known != children_.end()) return known->second;
-    Children found;
+Directory::Contents const& Directory::contents(EntryId storage) {
+    auto const known = contents_.find(storage);
+    if (known != contents_.end()) return known->second;
+    Contents found;
     try {
         collect(storage, found);
-        return children_[storage] = std::move(found);
+        return contents_[storage] = std::move(found);
     } catch (...) {
         // The next one who asks shall find them.
         std::erase_if(owners_, [&](auto const& each) { return each.second == storage; });
@@ -43,19 +45,42 @@ Directory::Children const& Directory::children(EntryId storage) {
     }
 }
 
-void Directory::collect(EntryId storage, Children& into) {
-    std::vector<EntryId> open{at(storage).child};
+void Directory::collect(EntryId storage, Contents& into) {
+    struct Place {
+        EntryId entry;
+        bool isLeftDone;
+    };
+    std::vector<Place> open{{at(storage).child, false}};
     while (!open.empty()) {
-        EntryId const entry = open.back();
+        auto const [entry, isLeftDone] = open.back();
         open.pop_back();
+        if (isLeftDone) {
+            into.all.push_back(entry);
+            continue;
+        }
         if (entry >= count_ || entry == rootEntry) continue;
         Entry const& found = at(entry);
+        if (!owners_.try_emplace(entry, storage).second) continue;
+        open.insert(open.end(), {{found.right, false}, {entry, true}, {found.left, false}});
         bool const isElement = found.type == EntryType::storage || found.type == EntryType::stream;
-        if (!isElement || !owners_.try_emplace(entry, storage).second) continue;
-        open.push_back(found.left);
-        open.push_back(found.right);
-        if (!found.name.empty()) into.try_emplace(orderedName(found.name), entry);
+        if (isElement && !found.name.empty()) {
+            into.named.try_emplace(orderedName(found.name), entry);
+        }
     }
+}
+
+/// Knows all that is linked anywhere.
+void Directory::collectAll() {
+    if (hasAllOwners_) return;
+    std::vector<EntryId> open{rootEntry};
+    while (!open.empty()) {
+        EntryId const storage = open.back();
+        open.pop_back();
+        for (EntryId const entry : everythingIn(storage)) {
+            if (at(entry).type == EntryType::storage) open.push_back(entry);
+        }
+    }
+    hasAllOwners_ = true;
 }
 
 EntryId Directory::find(EntryId storage, std::u16string_view name) {
@@ -64,13 +89,21 @@ EntryId Directory::find(EntryId storage, std::u16string_view name) {
     return found == all.end() ? noEntry : found->second;
 }
 
-Directory::Children& Directory::editChildren(EntryId storage) {
-    static_cast<void>(children(storage));
+Directory::Contents& Directory::editContents(EntryId storage) {
+    static_cast<void>(contents(storage));
+    store_.touch();
     changedTrees_.insert(storage);
-    return children_.at(storage);
+    return contents_.at(storage);
+}
+
+/// Another may have the name.
+void Directory::unname(Contents& siblings, EntryId entry) {
+    auto const named = siblings.named.find(orderedName(at(entry).name));
+    if (named != siblings.named.end() && named->second == entry) siblings.named.erase(named);
 }
 
 EntryId Directory::unusedEntry() {
+    collectAll();
     for (EntryId entry = 1; entry < count_; ++entry) {
         if (at(entry).type == EntryType::unused && !owners_.contains(entry)) return entry;
     }
@@ -82,45 +115,55 @@ EntryId Directory::unusedEntry() {
     for (EntryId entry = first; entry < count_; ++entry) {
         entries_[entry] = Entry();
         changed_.insert(entry);
+        renewed_.insert(entry);
     }
     return first;
 }
 
 EntryId Directory::add(EntryId storage, std::u16string_view name, EntryType type) {
-    Children& siblings = editChildren(storage);
+    Contents& siblings = editContents(storage);
     EntryId const entry = unusedEntry();
-    siblings.emplace(orderedName(name), entry);
+    siblings.named.emplace(orderedName(name), entry);
+    siblings.all.push_back(entry);
     owners_[entry] = storage;
     Entry& added = change(entry);
     added = Entry();
-    added.name = name;
+    added.name = added.storedName = name;
     added.type = type;
     if (type == EntryType::storage) added.firstSector = 0;
-    children_[entry] = {};
+    renewed_.insert(entry);
+    contents_[entry] = {};
     return entry;
 }
 
 void Directory::rename(EntryId storage, EntryId entry, std::u16string_view name) {
-    Children& siblings = editChildren(storage);
+    Contents& siblings = editContents(storage);
     Entry& renamed = change(entry);
-    siblings.erase(orderedName(renamed.name));
-    renamed.name = name;
-    siblings.emplace(orderedName(name), entry);
+    unname(siblings, entry);
+    renamed.name = renamed.storedName = name;
+    siblings.named.emplace(orderedName(name), entry);
 }
 
 void Directory::remove(EntryId storage, EntryId entry) {
-    editChildren(storage).erase(orderedName(at(entry).name));
+    Contents& siblings = editContents(storage);
+    unname(siblings, entry);
+    std::erase(siblings.all, entry);
     change(entry) = Entry();
-    children_.erase(entry);
+    renewed_.insert(entry);
+    contents_.erase(entry);
     changedTrees_.erase(entry);
     owners_.erase(entry);
 }
 
-/// The elements of a storage as a tree that is as even as can be: all levels
-/// full and black, except for the last one, which is red.
+/// What is in a storage as a tree that is as even as can be: all levels full
+/// and black, except for the last one, which is red.
 void Directory::linkTree(EntryId storage) {
-    std::vector<EntryId> sorted;
-    for (auto const& [name, entry] : children(storage)) sorted.push_back(entry);
+    std::vector<EntryId> sorted = everythingIn(storage);
+    std::unordered_map<EntryId, std::u16string> keys;
+    for (EntryId const entry : sorted) keys[entry] = orderedName(at(entry).storedName);
+    std::stable_sort(sorted.begin(), sorted.end(), [&](EntryId one, EntryId other) {
+        return NameOrder()(keys[one], keys[other]);
+    });
     int const fullLevels = static_cast<int>(std::bit_width(sorted.size() + 1)) - 1;
     EntryId const top = linkRange(sorted, 0, sorted.size(), 0, fullLevels);
     if (at(storage).child != top) change(storage).child = top;
@@ -148,12 +191,20 @@ void Directory::setLinks(EntryId entry, EntryId left, EntryId right, bool isBlac
 void Directory::flush() {
     for (EntryId const storage : changedTrees_) linkTree(storage);
     changedTrees_.clear();
+    if (changed_.empty()) return;
     std::array<std::byte, entrySize> bytes;
     for (EntryId const entry : changed_) {
-        writeEntry(at(entry), bytes);
-        chain_.write(std::uint64_t{entry} * entrySize, bytes);
+        std::uint64_t const place = std::uint64_t{entry} * entrySize;
+        if (renewed_.contains(entry)) {
+            writeEntry(at(entry), bytes);
+        } else {
+            chain_.read(place, bytes);
+            updateEntry(at(entry), bytes, store_.header().hasLargeSizes());
+        }
+        chain_.write(place, bytes);
     }
     changed_.clear();
+    renewed_.clear();
     store_.header().setDirectory(chain_.first(), static_cast<std::uint32_t>(chain_.length()));
 }
 

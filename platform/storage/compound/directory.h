@@ -23,9 +23,13 @@ class Directory {
     /// The same, to be changed. The name stays as it is: see rename().
     Entry& change(EntryId entry);
 
-    /// The elements in a storage. What a damaged file links to twice is in the
-    /// first storage that asks; what it links to wrongly is left out.
-    Children const& children(EntryId storage);
+    /// The elements in a storage that have a name of their own. What a damaged
+    /// file links to twice is in the first storage that asks.
+    Children const& children(EntryId storage) { return contents(storage).named; }
+
+    /// All that is linked in a storage. What no name reaches is among it: names
+    /// that are empty or another's but for the case, entries of unknown types.
+    std::vector<EntryId> const& everythingIn(EntryId storage) { return contents(storage).all; }
 
     /// noEntry when there is none of the name.
     EntryId find(EntryId storage, std::u16string_view name);
@@ -39,9 +43,18 @@ class Directory {
     void flush();
 
   private:
+    struct Contents {
+        Children named;
+        /// In the order of the tree.
+        std::vector<EntryId> all;
+    };
+
     Entry& load(EntryId entry);
-    Children& editChildren(EntryId storage);
-    void collect(EntryId storage, Children& into);
+    Contents const& contents(EntryId storage);
+    Contents& editContents(EntryId storage);
+    void collect(EntryId storage, Contents& into);
+    void collectAll();
+    void unname(Contents& siblings, EntryId entry);
     EntryId unusedEntry();
     void linkTree(EntryId storage);
     EntryId linkRange(std::vector<EntryId> const& sorted, std::size_t from, std::size_t to,
@@ -53,10 +66,13 @@ class Directory {
     EntryId count_ = 0;
     std::unordered_map<EntryId, Entry> entries_;
     std::set<EntryId> changed_;
-    std::unordered_map<EntryId, Children> children_;
+    /// Those of the changed ones of which nothing is kept.
+    std::set<EntryId> renewed_;
+    std::unordered_map<EntryId, Contents> contents_;
     std::set<EntryId> changedTrees_;
     /// Which storage an entry was first found in.
     std::unordered_map<EntryId, EntryId> owners_;
+    bool hasAllOwners_ = false;
 };
 
 }  // namespace velk::platform::storage

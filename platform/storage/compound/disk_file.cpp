@@ -180,6 +180,10 @@ void DiskFile::write(std::uint64_t offset, Bytes source) {
     }
 }
 
+void DiskFile::truncate(std::uint64_t size) {
+    failIf(ftruncate(file_, static_cast<off_t>(size)) != 0, resultOfWrite(errno));
+}
+
 void DiskFile::sync() {
     failIf(fdatasync(file_) != 0, resultOfWrite(errno));
 }

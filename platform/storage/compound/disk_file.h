@@ -32,6 +32,7 @@ class DiskFile final : public FileAccess {
     std::uint64_t size() override;
     void read(std::uint64_t offset, MutableBytes target) override;
     void write(std::uint64_t offset, Bytes source) override;
+    void truncate(std::uint64_t size) override;
     void sync() override;
     bool hasReaders() override;
 

@@ -23,6 +23,9 @@ class FileAccess {
     /// Writes all of `source`, and lengthens the file where it ends before.
     virtual void write(std::uint64_t offset, Bytes source) = 0;
 
+    /// Cuts what stands behind `size`.
+    virtual void truncate(std::uint64_t size) = 0;
+
     /// Returns when all that was written is on the medium.
     virtual void sync() = 0;
 

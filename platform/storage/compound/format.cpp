@@ -32,9 +32,30 @@ EntryType typeOf(std::byte value) {
             return EntryType::stream;
         case 5:
             return EntryType::root;
-        default:
+        case 0:
             return EntryType::unused;
+        default:
+            return EntryType::unknown;
     }
+}
+
+std::u16string readName(Bytes bytes) {
+    std::size_t const length = readNumber<std::uint16_t>(bytes, nameLengthAt) / 2;
+    std::u16string name;
+    for (std::size_t i = 0; i < std::min(length, longestName + 1); ++i) {
+        name.push_back(static_cast<char16_t>(readNumber<std::uint16_t>(bytes, 2 * i)));
+    }
+    if (!name.empty() && name.back() == 0) name.pop_back();
+    return name;
+}
+
+void writeName(std::u16string const& name, bool isUsed, MutableBytes bytes) {
+    std::fill_n(bytes.begin(), nameLengthAt, std::byte{0});
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        writeNumber<std::uint16_t>(bytes, 2 * i, name[i]);
+    }
+    auto const units = isUsed ? name.size() + 1 : 0;
+    writeNumber(bytes, nameLengthAt, static_cast<std::uint16_t>(2 * units));
 }
 
 }  // namespace
@@ -99,12 +120,8 @@ std::vector<SectorId> readSectorIds(Bytes bytes) {
 
 Entry parseEntry(Bytes bytes, bool hasLargeSizes) {
     Entry entry;
-    std::size_t const length = readNumber<std::uint16_t>(bytes, nameLengthAt) / 2;
-    for (std::size_t i = 0; i < std::min(length, longestName + 1); ++i) {
-        auto const unit = readNumber<std::uint16_t>(bytes, 2 * i);
-        if (unit == 0) break;
-        entry.name.push_back(static_cast<char16_t>(unit));
-    }
+    entry.storedName = readName(bytes);
+    entry.name = entry.storedName.substr(0, entry.storedName.find(u'\0'));
     entry.type = typeOf(bytes[typeAt]);
     entry.isBlack = bytes[colourAt] != std::byte{0};
     entry.left = readNumber<std::uint32_t>(bytes, leftAt);
@@ -123,12 +140,8 @@ Entry parseEntry(Bytes bytes, bool hasLargeSizes) {
 
 void writeEntry(Entry const& entry, MutableBytes bytes) {
     std::fill(bytes.begin(), bytes.end(), std::byte{0});
-    for (std::size_t i = 0; i < entry.name.size(); ++i) {
-        writeNumber<std::uint16_t>(bytes, 2 * i, entry.name[i]);
-    }
     bool const isUsed = entry.type != EntryType::unused;
-    auto const units = isUsed ? entry.name.size() + 1 : 0;
-    writeNumber(bytes, nameLengthAt, static_cast<std::uint16_t>(2 * units));
+    writeName(entry.name, isUsed, bytes);
     bytes[typeAt] = static_cast<std::byte>(entry.type);
     bytes[colourAt] = static_cast<std::byte>(isUsed && entry.isBlack ? 1 : 0);
     writeNumber(bytes, leftAt, entry.left);
@@ -140,6 +153,24 @@ void writeEntry(Entry const& entry, MutableBytes bytes) {
     writeNumber(bytes, modifiedAt, entry.modified);
     writeNumber(bytes, firstAt, isUsed ? entry.firstSector : 0);
     writeNumber(bytes, sizeAt, entry.size);
+}
+
+void updateEntry(Entry const& entry, MutableBytes bytes, bool hasLargeSizes) {
+    Entry const former = parseEntry(bytes, hasLargeSizes);
+    auto const update = [&](std::size_t at, auto const& now, auto const& before) {
+        if (now != before) writeNumber(bytes, at, now);
+    };
+    if (entry.storedName != former.storedName) writeName(entry.storedName, true, bytes);
+    if (entry.isBlack != former.isBlack) bytes[colourAt] = std::byte{entry.isBlack};
+    update(leftAt, entry.left, former.left);
+    update(rightAt, entry.right, former.right);
+    update(childAt, entry.child, former.child);
+    update(classAt, entry.classId, former.classId);
+    update(stateAt, entry.stateBits, former.stateBits);
+    update(createdAt, entry.created, former.created);
+    update(modifiedAt, entry.modified, former.modified);
+    update(firstAt, entry.firstSector, former.firstSector);
+    update(sizeAt, entry.size, former.size);
 }
 
 std::u16string orderedName(std::u16string_view name) {

@@ -68,7 +68,8 @@ class Header {
 
     SectorId firstDirectorySector() const { return number(48); }
     std::uint32_t fatSectors() const { return number(44); }
-    SectorId firstMiniFatSector() const { return number(60); }
+    /// Where the count is 0 the first sector means nothing.
+    SectorId firstMiniFatSector() const { return number(64) == 0 ? endOfChain : number(60); }
     SectorId firstDifatSector() const { return number(68); }
     std::uint32_t difatSectors() const { return number(72); }
     SectorId difat(std::size_t index) const { return number(76 + 4 * index); }
@@ -89,11 +90,22 @@ class Header {
     std::array<std::byte, headerSize> bytes_{};
 };
 
-enum class EntryType : std::uint8_t { unused = 0, storage = 1, stream = 2, root = 5 };
+/// `unknown` is none of the layout's: such an entry stays as it is.
+enum class EntryType : std::uint8_t {
+    unused = 0,
+    storage = 1,
+    stream = 2,
+    root = 5,
+    unknown = 255
+};
 
 /// One element in the directory.
 struct Entry {
+    /// Up to the first zero.
     std::u16string name;
+    /// All of the name that the file has, in which there may be zeros: what
+    /// others order entries by.
+    std::u16string storedName;
     EntryType type = EntryType::unused;
     bool isBlack = true;
     EntryId left = noEntry;
@@ -113,9 +125,11 @@ struct Entry {
 /// What a sector of a table holds.
 std::vector<SectorId> readSectorIds(Bytes bytes);
 
-/// Reads 128 bytes. Names that are too long are cut, unknown types are unused.
+/// Reads 128 bytes. Names that are too long are cut.
 Entry parseEntry(Bytes bytes, bool hasLargeSizes);
 void writeEntry(Entry const& entry, MutableBytes bytes);
+/// Writes what differs from the entry that `bytes` hold and leaves the rest.
+void updateEntry(Entry const& entry, MutableBytes bytes, bool hasLargeSizes);
 
 /// The form of an element's name in which names are compared and ordered:
 /// shorter ones first, and upper case.

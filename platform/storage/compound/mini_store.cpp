@@ -8,10 +8,15 @@ namespace velk::platform::storage {
 
 MiniStore::MiniStore(SectorStore& store, SectorId container, std::uint64_t size)
     : store_(store),
-      bytes_(store, container),
+      bytes_(store, container, sectorsOf(size)),
       table_(store, store.header().firstMiniFatSector()),
       size_(size),
       tableEntries_(table_.length() * (store.sectorSize() / 4)) {}
+
+std::uint64_t MiniStore::sectorsOf(std::uint64_t bytes) const noexcept {
+    std::uint64_t const each = store_.sectorSize();
+    return bytes / each + (bytes % each != 0);
+}
 
 std::vector<SectorId>& MiniStore::page(std::size_t index) {
     auto const known = pages_.find(index);
@@ -27,7 +32,9 @@ SectorId MiniStore::next(SectorId sector) {
 }
 
 void MiniStore::link(SectorId sector, SectorId next) {
-    failIf(sector >= tableEntries_, STG_E_DOCFILECORRUPT);
+    failIf(sector >= tableEntries_ || store_.survey().small.shared.contains(sector),
+           STG_E_DOCFILECORRUPT);
+    store_.touch();
     page(sector / pageEntries)[sector % pageEntries] = next;
     dirtyPages_.insert(sector / pageEntries);
 }
@@ -52,12 +59,17 @@ void MiniStore::write(SectorId sector, std::size_t offset, Bytes source) {
 }
 
 SectorId MiniStore::allocate() {
+    auto const& kept = store_.survey().small.kept;
     SectorId sector = searchFrom_;
-    while (sector < tableEntries_ && next(sector) != freeSector) ++sector;
+    while (sector < tableEntries_ && (next(sector) != freeSector || kept.contains(sector))) {
+        ++sector;
+    }
+    while (kept.contains(sector)) ++sector;
     failIf(sector > lastSectorId, STG_E_MEDIUMFULL);
-    if (sector >= tableEntries_) enlarge();
+    while (sector >= tableEntries_) enlarge();
+    failIf(bytes_.length() < sectorsOf(size_), STG_E_DOCFILECORRUPT);
     std::uint64_t const end = (std::uint64_t{sector} + 1) * miniSectorSize;
-    std::uint64_t const sectors = (end + store_.sectorSize() - 1) / store_.sectorSize();
+    std::uint64_t const sectors = sectorsOf(end);
     if (bytes_.length() < sectors) bytes_.resize(static_cast<std::size_t>(sectors));
     size_ = std::max(size_, end);
     link(sector, endOfChain);
@@ -82,6 +94,7 @@ void MiniStore::release(SectorId sector) {
 }
 
 void MiniStore::flush() {
+    if (dirtyPages_.empty()) return;
     std::array<std::byte, 4 * pageEntries> bytes;
     for (std::size_t const index : dirtyPages_) {
         auto const& entries = page(index);

@@ -14,7 +14,7 @@ namespace velk::platform::storage {
 class MiniStore {
   public:
     /// `container` is the first sector of the shared bytes, as the root entry
-    /// has it, and `size` how many of them count.
+    /// has it, and `size` how many of them count: none, no container.
     MiniStore(SectorStore& store, SectorId container, std::uint64_t size);
 
     SectorId container() const noexcept { return bytes_.first(); }
@@ -36,6 +36,7 @@ class MiniStore {
   private:
     static constexpr std::size_t pageEntries = 128;
 
+    std::uint64_t sectorsOf(std::uint64_t bytes) const noexcept;
     std::vector<SectorId>& page(std::size_t index);
     SectorId next(SectorId sector);
     void enlarge();

@@ -9,6 +9,7 @@ namespace velk::platform::storage {
 
 bool SectorChain::reach(std::size_t index) {
     while (known_.size() <= index) {
+        if (known_.size() >= most_) return false;
         SectorId const next = known_.empty() ? first_ : store_->next(known_.back());
         if (next == endOfChain) return false;
         // No chain has more sectors than the file, unless it runs in a circle.
@@ -67,7 +68,9 @@ void SectorChain::writeSector(std::size_t index, std::size_t offset, Bytes sourc
     std::vector<std::byte> whole(store_->sectorSize());
     if (source.size() < whole.size()) store_->read(former, 0, whole);
     std::copy(source.begin(), source.end(), whole.begin() + static_cast<std::ptrdiff_t>(offset));
-    SectorId const next = store_->next(former);
+    SectorId next = store_->next(former);
+    // The last one leads nowhere, whatever a damaged table says of it.
+    if (index + 1 == most_ || next == freeSector) next = endOfChain;
     SectorId const place = store_->allocate();
     try {
         store_->write(place, 0, whole);
@@ -109,6 +112,7 @@ void SectorChain::resize(std::size_t sectors) {
         }
     }
     std::size_t const length = this->length();
+    if (most_ != noLimit) most_ = sectors;
     if (length <= sectors) return;
     for (std::size_t i = sectors; i < length; ++i) store_->release(known_[i]);
     known_.resize(sectors);

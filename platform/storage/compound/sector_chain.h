@@ -14,6 +14,11 @@ class SectorChain {
   public:
     SectorChain(SectorStore& store, SectorId first) : store_(&store), first_(first) {}
 
+    /// The first `most` sectors of a chain. What it goes on with need not be
+    /// its own, and is neither changed nor given up.
+    SectorChain(SectorStore& store, SectorId first, std::uint64_t most)
+        : store_(&store), first_(most == 0 ? endOfChain : first), most_(most) {}
+
     /// The first sector, or endOfChain. Changes when that sector is written to.
     SectorId first() const noexcept { return first_; }
 
@@ -34,8 +39,11 @@ class SectorChain {
     void follow(std::size_t index, SectorId sector);
     void writeSector(std::size_t index, std::size_t offset, Bytes source);
 
+    static constexpr std::uint64_t noLimit = ~std::uint64_t{0};
+
     SectorStore* store_;
     SectorId first_;
+    std::uint64_t most_ = noLimit;
     std::vector<SectorId> known_;
 };
 

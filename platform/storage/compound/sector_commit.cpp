@@ -12,17 +12,36 @@ void SectorStore::commit() {
     std::array<std::byte, headerSize> now;
     file_.read(0, now);
     failIf(now != committed_.bytes(), STG_E_NOTCURRENT);
+    bool headerIsWritten = false;
     try {
         placeTables();
         writeTables();
         file_.sync();
+        headerIsWritten = true;
         file_.write(0, header_.bytes());
         file_.sync();
     } catch (...) {
-        failed_ = true;
+        rollBack(headerIsWritten);
         throw;
     }
     settle();
+}
+
+/// As long as the new header may be on the medium, what it leads to must stay.
+void SectorStore::rollBack(bool headerIsWritten) {
+    try {
+        if (headerIsWritten) {
+            file_.write(0, committed_.bytes());
+            file_.sync();
+            // Somebody may have opened the file while the new header was there.
+            if (file_.hasReaders()) writtenSize_ = 0;
+        }
+        restoreFile();
+    } catch (...) {
+        // The failure that led here is the one to tell.
+        failed_ = true;
+        if (headerIsWritten) writtenSize_ = 0;
+    }
 }
 
 /// Placing a table changes tables, until all that changed have new places.
@@ -104,18 +123,26 @@ void SectorStore::writeDifat() {
                           static_cast<std::uint32_t>(difatSectors_.size()));
 }
 
-/// What was fresh is the committed state now, what was given up is free.
-void SectorStore::settle() {
+/// What was fresh is the committed state now, what was given up is free. The
+/// commit counts already: nothing here may fail it.
+void SectorStore::settle() noexcept {
     committed_ = header_;
+    formerSize_ = std::max(formerSize_, writtenSize_);
+    former_.clear();
+    writtenSize_ = 0;
     changed_ = locationsChanged_ = difatPlaced_ = false;
     for (auto& [index, settled] : pages_) {
         if (settled.isDirty) {
             std::fill(settled.states.begin(), settled.states.end(), State::settled);
-            pagesToSearch_.insert(index);
         }
         settled.isDirty = settled.isPlaced = false;
     }
-    mayReuse_ = !file_.hasReaders();
+    try {
+        for (auto const& [index, settled] : pages_) pagesToSearch_.insert(index);
+        mayReuse_ = !file_.hasReaders();
+    } catch (...) {
+        mayReuse_ = false;
+    }
 }
 
 }  // namespace velk::platform::storage

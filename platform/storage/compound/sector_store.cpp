@@ -36,6 +36,10 @@ void SectorStore::load() {
     sectorLimit_ = sectors == 0 ? 0 : sectors - 1;
     pages_.clear();
     pagesToSearch_.clear();
+    survey_.reset();
+    formerSize_ = size;
+    former_.clear();
+    writtenSize_ = 0;
     changed_ = locationsChanged_ = difatPlaced_ = false;
     loadTableLocations();
     mayReuse_ = !file_.hasReaders();
@@ -88,7 +92,9 @@ SectorId SectorStore::next(SectorId sector) {
 }
 
 void SectorStore::set(SectorId sector, SectorId next, State state) {
+    failIf(survey().sectors.shared.contains(sector), STG_E_DOCFILECORRUPT);
     Page& owner = pageOf(sector);
+    touch();
     owner.next[sector % pageEntries()] = next;
     owner.states[sector % pageEntries()] = state;
     owner.isDirty = true;
@@ -99,8 +105,20 @@ void SectorStore::link(SectorId sector, SectorId next) {
     set(sector, next, pageOf(sector).states[sector % pageEntries()]);
 }
 
+Survey const& SectorStore::survey() {
+    if (!survey_) survey_ = surveyChains(*this);
+    return *survey_;
+}
+
+bool SectorStore::isFree(SectorId sector, Page const& owner) {
+    std::size_t const place = sector % pageEntries();
+    return owner.next[place] == freeSector && owner.states[place] == State::settled &&
+           !survey().sectors.kept.contains(sector);
+}
+
 SectorId SectorStore::allocate() {
     failIf(failed_, STG_E_WRITEFAULT);
+    static_cast<void>(survey());
     SectorId const found = mayReuse_ ? reuse() : freeSector;
     SectorId const sector = found != freeSector ? found : append();
     set(sector, endOfChain, State::fresh);
@@ -115,9 +133,8 @@ SectorId SectorStore::reuse() {
         for (std::size_t i = 0; i < pageEntries(); ++i) {
             std::uint64_t const sector = index * std::uint64_t{pageEntries()} + i;
             if (sector >= appendAt_) break;
-            if (candidate.next[i] == freeSector && candidate.states[i] == State::settled) {
-                return static_cast<SectorId>(sector);
-            }
+            auto const id = static_cast<SectorId>(sector);
+            if (isFree(id, candidate)) return id;
         }
         pagesToSearch_.erase(index);
     }
@@ -138,9 +155,7 @@ SectorId SectorStore::append() {
             locationsChanged_ = true;
         }
         auto const sector = static_cast<SectorId>(appendAt_);
-        Page const& owner = pageOf(sector);
-        std::size_t const place = sector % pageEntries();
-        if (owner.next[place] == freeSector && owner.states[place] == State::settled) {
+        if (isFree(sector, pageOf(sector))) {
             ++appendAt_;
             sectorLimit_ = std::max(sectorLimit_, appendAt_);
             return sector;
@@ -190,10 +205,34 @@ bool SectorStore::readFromBlock(std::uint64_t from, MutableBytes target) {
 void SectorStore::write(SectorId sector, std::size_t offset, Bytes source) {
     std::uint64_t const to = positionOf(sector) + offset;
     if (blockAt_ && to < *blockAt_ + blockSize && to + source.size() > *blockAt_) blockAt_.reset();
+    keepFormerBytes(sector);
+    touch();
+    writtenSize_ = std::max<std::uint64_t>(writtenSize_, to + source.size());
     file_.write(to, source);
 }
 
+void SectorStore::keepFormerBytes(SectorId sector) {
+    std::uint64_t const from = positionOf(sector);
+    if (from >= formerSize_ || former_.contains(sector)) return;
+    std::vector<std::byte> bytes(
+        static_cast<std::size_t>(std::min<std::uint64_t>(sectorSize_, formerSize_ - from)));
+    file_.read(from, bytes);
+    former_.emplace(sector, std::move(bytes));
+}
+
+void SectorStore::restoreFile() {
+    if (writtenSize_ == 0) return;
+    std::array<std::byte, headerSize> now;
+    file_.read(0, now);
+    if (now != committed_.bytes()) return;
+    blockAt_.reset();
+    for (auto const& [sector, bytes] : former_) file_.write(positionOf(sector), bytes);
+    if (file_.size() > formerSize_) file_.truncate(formerSize_);
+    writtenSize_ = 0;
+}
+
 void SectorStore::revert() {
+    restoreFile();
     header_ = readHeader(file_);
     committed_ = header_;
     load();

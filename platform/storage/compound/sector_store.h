@@ -7,8 +7,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/storage/compound/chain_survey.h"
 #include "platform/storage/compound/file_access.h"
-#include "platform/storage/compound/format.h"
 
 namespace velk::platform::storage {
 
@@ -16,8 +16,10 @@ namespace velk::platform::storage {
 ///
 /// What the last commit left is never written to: a change takes sectors that
 /// are free, and the header, written last and in one piece, makes it count.
-/// Until then the file holds the former state, whole. Tables are read when
-/// they are first needed, so that a change costs what it touches.
+/// Until then the file holds the former state, whole. What a change that does
+/// not come to count has written to free sectors is put back, and what it has
+/// added is cut off. Tables are read when they are first needed; all of them
+/// before the first change, which then leaves alone what a survey says.
 ///
 /// Every member fails with a StorageError. Not thread-safe.
 class SectorStore {
@@ -47,16 +49,31 @@ class SectorStore {
     /// Writes to a fresh sector.
     void write(SectorId sector, std::size_t offset, Bytes source);
 
+    /// What no change may take or change. Reads all tables the first time.
+    Survey const& survey();
+
+    /// Counts what is changed in memory, by the owners of other tables too.
+    void touch() noexcept { ++touches_; }
+    std::uint64_t touches() const noexcept { return touches_; }
+
+    /// The sectors that hold the tables of sectors and the lists of those.
+    std::vector<SectorId> const& tableSectors() const noexcept { return pageSectors_; }
+    std::vector<SectorId> const& listSectors() const noexcept { return difatSectors_; }
+
     /// Whether anything differs from the last commit.
     bool isChanged() const noexcept { return changed_ || !(header_ == committed_); }
 
     /// Makes all changes count, or fails and leaves the file as it was. After
-    /// a failure nothing can be committed any more. STG_E_NOTCURRENT when
-    /// somebody else has changed the file.
+    /// a failure nothing can be committed before revert(). STG_E_NOTCURRENT
+    /// when somebody else has changed the file.
     void commit();
 
     /// Forgets all changes since the last commit.
     void revert();
+
+    /// Puts the file back to the bytes of the last commit; what is known of it
+    /// in memory stays. Does nothing when somebody else has changed it.
+    void restoreFile();
 
   private:
     enum class State : std::uint8_t { settled, fresh, released };
@@ -88,7 +105,10 @@ class SectorStore {
     std::size_t difatSectorsNeeded() const noexcept;
     void writeTables();
     void writeDifat();
-    void settle();
+    void settle() noexcept;
+    void rollBack(bool headerIsWritten);
+    void keepFormerBytes(SectorId sector);
+    bool isFree(SectorId sector, Page const& owner);
 
     FileAccess& file_;
     Header header_;
@@ -104,6 +124,14 @@ class SectorStore {
     /// Loaded pages that may still have free sectors.
     std::set<std::size_t> pagesToSearch_;
     std::uint64_t appendAt_ = 0;
+    std::optional<Survey> survey_;
+    std::uint64_t touches_ = 0;
+    /// How long the file was at the last commit, and what stood in the sectors
+    /// of it that were written to since.
+    std::uint64_t formerSize_ = 0;
+    std::unordered_map<SectorId, std::vector<std::byte>> former_;
+    /// Where the last of what was written since ends; 0 when nothing was.
+    std::uint64_t writtenSize_ = 0;
     bool mayReuse_ = true;
     bool changed_ = false;
     bool locationsChanged_ = false;

@@ -98,7 +98,9 @@ EntryId StorageObject::create(OLECHAR const* name, DWORD mode, EntryType type) {
     checkElementMode(mode, element_->mode, true);
     EntryId const former = file_->directory().find(element_->entry, text);
     if (former != noEntry) {
-        failIf((mode & STGM_CREATE) == 0, STG_E_FILEALREADYEXISTS);
+        // A stream never takes the place of a storage with all that is in it.
+        bool const isOfType = file_->directory().at(former).type == type;
+        failIf((mode & STGM_CREATE) == 0 || !isOfType, STG_E_FILEALREADYEXISTS);
         file_->destroy(element_->entry, former);
     }
     EntryId const made = file_->directory().add(element_->entry, text, type);
@@ -128,6 +130,7 @@ HRESULT StorageObject::OpenStream(OLECHAR const* name, void* reserved1, DWORD mo
         failIf(reserved1 != nullptr || reserved2 != 0, STG_E_INVALIDPARAMETER);
         checkElementMode(mode, element_->mode, false);
         EntryId const found = elementOfType(name, EntryType::stream);
+        file_->checkSize(found);
         *stream = new StreamObject(file_, file_->open(found, mode));
     });
 }

@@ -35,7 +35,8 @@ StreamContent::StreamContent(SectorStore& store, MiniStore& small, SectorId firs
     : store_(store), small_(small), size_(size) {
     if (size >= smallestBigStream) {
         failIf(size / store.sectorSize() > store.sectorLimit(), STG_E_DOCFILECORRUPT);
-        place_.emplace<SectorChain>(store, first);
+        std::uint64_t const each = store.sectorSize();
+        place_.emplace<SectorChain>(store, first, (size + each - 1) / each);
     } else if (size != 0) {
         place_ = small.chain(first, size);
     }
@@ -112,9 +113,13 @@ void StreamContent::resizeBig(SectorChain& chain, std::uint64_t size) {
     std::size_t const each = store_.sectorSize();
     std::uint64_t const needed = (size + each - 1) / each;
     failIf(needed > lastSectorId, STG_E_MEDIUMFULL);
-    if (std::size_t const rest = size_ % each; size > size_ && rest != 0) {
-        std::vector<std::byte> const zeros(each - rest);
-        chain.write(size_, zeros);
+    if (size > size_) {
+        // A stream that is not all there cannot grow.
+        failIf(chain.length() < (size_ + each - 1) / each, STG_E_DOCFILECORRUPT);
+        if (std::size_t const rest = size_ % each; rest != 0) {
+            std::vector<std::byte> const zeros(each - rest);
+            chain.write(size_, zeros);
+        }
     }
     chain.resize(static_cast<std::size_t>(needed));
 }
