@@ -63,19 +63,9 @@ class Converter {
     /// Appends what it makes of `source`, which loses that much, to `target`.
     /// Stops at what it cannot convert, and answers whether it came to the end.
     bool convert(std::string_view& source, std::string& target) {
-        std::array<char, 512> part;
-        for (;;) {
-            auto* from = const_cast<char*>(source.data());
-            std::size_t left = source.size();
-            char* to = part.data();
-            std::size_t room = part.size();
-            bool const isDone = iconv(handle_, &from, &left, &to, &room) != failed;
-            int const error = errno;
-            target.append(part.data(), part.size() - room);
-            source.remove_prefix(source.size() - left);
-            if (isDone) return true;
-            if (error != E2BIG) return false;
-        }
+        // Some converters hold a letter back, which a mark behind it may change.
+        bool const isDone = step(&source, target) == 0;
+        return step(nullptr, target) == 0 && isDone;
     }
 
     /// Forgets what the conversion before has left.
@@ -83,6 +73,24 @@ class Converter {
 
   private:
     static constexpr auto failed = static_cast<std::size_t>(-1);
+
+    /// Converts a source, or what is held back where there is none; 0, or the
+    /// error that it stopped at.
+    int step(std::string_view* source, std::string& target) {
+        std::array<char, 512> part;
+        for (;;) {
+            auto* from = source != nullptr ? const_cast<char*>(source->data()) : nullptr;
+            std::size_t left = source != nullptr ? source->size() : 0;
+            char* to = part.data();
+            std::size_t room = part.size();
+            bool const isDone =
+                iconv(handle_, source != nullptr ? &from : nullptr, &left, &to, &room) != failed;
+            int const error = isDone ? 0 : errno;
+            target.append(part.data(), part.size() - room);
+            if (source != nullptr) source->remove_prefix(source->size() - left);
+            if (error != E2BIG) return error;
+        }
+    }
 
     iconv_t handle_;
 };
@@ -141,6 +149,7 @@ std::u16string CodePage::toText(std::string_view bytes) const {
     converter.reset();
     while (!converter.convert(bytes, made)) {
         made += bytesOf(replacement);
+        if (bytes.empty()) break;
         bytes.remove_prefix(1);
     }
     return unitsOf(made);

@@ -30,7 +30,7 @@ Stream openStream(IStorage& storage, REFFMTID formatId, DWORD mode) {
 Stream createStream(IStorage& storage, REFFMTID formatId, DWORD mode) {
     Stream stream;
     succeed(storage.CreateStream(streamNameOf(formatId).c_str(),
-                                 (mode & accessAndSharing) | STGM_CREATE, 0, 0,
+                                 mode & (accessAndSharing | STGM_CREATE), 0, 0,
                                  reinterpret_cast<IStream**>(stream.target())));
     return stream;
 }
@@ -43,14 +43,16 @@ Stream streamForNew(IStorage& storage, REFFMTID formatId, DWORD mode) {
         existing = openStream(storage, formatId, mode);
     } catch (StorageError const& error) {
         if (error.code != STG_E_FILENOTFOUND) throw;
-        return createStream(storage, formatId, mode);
+        // What has the name all the same is a storage, and is not replaced.
+        return createStream(storage, formatId, mode & ~DWORD{STGM_CREATE});
     }
     if (formatId != FMTID_UserDefinedProperties) {
+        if (!mayReplace && readSets(*existing.get()).isEmpty()) return existing;
         failIf(!mayReplace, STG_E_FILEALREADYEXISTS);
         existing = {};
         return createStream(storage, formatId, mode);
     }
-    bool const isThere = readSets(*existing.get()).find(formatId) != nullptr;
+    bool const isThere = readSets(*existing.get()).has(formatId);
     failIf(isThere && !mayReplace, STG_E_FILEALREADYEXISTS);
     return existing;
 }
@@ -85,10 +87,12 @@ HRESULT PropertySets::remove(REFFMTID formatId) noexcept {
         if (formatId == FMTID_UserDefinedProperties) {
             auto const stream = openStream(owner_, formatId, STGM_SHARE_EXCLUSIVE | STGM_READWRITE);
             auto sets = readSets(*stream.get());
-            failIf(sets.find(formatId) == nullptr, STG_E_FILENOTFOUND);
+            failIf(!sets.has(formatId), STG_E_FILENOTFOUND);
             sets.remove(formatId);
             return writeSets(*stream.get(), sets);
         }
+        // A storage of this name is no set of ours.
+        static_cast<void>(openStream(owner_, formatId, STGM_SHARE_EXCLUSIVE | STGM_READ));
         succeed(owner_.DestroyElement(streamNameOf(formatId).c_str()));
     });
 }

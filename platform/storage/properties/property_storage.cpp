@@ -81,13 +81,12 @@ PropertyStorage::PropertyStorage(Stream stream, REFFMTID formatId, DWORD mode,
 PropertyStorage::~PropertyStorage() {
     // There is nobody left to tell of a failure; the stream keeps what it had.
     bool const isDirect = (mode_ & STGM_TRANSACTED) == 0;
-    if (isChanged_ && isDirect) static_cast<void>(Commit(STGC_DEFAULT));
+    if (isChanged_ && isDirect && !isRefused_) static_cast<void>(Commit(STGC_DEFAULT));
 }
 
 void PropertyStorage::load() {
     set_ = readSets(*stream_.get());
-    section_ = set_.find(formatId_);
-    failIf(section_ == nullptr, STG_E_FILENOTFOUND);
+    section_ = &set_.at(formatId_);
     readNames();
     isChanged_ = false;
 }
@@ -271,7 +270,9 @@ void PropertyStorage::commit(DWORD flags) {
 }
 
 HRESULT PropertyStorage::Commit(DWORD flags) noexcept {
-    return use([&] { commit(flags); });
+    HRESULT const code = use([&] { commit(flags); });
+    isRefused_ = FAILED(code);
+    return code;
 }
 
 HRESULT PropertyStorage::Revert() noexcept {

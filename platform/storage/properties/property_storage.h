@@ -90,6 +90,8 @@ class PropertyStorage final : public SharedObject<IPropertyStorage, IID_IPropert
     Dictionary names_{false};
     bool namesAreChanged_ = false;
     bool isChanged_ = false;
+    /// The last commit failed: only the client may try it again.
+    bool isRefused_ = false;
 };
 
 }  // namespace velk::platform::storage

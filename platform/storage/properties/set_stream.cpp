@@ -63,9 +63,14 @@ std::size_t SetStream::place(REFFMTID formatId) const {
     return isThere ? usual : sections_.size();
 }
 
-Section* SetStream::find(REFFMTID formatId) {
+Section& SetStream::at(REFFMTID formatId) {
     std::size_t const at = place(formatId);
-    return at < sections_.size() && sections_[at].isReadable() ? &sections_[at] : nullptr;
+    if (at == sections_.size()) {
+        bool const mayLack = formatId == FMTID_UserDefinedProperties || isEmpty();
+        fail(mayLack ? STG_E_FILENOTFOUND : STG_E_INVALIDHEADER);
+    }
+    failIf(!sections_[at].isReadable(), STG_E_INVALIDHEADER);
+    return sections_[at];
 }
 
 Section& SetStream::put(Section section) {

@@ -24,9 +24,12 @@ class SetStream {
     DWORD system() const noexcept { return system_; }
 
     /// The section of a set: the one with its format id, or the one that
-    /// stands where the set does, when that has an id of no other set. Null
-    /// when there is none that can be read.
-    Section* find(REFFMTID formatId);
+    /// stands where the set does, when that has an id of no other set. Fails
+    /// with STG_E_FILENOTFOUND when there is none, and with STG_E_INVALIDHEADER
+    /// for one that cannot be read and for a stream that has other sets only.
+    Section& at(REFFMTID formatId);
+    /// Whether there is a section of the set, readable or not.
+    bool has(REFFMTID formatId) const { return place(formatId) < sections_.size(); }
 
     /// Puts a section behind the others, instead of one that it had for the set.
     Section& put(Section section);

@@ -5,13 +5,25 @@ namespace {
 
 constexpr ULONGLONG biggestStream = ULONGLONG{64} << 20;
 
+/// Damage is told as such: most sizes of this kind are none.
+[[noreturn]] void refuseBig(IStream& stream, ULONGLONG size) {
+    LARGE_INTEGER last{};
+    last.QuadPart = static_cast<LONGLONG>(size - 1);
+    std::byte byte{};
+    ULONG done = 0;
+    failIf(last.QuadPart < 0, STG_E_DOCFILECORRUPT);
+    succeed(stream.Seek(last, STREAM_SEEK_SET, nullptr));
+    succeed(stream.Read(&byte, sizeof byte, &done));
+    fail(done == 0 ? STG_E_DOCFILECORRUPT : STG_E_INSUFFICIENTMEMORY);
+}
+
 }  // namespace
 
 SetStream readSets(IStream& stream) {
     STATSTG status{};
     succeed(stream.Stat(&status, STATFLAG_NONAME));
     if (status.cbSize.QuadPart == 0) return SetStream(GUID_NULL);
-    failIf(status.cbSize.QuadPart > biggestStream, STG_E_INSUFFICIENTMEMORY);
+    if (status.cbSize.QuadPart > biggestStream) refuseBig(stream, status.cbSize.QuadPart);
     succeed(stream.Seek({}, STREAM_SEEK_SET, nullptr));
     std::vector<std::byte> bytes(static_cast<std::size_t>(status.cbSize.QuadPart));
     std::size_t done = 0;

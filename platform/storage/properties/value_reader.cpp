@@ -36,6 +36,9 @@ struct Layout {
     /// Values in a vector that hold nothing are taken for a sign that the texts
     /// before are laid out in another way.
     bool isCertain = false;
+    /// A text whose last character is no zero is taken for a sign that it was
+    /// read at the wrong place. Some programs leave rubbish behind the zero.
+    bool textsEndInZero = true;
 };
 
 /// Reads one value or vector. What it fails at may be read in another way.
@@ -50,7 +53,9 @@ class Reading final : public ArrayElements {
     BSTR bstr() override {
         std::size_t const start = from_.position();
         auto text = page_.toText(textOf(sizedBytes()));
-        text.resize(text.find_last_not_of(u'\0') + 1);
+        bool const endsAtItsZero = depth_ > 0 && !layout_.textsEndInZero;
+        text.resize(endsAtItsZero ? std::min(text.find(u'\0'), text.size())
+                                  : text.find_last_not_of(u'\0') + 1);
         BSTR const made = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
         if (made == nullptr) throw std::bad_alloc();
         padText(start);
@@ -170,8 +175,8 @@ class Reading final : public ArrayElements {
     }
 
     /// The bytes of a text behind their number. In a value alone the number may
-    /// lead beyond the end; in a vector the text must end in its zero, which
-    /// tells a text that was read at the wrong place.
+    /// lead beyond the end; in a vector the text must have a zero, which tells
+    /// a text that was read at the wrong place.
     Bytes sizedBytes() {
         return endingInZero(from_.read<ULONG>(), page_.isUtf16() ? sizeof(char16_t) : 1);
     }
@@ -181,13 +186,15 @@ class Reading final : public ArrayElements {
     Bytes endingInZero(std::size_t size, std::size_t unit) {
         if (depth_ == 0) return from_.take(std::min(size, from_.left()));
         Bytes const text = from_.take(size);
-        bool const isEnded =
-            size == 0 || (size >= unit && std::ranges::all_of(text.last(unit), [](std::byte b) {
-                              return b == std::byte{};
-                          }));
+        std::size_t const units = size / unit;
+        bool isEnded = size == 0;
+        for (std::size_t i = layout_.textsEndInZero && units != 0 ? units - 1 : 0; i < units; ++i) {
+            isEnded = isEnded || std::ranges::all_of(text.subspan(i * unit, unit), isZero);
+        }
         failIf(!isEnded, malformedSet);
         return text;
     }
+    static bool isZero(std::byte b) { return b == std::byte{}; }
 
     void padText(std::size_t start) {
         if (depth_ == 0 || layout_.textsArePadded) from_.skipPadding(start);
@@ -230,7 +237,10 @@ ReadValue readEitherWay(Bytes bytes, std::size_t own, CodePage const& page) {
     Bytes const ownBytes = bytes.first(std::min(own, bytes.size()));
     if (auto made = tryRead(ownBytes, page, {true, true})) return std::move(*made);
     if (auto made = tryRead(ownBytes, page, {false, true})) return std::move(*made);
-    return read(bytes, page, {});
+    if (auto made = tryRead(bytes, page, {})) return std::move(*made);
+    if (auto made = tryRead(ownBytes, page, {true, true, false})) return std::move(*made);
+    if (auto made = tryRead(ownBytes, page, {false, true, false})) return std::move(*made);
+    return read(bytes, page, {true, false, false});
 }
 
 }  // namespace

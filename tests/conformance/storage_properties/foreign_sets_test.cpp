@@ -78,6 +78,9 @@ TEST(ForeignSets, TextsComeInTheSystemsOwnEncoding) {
     for (Paged const& paged :
          {Paged{1252, "caf\xe9", "caf\xc3\xa9"}, Paged{1251, "\xc4\xe0", "\xd0\x94\xd0\xb0"},
           Paged{1256, "\xe3", "\xd9\x85"},
+          // A mark may follow the last letter, so that converters hold it back.
+          Paged{1255, "\xe9\xe5", "\xd7\x99\xd7\x95"}, Paged{1258, "T\xe2", "T\xc3\xa2"},
+          Paged{1258, "a\xe2", "a\xc3\xa2"}, Paged{1255, "\xe5\xff", "\xd7\x95\xef\xbf\xbd"},
           Paged{932, "\x93\xfa\x96\x7b", "\xe6\x97\xa5\xe6\x9c\xac"},
           Paged{936, "\xd6\xd0", "\xe4\xb8\xad"}, Paged{10000, "\x8e", "\xc3\xa9"},
           Paged{65001, "\xe4\xb8\xad", "\xe4\xb8\xad"},
@@ -171,12 +174,52 @@ TEST(ForeignSets, WithABrokenSecondSectionShowTheFirst) {
         PropVariant read;
         EXPECT_EQ(get(openSet(root, documentSet), byId(2), read), S_OK);
         PropertySet custom;
-        EXPECT_EQ(setsOf(root)->Open(customSet, look, custom.put()), STG_E_FILENOTFOUND);
+        EXPECT_EQ(setsOf(root)->Open(customSet, look, custom.put()), STG_E_INVALIDHEADER);
+        EXPECT_EQ(setsOf(root)->Create(customSet, nullptr, 0, change, custom.put()),
+                  STG_E_FILEALREADYEXISTS);
         auto const set = openSet(root, documentSet, change);
         ASSERT_TRUE(set);
         EXPECT_EQ(put(set, byId(2), number(5)), S_OK);
         EXPECT_EQ(set->Commit(STGC_DEFAULT), S_OK);
     });
+}
+
+// Neither replaced nor destroyed, asked to or not.
+TEST(ForeignSets, StoragesWithASetsNameAreRefused) {
+    if (runningSystem() != System::ownLayer) GTEST_SKIP() << "others replace them";
+    FilePlace const place;
+    auto const root = place.create();
+    Storage inner;
+    OLECHAR const* const name = OLESTR("\5SummaryInformation");
+    ASSERT_EQ(root->CreateStorage(name, change, 0, 0, inner.put()), S_OK);
+    inner = {};
+    for (DWORD const mode : {change, change | STGM_CREATE}) {
+        PropertySet set;
+        EXPECT_EQ(setsOf(root)->Create(summarySet, nullptr, 0, mode, set.put()),
+                  STG_E_FILEALREADYEXISTS);
+    }
+    EXPECT_EQ(setsOf(root)->Delete(summarySet), STG_E_FILENOTFOUND);
+    EXPECT_EQ(root->OpenStorage(name, nullptr, look, nullptr, 0, inner.put()), S_OK);
+}
+
+// The text ends at its first zero, and the texts behind it are where its size says.
+TEST(ForeignSets, TextsInVectorsMayHaveRubbishBehindTheirZero) {
+    if (runningSystem() != System::ownLayer) GTEST_SKIP() << "others end them elsewhere";
+    std::string const rubbish = number32(VT_VECTOR | VT_LPSTR) + number32(2) + number32(8) +
+                                std::string("ab\0xyz12", 8) + number32(4) + std::string("cde\0", 4);
+    std::string const wide = number32(VT_VECTOR | VT_LPWSTR) + number32(1) + number32(4) +
+                             std::string("w\0\0\0x\0y\0", 8);
+    FilePlace const place;
+    makeFile(place,
+             header({summarySet}, {section({{1, codePage(1252)}, {6, rubbish}, {7, wide}})}));
+    auto const set = openSet(place.open(look), summarySet);
+    PropVariant read;
+    ASSERT_EQ(get(set, byId(6), read), S_OK);
+    ASSERT_EQ(read.get().calpstr.cElems, 2U);
+    EXPECT_STREQ(read.get().calpstr.pElems[0], "ab");
+    EXPECT_STREQ(read.get().calpstr.pElems[1], "cde");
+    ASSERT_EQ(get(set, byId(7), read), S_OK);
+    EXPECT_EQ(Text(read.get().calpwstr.pElems[0]), OLESTR("w"));
 }
 
 struct Damaged {
