@@ -146,6 +146,51 @@ TEST_F(Props, ValuesThatTheTypeCannotHoldChangeNothing) {
     EXPECT_EQ(put("{nonsense}", "Title", "x"), "2 ");
 }
 
+TEST_F(Props, TimesAreReadAsTheyAreWritten) {
+    struct Case {
+        char const* text;
+        char const* read;
+    };
+    Case const cases[] = {{"2024-03-05T09:07:04.045Z", "2024-03-05T09:07:04.045Z"},
+                          {"2024-03-05T09:07:04.0450001Z", "2024-03-05T09:07:04.0450001Z"},
+                          {"2024-03-05T09:07:04.5+00:00", "2024-03-05T09:07:04.5Z"},
+                          {"2024-03-05T00:07-01:30", "2024-03-05T01:37:00Z"},
+                          {"2024-01-01T00:30:00+01:00", "2023-12-31T23:30:00Z"},
+                          {"1601-01-01", "1601-01-01T00:00:00Z"},
+                          {"30827-12-31T23:59:59Z", "30827-12-31T23:59:59Z"}};
+    for (Case const& entry : cases) {
+        for (char const* text : {entry.text, entry.read}) {
+            EXPECT_EQ(put("summary", "100", text, "filetime"), "0 ") << text;
+            EXPECT_EQ(get("summary", "100"), std::string("0 ") + entry.read + "\n") << text;
+        }
+        auto const quoted = std::string("\"value\": \"") + entry.read + "\"";
+        EXPECT_NE(run({"list", "--json", file_}).find(quoted), std::string::npos) << entry.text;
+    }
+    for (char const* text :
+         {"2024-03-05T09:07:04.", "2024-03-05T09:07:04.00000001", "2024-03-05T09:07+24:00",
+          "2024-03-05T09:07+1", "1601-01-01T00:00+00:01", "024-03-05", "2024-03-05T09:07ZZ"}) {
+        EXPECT_EQ(put("summary", "100", text, "filetime"), "2 ") << text;
+    }
+}
+
+TEST_F(Props, RefusedChangesLeaveTheFileByteForByte) {
+    auto const bytes = [&] {
+        std::ifstream file(pathFromUtf8(file_), std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    auto const before = bytes();
+    std::string const longName(300, 'n');
+    for (Arguments const& change :
+         {Arguments{"set", file_, "custom", longName, "x"},
+          Arguments{"set", file_, "{8D06BE37-1234-4321-9091-929394959697}", longName, "x"},
+          Arguments{"set", file_, "media", "1", "x"}, Arguments{"set", file_, "summary", "0", "x"},
+          Arguments{"rename", file_, "summary", "99", "name"},
+          Arguments{"remove", file_, "custom", "nobody"}}) {
+        EXPECT_NE(run(change).substr(0, 2), "0 ") << change[2];
+        EXPECT_TRUE(bytes() == before) << change[0] << " " << change[2];
+    }
+}
+
 TEST_F(Props, NamesAreMadeChangedAndRemoved) {
     expectDifference(System::wine, "it does not read every dictionary of names", [&] {
         EXPECT_EQ(put("custom", "Client", "Zoe"), "0 ");
@@ -192,6 +237,39 @@ TEST_F(Props, FoldersAreSearchedAndOthersPassedOver) {
     EXPECT_NE(named.find("\"error\": \"the file is no compound file\", \"sets\": []}"),
               std::string::npos);
     EXPECT_EQ(std::ranges::count(named, '\n'), 2);
+}
+
+// A set that cannot be read is not taken for one that is missing, and the others are listed.
+TEST_F(Props, DamagedSetsAreToldAndKept) {
+    EXPECT_EQ(put("docsummary", "Company", "Us"), "0 ");
+    std::fstream file(pathFromUtf8(file_), std::ios::binary | std::ios::in | std::ios::out);
+    std::string bytes(std::istreambuf_iterator<char>(file), {});
+    GUID const summary = {
+        0xF29F85E0, 0x4FF9, 0x1068, {0xAB, 0x91, 0x08, 0x00, 0x2B, 0x27, 0xB3, 0xD9}};
+    std::string const id(reinterpret_cast<char const*>(&summary), sizeof summary);
+    ASSERT_NE(bytes.find(id), std::string::npos);
+    // The list of one set, the section's size, and the number of its properties; former states
+    // of the stream are in the file too.
+    for (auto at = bytes.find(id); at != std::string::npos; at = bytes.find(id, at + 1)) {
+        bytes.replace(at + sizeof summary + 4 + 4, 4, "\xff\xff\xff\x7f");
+    }
+    file.clear();
+    file.seekp(0);
+    file << bytes;
+    file.close();
+    expectDifference(System::wine, "it has its own view of damage", [&] {
+        auto const listed = run({"list", file_});
+        EXPECT_EQ(listed.substr(0, 2), "1 ");
+        EXPECT_NE(listed.find("Company"), std::string::npos) << listed;
+        EXPECT_NE(errors_.find("SummaryInformation: a property set cannot be opened: 0x800300FB "
+                               "(the file is damaged)"),
+                  std::string::npos)
+            << errors_;
+        EXPECT_EQ(put("summary", "Title", "x"), "1 ");
+        EXPECT_EQ(run({"remove", file_, "summary", "Title"}), "1 ");
+        std::ifstream again(pathFromUtf8(file_), std::ios::binary);
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(again), {}), bytes);
+    });
 }
 
 // So many that several threads read them.

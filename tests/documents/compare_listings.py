@@ -40,11 +40,11 @@ def listing(command, path):
 
 
 def seconds_since_1601(text):
-    """Of a time as scripts see it."""
-    match = re.fullmatch(r"(\d\d)\.(\d\d)\.(\d+) (\d\d):(\d\d):(\d\d)\.\d{3}", text)
+    """Of a time as it is listed."""
+    match = re.fullmatch(r"(\d+)-(\d\d)-(\d\d)T(\d\d):(\d\d):(\d\d)(?:\.\d{1,7})?Z", text)
     if not match:
         return None
-    day, month, year, hour, minute, second = map(int, match.groups())
+    year, month, day, hour, minute, second = map(int, match.groups())
     return int((datetime.datetime(year, month, day, hour, minute, second) -
                 datetime.datetime(1601, 1, 1)).total_seconds())
 

@@ -65,6 +65,13 @@ VARTYPE typeFor(Target const& target, PropertyAddress const& address, IPropertyS
     return property->type == VT_LPSTR && !hasNarrowTexts ? VARTYPE{VT_LPWSTR} : property->type;
 }
 
+void writeProperty(IPropertyStorage& set, PropertyAddress const& address,
+                   com::PropVariant const& value) {
+    PROPSPEC const specifier = address.specifier();
+    com::throwIfFailed(set.WriteMultiple(1, &specifier, value.address(), PID_FIRST_USABLE),
+                       "the property cannot be written");
+}
+
 int set(PropsCommand const& command) {
     Target const target(command);
     std::optional<VARTYPE> const given =
@@ -77,12 +84,14 @@ int set(PropsCommand const& command) {
     auto const address = addressOf(target.setId, properties.get(), target.key);
     VARTYPE const type = given ? *given : typeFor(target, address, properties.get());
     com::PropVariant const value(valueFromText(type, command.operands[3]));
-    // Only now that the value is one.
-    if (!properties) properties = document.setForWriting(target.setId);
-    PROPSPEC const specifier = address.specifier();
-    com::throwIfFailed(properties->WriteMultiple(1, &specifier, value.address(), PID_FIRST_USABLE),
-                       "the property cannot be written");
-    commitSet(*properties.get());
+    if (!properties) {
+        // The file gets a set only when the property is possible in it.
+        auto const trial = Document::temporary();
+        writeProperty(*trial.setForWriting(target.setId).get(), address, value);
+        properties = document.setForWriting(target.setId);
+    }
+    writeProperty(*properties.get(), address, value);
+    document.commit(*properties.get());
     return 0;
 }
 
@@ -95,7 +104,7 @@ int remove(PropsCommand const& command, std::ostream& errors) {
     if (!storedType(*properties.get(), address)) return target.isMissing(errors);
     PROPSPEC const specifier = address.specifier();
     com::throwIfFailed(properties->DeleteMultiple(1, &specifier), "the property cannot be removed");
-    commitSet(*properties.get());
+    document.commit(*properties.get());
     return 0;
 }
 
@@ -132,7 +141,7 @@ int rename(PropsCommand const& command, std::ostream& errors) {
     LPOLESTR const name = const_cast<LPOLESTR>(newName->c_str());
     com::throwIfFailed(properties->WritePropertyNames(1, &*id, &name),
                        "the property cannot be renamed");
-    commitSet(*properties.get());
+    document.commit(*properties.get());
     return 0;
 }
 

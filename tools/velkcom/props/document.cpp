@@ -17,7 +17,8 @@ namespace {
 using com::ComPtr;
 
 constexpr DWORD readingFile = STGM_DIRECT_SWMR | STGM_SHARE_DENY_NONE | STGM_READ;
-constexpr DWORD writingFile = STGM_DIRECT_SWMR | STGM_SHARE_DENY_WRITE | STGM_READWRITE;
+// What is refused half-way is never committed.
+constexpr DWORD writingFile = STGM_TRANSACTED | STGM_SHARE_DENY_WRITE | STGM_READWRITE;
 constexpr DWORD readingSet = STGM_SHARE_EXCLUSIVE | STGM_READ;
 constexpr DWORD writingSet = STGM_SHARE_EXCLUSIVE | STGM_READWRITE;
 
@@ -31,15 +32,33 @@ void check(HRESULT code, std::string const& what) {
     com::throwIfFailed(code, what.c_str());
 }
 
+ComPtr<IStorage> openFile(std::string const& path, Document::Use use) {
+    ComPtr<IStorage> storage;
+    DWORD const mode = use == Document::Use::writing ? writingFile : readingFile;
+    check(StgOpenStorage(widePath(path).c_str(), nullptr, mode, nullptr, 0, storage.put()),
+          "the file cannot be opened");
+    return storage;
+}
+
+void commitSet(IPropertyStorage& set) {
+    check(set.Commit(STGC_DEFAULT), "the change cannot be written");
+}
+
 }  // namespace
 
-Document::Document(std::string const& path, Use use) : use_(use) {
-    check(
-        StgOpenStorage(widePath(path).c_str(), nullptr,
-                       use == Use::writing ? writingFile : readingFile, nullptr, 0, storage_.put()),
-        "the file cannot be opened");
+Document::Document(std::string const& path, Use use) : Document(openFile(path, use), use) {}
+
+Document::Document(ComPtr<IStorage> storage, Use use) : storage_(std::move(storage)), use_(use) {
     sets_ = storage_.query<IPropertySetStorage>(IID_IPropertySetStorage);
     check(sets_ ? S_OK : E_NOINTERFACE, "the file has no property sets");
+}
+
+Document Document::temporary() {
+    ComPtr<IStorage> storage;
+    check(StgCreateDocfile(nullptr, writingSet | STGM_CREATE | STGM_DELETEONRELEASE, 0,
+                           storage.put()),
+          "a temporary file cannot be made");
+    return {std::move(storage), Use::writing};
 }
 
 void Document::create(std::string const& path) {
@@ -69,9 +88,15 @@ ComPtr<IPropertyStorage> Document::set(REFFMTID id) const {
 ComPtr<IPropertyStorage> Document::setForWriting(REFFMTID id) const {
     auto opened = set(id);
     if (opened) return opened;
-    check(sets_->Create(id, nullptr, PROPSETFLAG_DEFAULT, writingSet | STGM_CREATE, opened.put()),
+    // Without STGM_CREATE nothing that has the set's name is replaced.
+    check(sets_->Create(id, nullptr, PROPSETFLAG_DEFAULT, writingSet, opened.put()),
           "a property set cannot be made");
     return opened;
+}
+
+void Document::commit(IPropertyStorage& set) const {
+    commitSet(set);
+    check(storage_->Commit(STGC_DEFAULT), "the change cannot be written");
 }
 
 std::vector<FMTID> Document::sets() const {
@@ -114,10 +139,6 @@ std::optional<unsigned> codePageOf(IPropertyStorage& set) {
     bool const isThere =
         set.ReadMultiple(1, &specifier, value.put()) == S_OK && value.get().vt == VT_I2;
     return isThere ? std::optional<unsigned>(value.get().uiVal) : std::nullopt;
-}
-
-void commitSet(IPropertyStorage& set) {
-    check(set.Commit(STGC_DEFAULT), "the change cannot be written");
 }
 
 }  // namespace velk::velkcom

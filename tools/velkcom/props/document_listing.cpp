@@ -6,6 +6,7 @@
 #include "com/utf.h"
 #include "props/known_sets.h"
 #include "props/value_text.h"
+#include "result_codes.h"
 
 namespace velk::velkcom {
 namespace {
@@ -29,6 +30,11 @@ std::string idText(REFFMTID id) {
     OLECHAR text[40] = {};
     StringFromGUID2(id, text, 40);
     return com::toUtf8(text);
+}
+
+std::string setName(REFFMTID id) {
+    auto const* const known = knownSet(id);
+    return known != nullptr ? known->name : idText(id);
 }
 
 /// The property's own name, or its well-known one, or none.
@@ -80,7 +86,7 @@ void appendQuotedOrNull(std::string& out, std::optional<std::string> const& text
     }
 }
 
-/// Appends what a script sees.
+/// Appends what a script sees; times are those of valueText.
 struct JsonValue {
     std::string& out;
     PROPVARIANT const& value;
@@ -93,6 +99,10 @@ struct JsonValue {
     void operator()(std::int32_t number) const { out += std::to_string(number); }
     void operator()(bool isTrue) const { out += isTrue ? "true" : "false"; }
     void operator()(std::basic_string<OLECHAR> const& text) const {
+        if (value.vt == VT_FILETIME) {
+            auto const time = valueText(value);
+            return appendQuotedOrNull(out, time.empty() ? std::nullopt : std::optional(time));
+        }
         appendQuoted(out, com::toUtf8(text));
     }
     void operator()(com::ByteText const& text) const {
@@ -135,12 +145,20 @@ void appendSet(std::string& out, ListedSet const& set) {
 
 DocumentListing listDocument(std::string file, Document const& document) {
     DocumentListing listing{std::move(file), {}, {}};
+    auto const addError = [&](std::string const& text) {
+        listing.error += (listing.error.empty() ? "" : "; ") + text;
+    };
     try {
         for (FMTID const& id : document.sets()) {
-            if (auto const set = document.set(id)) listing.sets.push_back(listSet(id, *set.get()));
+            try {
+                auto const set = document.set(id);
+                if (set) listing.sets.push_back(listSet(id, *set.get()));
+            } catch (com::Error const& error) {
+                addError(setName(id) + ": " + withMeaning(error));
+            }
         }
     } catch (com::Error const& error) {
-        listing.error = error.what();
+        addError(withMeaning(error));
     }
     return listing;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <deque>
 #include <future>
+#include <iterator>
 #include <optional>
 #include <span>
 #include <thread>
@@ -31,17 +32,38 @@ constexpr std::size_t startsOfEach = 8;
 struct Candidate {
     std::string path;
     bool isFromFolder = false;
+    /// Why a folder cannot be searched.
+    std::string failure;
 };
 
-void addFolder(fs::path const& folder, std::vector<Candidate>& found) {
-    std::vector<std::string> files;
-    auto const options = fs::directory_options::skip_permission_denied;
-    for (auto const& entry : fs::recursive_directory_iterator(folder, options)) {
-        std::error_code error;
-        if (entry.is_regular_file(error)) files.push_back(pathToUtf8(entry.path()));
+/// Adds the files of a folder and the folders in it. What fails at one place
+/// is reported as that place, and the search goes on at the others.
+void searchFolder(fs::path const& folder, std::vector<Candidate>& found,
+                  std::vector<fs::path>& inner) {
+    std::error_code error;
+    fs::directory_iterator entry(folder, fs::directory_options::skip_permission_denied, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        std::error_code unknown;
+        bool const isLink = entry->is_symlink(unknown);
+        if (entry->is_regular_file(unknown)) found.push_back({pathToUtf8(entry->path()), true, {}});
+        if (!isLink && entry->is_directory(unknown)) inner.push_back(entry->path());
     }
-    std::ranges::sort(files);
-    for (auto& file : files) found.push_back({std::move(file), true});
+    if (error) {
+        found.push_back(
+            {pathToUtf8(folder), true, "the folder cannot be read: " + error.message()});
+    }
+}
+
+void addFolder(fs::path const& folder, std::vector<Candidate>& found) {
+    std::vector<Candidate> files;
+    std::vector<fs::path> folders{folder};
+    while (!folders.empty()) {
+        auto const next = std::move(folders.back());
+        folders.pop_back();
+        searchFolder(next, files, folders);
+    }
+    std::ranges::sort(files, {}, &Candidate::path);
+    std::ranges::move(files, std::back_inserter(found));
 }
 
 std::vector<Candidate> candidates(std::vector<std::string> const& paths) {
@@ -52,7 +74,7 @@ std::vector<Candidate> candidates(std::vector<std::string> const& paths) {
         if (fs::is_directory(path, error)) {
             addFolder(path, found);
         } else {
-            found.push_back({operand, false});
+            found.push_back({operand, false, {}});
         }
     }
     return found;
@@ -60,6 +82,9 @@ std::vector<Candidate> candidates(std::vector<std::string> const& paths) {
 
 /// Nothing for a file in a folder that is no document.
 std::optional<DocumentListing> listCandidate(Candidate const& candidate) {
+    if (!candidate.failure.empty()) {
+        return DocumentListing{candidate.path, candidate.failure, {}};
+    }
     try {
         if (auto const document = openCompoundFile(candidate.path)) {
             return listDocument(candidate.path, *document);

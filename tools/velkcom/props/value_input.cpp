@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <charconv>
 #include <limits>
 
@@ -45,16 +46,22 @@ class TimeReader {
   public:
     explicit TimeReader(std::string_view text) : left_(text) {}
 
+    /// How many digits stand next.
+    std::size_t digitsAhead() const {
+        return std::min(left_.find_first_not_of("0123456789"), left_.size());
+    }
     /// A number of so many digits.
-    WORD digits(std::size_t count) {
+    ULONG digits(std::size_t count) {
         unsigned value = 0;
         auto const part = left_.substr(0, count);
         auto const [end, error] = std::from_chars(part.data(), part.data() + part.size(), value);
         isTime_ = isTime_ && error == std::errc() && part.size() == count &&
                   end == part.data() + part.size();
         left_.remove_prefix(part.size());
-        return static_cast<WORD>(value);
+        return value;
     }
+    WORD twoDigits() { return static_cast<WORD>(digits(2)); }
+    void need(bool condition) { isTime_ = isTime_ && condition; }
     bool take(char character) {
         bool const isThere = left_.starts_with(character);
         if (isThere) left_.remove_prefix(1);
@@ -68,27 +75,56 @@ class TimeReader {
     bool isTime_ = true;
 };
 
+/// Up to seven digits behind the point, in ticks of 100 nanoseconds.
+LONGLONG fraction(TimeReader& reader) {
+    constexpr std::size_t most = 7;
+    auto const count = reader.digitsAhead();
+    reader.need(count >= 1 && count <= most);
+    LONGLONG ticks = reader.digits(std::min(count, most));
+    for (auto i = count; i < most; ++i) ticks *= 10;
+    return ticks;
+}
+
+/// How far the time is ahead of UTC, in ticks.
+LONGLONG offset(TimeReader& reader) {
+    constexpr LONGLONG ticksPerMinute = 60 * 10'000'000LL;
+    if (reader.take('Z')) return 0;
+    bool const isBehind = reader.take('-');
+    if (!isBehind && !reader.take('+')) return 0;
+    LONGLONG const hours = reader.twoDigits();
+    reader.need(':');
+    LONGLONG const minutes = reader.twoDigits();
+    reader.need(hours < 24 && minutes < 60);
+    return (isBehind ? -1 : 1) * (hours * 60 + minutes) * ticksPerMinute;
+}
+
 FILETIME time(std::string const& text) {
     TimeReader reader(text);
     SYSTEMTIME split{};
-    split.wYear = reader.digits(4);
+    // The last of times have a year of five digits.
+    split.wYear = static_cast<WORD>(reader.digits(reader.digitsAhead() == 5 ? 5 : 4));
     reader.need('-');
-    split.wMonth = reader.digits(2);
+    split.wMonth = reader.twoDigits();
     reader.need('-');
-    split.wDay = reader.digits(2);
+    split.wDay = reader.twoDigits();
+    LONGLONG ticks = 0;
     if (reader.take('T') || reader.take(' ')) {
-        split.wHour = reader.digits(2);
+        split.wHour = reader.twoDigits();
         reader.need(':');
-        split.wMinute = reader.digits(2);
-        if (reader.take(':')) split.wSecond = reader.digits(2);
-        if (reader.take('.')) split.wMilliseconds = reader.digits(3);
+        split.wMinute = reader.twoDigits();
+        if (reader.take(':')) split.wSecond = reader.twoDigits();
+        if (reader.take('.')) ticks = fraction(reader);
     }
-    reader.take('Z');
+    ticks -= offset(reader);
     FILETIME value{};
     if (!reader.isTimeToTheEnd() || !SystemTimeToFileTime(&split, &value)) {
         refuse(VT_FILETIME, text);
     }
-    return value;
+    ticks += static_cast<LONGLONG>((ULONGLONG{value.dwHighDateTime} << 32) + value.dwLowDateTime);
+    FILETIME const moved{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+    // Beyond either end there is no time.
+    if (ticks < 0 || !FileTimeToSystemTime(&moved, &split)) refuse(VT_FILETIME, text);
+    return moved;
 }
 
 template <typename Character>

@@ -50,6 +50,8 @@ constexpr TypeName typeNames[] = {{VT_EMPTY, "VT_EMPTY"},
                                   {VT_CLSID, "VT_CLSID"},
                                   {VT_VERSIONED_STREAM, "VT_VERSIONED_STREAM"}};
 
+constexpr ULONGLONG ticksPerSecond = 10'000'000;
+
 std::string numberText(double value) {
     std::array<char, 32> text;
     auto const end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
@@ -137,6 +139,31 @@ std::string otherText(PROPVARIANT const& value) {
     }
 }
 
+void appendDigits(std::string& text, ULONGLONG number, std::size_t least, char behind = 0) {
+    auto const digits = std::to_string(number);
+    text.append(least > digits.size() ? least - digits.size() : 0, '0') += digits;
+    if (behind != 0) text += behind;
+}
+
+std::string timeText(FILETIME const& time) {
+    SYSTEMTIME utc{};
+    if (!FileTimeToSystemTime(&time, &utc)) return {};
+    std::string text;
+    appendDigits(text, utc.wYear, 4, '-');
+    appendDigits(text, utc.wMonth, 2, '-');
+    appendDigits(text, utc.wDay, 2, 'T');
+    appendDigits(text, utc.wHour, 2, ':');
+    appendDigits(text, utc.wMinute, 2, ':');
+    appendDigits(text, utc.wSecond, 2);
+    auto const ticks = (ULONGLONG{time.dwHighDateTime} << 32) + time.dwLowDateTime;
+    if (ticks % ticksPerSecond != 0) {
+        text += '.';
+        appendDigits(text, ticks % ticksPerSecond, 7);
+        text.resize(text.find_last_not_of('0') + 1);
+    }
+    return text + 'Z';
+}
+
 struct TextOfScriptValue {
     PROPVARIANT const& value;
 
@@ -145,6 +172,7 @@ struct TextOfScriptValue {
     std::string operator()(double number) const { return numberText(number); }
     std::string operator()(bool isTrue) const { return isTrue ? "true" : "false"; }
     std::string operator()(std::basic_string<OLECHAR> const& text) const {
+        if (value.vt == VT_FILETIME) return timeText(value.filetime);
         return com::toUtf8(text);
     }
     std::string operator()(com::ByteText const& text) const { return byteText(text.bytes.c_str()); }
