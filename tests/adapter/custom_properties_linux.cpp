@@ -1,5 +1,7 @@
 #include <cstring>
 
+#include "com/owners.h"
+
 #include "support/document.h"
 #include "support/script_test.h"
 
@@ -118,6 +120,41 @@ TEST_F(CustomProperties, RenamedOnesBecomeText) {
     EXPECT_EQ(storedType(u"Number"), VT_LPWSTR);
     EXPECT_EQ(storedType(u"Count"), VT_EMPTY);
     EXPECT_EQ(callHost(custom().iface(), "Count", mzCallPropertyGet).text(), "ok integer 1");
+}
+
+// No value is lost: what cannot be renamed stays, here and in the file.
+TEST_F(CustomProperties, KeysThatCannotBeSetChangeNothing) {
+    put(u"Count", numberValue(VT_I4, 42));
+    put(u"Other", numberValue(VT_I4, 7));
+    auto const dictionary = custom();
+    put(u"Later", numberValue(VT_I4, 8));
+    char const* const refused = "setKey: Failed to write property to source file!";
+    struct Case {
+        char const* key;
+        char const* newKey;
+        char const* outcome;
+    };
+    for (Case const& entry :
+         {Case{"Count", "Count", "ok object"}, Case{"Count", "OTHER", refused},
+          Case{"Count", "later", refused}, Case{"nobody", "Other", refused},
+          Case{"nobody", "new", refused}, Case{"Count", "COUNT", "ok object"}}) {
+        auto const outcome =
+            callHost(dictionary.iface(), "Key", mzCallPropertyPut, {entry.key, entry.newKey});
+        EXPECT_EQ(outcome.text(), entry.outcome) << entry.key << " " << entry.newKey;
+        EXPECT_EQ(callHost(dictionary.iface(), "Item", mzCallPropertyGet, {"Count"}).text(),
+                  "ok integer 42");
+        EXPECT_EQ(callHost(dictionary.iface(), "Count", mzCallPropertyGet).text(), "ok integer 2");
+        EXPECT_EQ(item("Count"), "ok integer 42") << entry.key << " " << entry.newKey;
+        EXPECT_EQ(item("Other"), "ok integer 7") << entry.key << " " << entry.newKey;
+        EXPECT_EQ(item("Later"), "ok integer 8") << entry.key << " " << entry.newKey;
+    }
+    auto const set = document_->set(customSet);
+    velk::com::ComPtr<IEnumSTATPROPSTG> all;
+    ASSERT_EQ(set->Enum(all.put()), S_OK);
+    STATPROPSTG first{};
+    ASSERT_EQ(all->Next(1, &first, nullptr), S_OK);
+    velk::com::TaskMemory const name(first.lpwstrName);
+    EXPECT_EQ(std::u16string(first.lpwstrName), u"COUNT");
 }
 
 TEST_F(CustomProperties, RemovedOnesAreGone) {

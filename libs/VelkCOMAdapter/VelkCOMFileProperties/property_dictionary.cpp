@@ -27,6 +27,51 @@ PROPSPEC namedProperty(mzComStringC const& name) {
     return specifier;
 }
 
+bool isSameKey(QString const& one, QString const& other) {
+    return one.compare(other, Qt::CaseInsensitive) == 0;
+}
+
+/// Whether the file has a property of the name, readable or not.
+bool hasProperty(PropertySetFile const& file, mzComStringC const& name) {
+    PROPSPEC const property = namedProperty(name);
+    com::PropVariant value;
+    return file.properties().ReadMultiple(1, &property, value.put()) != S_FALSE;
+}
+
+/// Gives a property another spelling of its name, and leaves its value.
+/// Result: null, or what to tell of the failure.
+char const* respell(PropertySetFile& file, mzComStringC const& key, mzComStringC const& newKey) {
+    IEnumSTATPROPSTG* const entries = file.enumerate();
+    com::StoredProperty property;
+    while (entries != nullptr &&
+           com::readNextProperty(*entries, file.properties(), property) == S_OK) {
+        if (!property.name || !isSameKey(mzComStringC(property.name->c_str()), key)) continue;
+        auto* const name = const_cast<LPOLESTR>(newKey.oleText());
+        bool const isRenamed =
+            SUCCEEDED(file.properties().WritePropertyNames(1, &property.id, &name));
+        return isRenamed && file.commit() ? nullptr : writeMessage;
+    }
+    return writeMessage;
+}
+
+/// Writes a property as text under a new name and deletes the former one, both
+/// or neither. Result as above.
+char const* replace(PropertySetFile& file, mzComStringC const& key, mzComStringC const& newKey,
+                    mzComStringC const& text) {
+    com::PropVariant content;
+    if (!hostToPropVariant(text, content)) return writeMessage;
+    PROPSPEC const made = namedProperty(newKey);
+    HRESULT const written =
+        file.properties().WriteMultiple(1, &made, content.address(), PID_FIRST_USABLE);
+    if (FAILED(written)) return writeMessage;
+    PROPSPEC const former = namedProperty(key);
+    if (FAILED(file.properties().DeleteMultiple(1, &former))) {
+        file.revert();
+        return removeMessage;
+    }
+    return file.commit() ? nullptr : writeMessage;
+}
+
 }  // namespace
 
 prxFilePropDictionaryObjC::prxFilePropDictionaryObjC() {
@@ -84,7 +129,10 @@ bool prxFilePropDictionaryObjC::deleteAllProperties() const {
         PROPSPEC property{};
         property.ulKind = PRSPEC_PROPID;
         property.propid = entry.propid;
-        if (FAILED(file.properties().DeleteMultiple(1, &property))) return false;
+        if (FAILED(file.properties().DeleteMultiple(1, &property))) {
+            file.revert();
+            return false;
+        }
     }
     return file.commit();
 }
@@ -132,12 +180,26 @@ mzComPtrT<mzIUnknown> prxFilePropDictionaryObjC::setItemInFile(mzComStringC cons
 mzComPtrT<mzIUnknown> prxFilePropDictionaryObjC::setKeyInFile(mzComStringC const& key,
                                                               mzComStringC const& newKey) {
     constexpr char const* operation = "setKey";
+    if (readOnly_) setKey(key, newKey);
+    refuseWhenReadOnly(operation);
+    if (!exists(key)) throwExecuteException(writeMessage, operation, 1);
+    if (key == newKey) return getIUnknown();
+    bool const isRespelled = isSameKey(key, newKey);
+    if (!isRespelled && exists(newKey)) throwExecuteException(writeMessage, operation, 1);
     mzComStringC text;
     getItem(key).get(text);
-    mzComPtrT<mzIUnknown> result = setKey(key, newKey);
-    refuseWhenReadOnly(operation);
-    if (!writeProperty(newKey, text)) throwExecuteException(writeMessage, operation, 1);
-    if (!deleteProperty(key)) throwExecuteException(removeMessage, operation, 1);
+    char const* failure = writeMessage;
+    mzComPtrT<mzIUnknown> result;
+    {
+        PropertySetFile file;
+        bool const isOpen = file.open(path_, formatId_, PropertySetUse::writing);
+        bool const isTaken = isOpen && !isRespelled && hasProperty(file, newKey);
+        if (!isTaken) result = setKey(key, newKey);
+        if (isOpen && !isTaken) {
+            failure = isRespelled ? respell(file, key, newKey) : replace(file, key, newKey, text);
+        }
+    }
+    if (failure != nullptr) throwExecuteException(failure, operation, 1);
     return result;
 }
 

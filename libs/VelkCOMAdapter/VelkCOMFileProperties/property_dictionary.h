@@ -38,7 +38,9 @@ class prxFilePropDictionaryObjC : public prxDictionaryObjC {
     int RemoveAll();
     /// Sets a property's value, or adds the property; the dictionary.
     mzComPtrT<mzIUnknown> setItemInFile(mzComStringC const& key, mzComVariantC const& item);
-    /// Renames a property, whose value becomes text; the dictionary.
+    /// Renames a property, whose value becomes text; in another spelling of
+    /// its own name it keeps the value. A key that is not there, and a new one
+    /// that is, are refused and change nothing. Result: the dictionary.
     mzComPtrT<mzIUnknown> setKeyInFile(mzComStringC const& key, mzComStringC const& newKey);
 
     proxyMemberDescListS const* getProxyTypeInfo() override { return getStaticProxyTypeInfo(); }

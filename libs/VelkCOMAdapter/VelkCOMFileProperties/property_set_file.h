@@ -35,6 +35,10 @@ class PropertySetFile {
     /// The open set; only after `open` returned true.
     IPropertyStorage& properties() const { return *propertyStorage_; }
 
+    /// Forgets the changes since the last commit, which the end of this would
+    /// make lasting otherwise.
+    void revert() { static_cast<void>(propertyStorage_->Revert()); }
+
     /// Makes the changes lasting.
     bool commit() { return SUCCEEDED(propertyStorage_->Commit(STGC_DEFAULT)); }
 
