@@ -184,6 +184,21 @@ TEST(ForeignSets, WithABrokenSecondSectionShowTheFirst) {
     });
 }
 
+// Reading tells of it, and making the lacking set would take the other with it.
+TEST(ForeignSets, StreamsWithTheCustomSectionAloneAreKept) {
+    if (runningSystem() != System::ownLayer) GTEST_SKIP() << "others replace them";
+    FilePlace const place;
+    makeFile(place, header({customSet}, {section({{1, codePage(1252)}, {2, text("kept")}})}),
+             OLESTR("\5DocumentSummaryInformation"));
+    auto const root = place.open();
+    PropertySet set;
+    EXPECT_EQ(setsOf(root)->Open(documentSet, look, set.put()), STG_E_INVALIDHEADER);
+    EXPECT_EQ(setsOf(root)->Create(documentSet, nullptr, 0, change, set.put()),
+              STG_E_FILEALREADYEXISTS);
+    PropVariant read;
+    EXPECT_EQ(get(openSet(root, customSet), byId(2), read), S_OK);
+}
+
 // Neither replaced nor destroyed, asked to or not.
 TEST(ForeignSets, StoragesWithASetsNameAreRefused) {
     if (runningSystem() != System::ownLayer) GTEST_SKIP() << "others replace them";
