@@ -6,8 +6,9 @@ compare_listings.py --wine RUN_WINE VELKCOM
 
 The folder $VELK_DOCUMENTS holds documents, and in its folder "expected" for each of them the
 properties that olefile (NAME.olefile.json) and libgsf (NAME.gsf.txt) read.
-Where these decode a value of a kind that scripts see, ours must be the same, but for the
-differences of Wine's own property sets, which wine_differences.tsv lists.
+Where these decode a value of a kind that scripts see, ours must be the same, and so must be the
+ids, types and numbers that stand in the sets' bytes. The differences are explained one by one in
+differences.tsv, those of Wine's own property sets in wine_differences.tsv.
 """
 import datetime
 import json
@@ -16,6 +17,11 @@ import pathlib
 import re
 import subprocess
 import sys
+
+try:
+    from property_bytes import property_sets
+except ImportError:
+    property_sets = None
 
 # What CTest takes as skipped.
 SKIPPED = 77
@@ -128,7 +134,33 @@ def compare_with_gsf(name, ours, text, comparison):
                        want.decode("utf-8", "replace"))
 
 
-def compare_all(folder, command, path_of):
+def value_in_bytes(kind, value):
+    """A number as it is listed; None for what is listed in another form."""
+    if value is None or kind in (19, 64):
+        return None
+    return value != 0 if kind == 11 else value
+
+
+def compare_with_bytes(name, ours, path, comparison):
+    for stream, identifier, properties in property_sets(path):
+        place = (name, stream.lstrip("\x05"), str(identifier))
+        if properties is None:
+            comparison.add(place, "a set", None)
+            continue
+        listed = next((s for s in ours["sets"]
+                       if s["formatId"].strip("{}").lower() == str(identifier)), None)
+        if listed is None:
+            comparison.add(place, None, "a set")
+            continue
+        got = {p["id"]: p["value"] for p in listed["properties"]}
+        want = {key: value_in_bytes(*typed) for key, typed in properties.items()}
+        comparison.add(place, sorted(got), sorted(want))
+        for key in got.keys() & want.keys():
+            if want[key] is not None:
+                comparison.add((*place[:2], f"{identifier} {key}"), got[key], want[key])
+
+
+def compare_all(folder, command, path_of, with_bytes):
     comparison = Comparison()
     documents = 0
     for expected in sorted((folder / "expected").glob("*.gsf.txt")):
@@ -142,14 +174,16 @@ def compare_all(folder, command, path_of):
         if olefile.exists():
             compare_with_olefile(name, ours, json.loads(olefile.read_text()), comparison)
         compare_with_gsf(name, ours, expected.read_text(errors="replace"), comparison)
+        if with_bytes:
+            compare_with_bytes(name, ours, folder / name, comparison)
     print(f"{documents} documents, {comparison.same} values are the same")
     if documents == 0 or comparison.same == 0:
         raise SystemExit("nothing was compared")
     return comparison.differences
 
 
-def known_differences():
-    lines = (pathlib.Path(__file__).parent / "wine_differences.tsv").read_text().splitlines()
+def known_differences(name):
+    lines = (pathlib.Path(__file__).parent / name).read_text().splitlines()
     return {tuple(line.split("\t")[:3]) for line in lines if line}
 
 
@@ -162,8 +196,14 @@ def main(arguments):
         print("skipped: VELK_DOCUMENTS names no folder of documents")
         sys.exit(SKIPPED)
     path_of = (lambda path: "Z:" + str(path).replace("/", "\\")) if on_wine else str
-    differences = compare_all(pathlib.Path(os.environ["VELK_DOCUMENTS"]), command, path_of)
-    known = known_differences() if on_wine else set()
+    with_bytes = not on_wine and property_sets is not None
+    if not with_bytes and not on_wine:
+        print("without the bytes: python3-olefile is not installed")
+    differences = compare_all(pathlib.Path(os.environ["VELK_DOCUMENTS"]), command, path_of,
+                              with_bytes)
+    known = known_differences("wine_differences.tsv") if on_wine else set()
+    if with_bytes:
+        known = known_differences("differences.tsv")
     for place in sorted(differences.keys() - known):
         print(*place, differences[place], sep="\t")
     for place in sorted(known - differences.keys()):
