@@ -3,13 +3,27 @@
 #include <iomanip>
 #include <stdexcept>
 
+namespace {
+
+/// The library has renamed what tells of a failed run.
+template <typename Run>
+void throwIfFailed(Run const& run) {
+    if constexpr (requires { run.error_occurred; }) {
+        if (run.error_occurred) throw std::runtime_error(run.error_message);
+    } else {
+        if (run.skipped != 0) throw std::runtime_error(run.skip_message);
+    }
+}
+
+}  // namespace
+
 bool MedianCollector::ReportContext(Context const&) {
     return true;
 }
 
 void MedianCollector::ReportRuns(std::vector<Run> const& runs) {
     for (auto const& run : runs) {
-        if (run.error_occurred) throw std::runtime_error(run.error_message);
+        throwIfFailed(run);
         if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median") {
             medians_[run.run_name.function_name] = run.GetAdjustedRealTime();
         }

@@ -86,8 +86,7 @@ HRESULT readNextProperty(IEnumSTATPROPSTG& from, IPropertyStorage& set, StoredPr
         PropVariant value;
         if (FAILED(set.ReadMultiple(1, &specifier, value.address()))) continue;
         out.id = entry.propid;
-        out.name.reset();
-        if (name.get() != nullptr) out.name.emplace(taskText(name));
+        out.name = name.get() != nullptr ? std::optional(taskText(name)) : std::nullopt;
         out.type = entry.vt;
         out.value = std::move(value);
         return S_OK;

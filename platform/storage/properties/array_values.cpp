@@ -1,5 +1,6 @@
 #include "platform/storage/properties/array_values.h"
 
+#include <algorithm>
 #include <array>
 #include <limits>
 #include <memory>

@@ -1,4 +1,5 @@
 /// Names of modules and files as this system has them.
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <fstream>

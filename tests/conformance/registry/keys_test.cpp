@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "conformance/registry/test_key.h"
 
 namespace {

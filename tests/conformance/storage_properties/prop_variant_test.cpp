@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 
 #include "conformance/storage_properties/property_set_file.h"

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "conformance/storage_properties/property_set_file.h"
 #include "support/expected_difference.h"
 

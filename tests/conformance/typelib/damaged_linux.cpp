@@ -1,6 +1,7 @@
 // Libraries that are cut short or changed load with an error or not at all.
 // That is a promise of our layer: others may end the process instead.
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
