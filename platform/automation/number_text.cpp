@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <string_view>
 
 #include "text_characters.h"
 
@@ -130,13 +131,33 @@ HRESULT exactOf(double value, int digits, ExactNumber& number) noexcept {
     return result;
 }
 
+namespace {
+
+/// How many places a number with an exponent is written with instead: what is
+/// small enough for no more places than it may have digits. 0 for no other.
+int placesOf(std::string_view mantissa, std::string_view exponent, int digits) {
+    if (exponent.front() != '-') return 0;
+    int first = 0;
+    std::from_chars(exponent.data() + 1, exponent.data() + exponent.size(), first);
+    auto const point = std::min(mantissa.find('.'), mantissa.size() - 1);
+    int const places = first + static_cast<int>(mantissa.size() - 1 - point);
+    return first < digits && places <= digits ? places : 0;
+}
+
+}  // namespace
+
 std::string textOf(double value, int digits) {
     if (!std::isfinite(value)) return notFiniteText(value);
     if (value == 0) return "0";
     char text[40];
-    char* const end =
-        std::to_chars(text, std::end(text), value, std::chars_format::general, digits).ptr;
-    std::replace(text, end, 'e', 'E');
+    char* end = std::to_chars(text, std::end(text), value, std::chars_format::general, digits).ptr;
+    char* const mark = std::find(text, end, 'e');
+    if (mark == end) return std::string(text, end);
+    if (int const places = placesOf({text, mark}, {mark + 1, end}, digits); places != 0) {
+        end = std::to_chars(text, std::end(text), value, std::chars_format::fixed, places).ptr;
+        return std::string(text, end);
+    }
+    *mark = 'E';
     return std::string(text, end);
 }
 

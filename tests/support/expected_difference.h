@@ -6,11 +6,21 @@
 
 namespace velk::test {
 
-/// Who answers the published functions in this process.
-enum class System { ownLayer, wine, windows };
+/// Who answers the published functions in this process. `wine` stands for its
+/// versions before 10, `wine8`, and from 10 on, `wine10`.
+enum class System : unsigned {
+    ownLayer = 1,
+    wine8 = 2,
+    wine10 = 4,
+    wine = wine8 | wine10,
+    windows = 8
+};
 
-/// The system that this process runs on.
+/// The system that this process runs on: one of them, never `wine`.
 System runningSystem() noexcept;
+
+/// Whether it is that one, or one of those that it stands for.
+bool runsOn(System system) noexcept;
 
 /// Runs `assertions`, of which `system` is known to fail at least one.
 ///

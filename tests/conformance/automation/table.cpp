@@ -1,5 +1,7 @@
 #include "table.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "support/expected_difference.h"
@@ -36,14 +38,23 @@ std::size_t forEachRow(std::string_view table, std::function<void(Row const&)> c
 }
 
 void expectCell(std::string expected, std::string const& actual, std::string const& what) {
-    bool const marked = expected.starts_with('~');
-    if (marked) expected.erase(0, 1);
+    struct Mark {
+        char const* text;
+        System system;
+    };
+    // The longer ones first.
+    constexpr Mark marks[] = {
+        {"~8:", System::wine8}, {"~10:", System::wine10}, {"~", System::wine}};
+    auto const* const marked = std::ranges::find_if(
+        marks, [&](Mark const& mark) { return expected.starts_with(mark.text); });
+    bool const isMarked = marked != std::end(marks);
+    if (isMarked) expected.erase(0, std::string_view(marked->text).size());
     if (expected == ".") expected = "mismatch";
     if (expected == "^") expected = "overflow";
     if (expected == "''") expected.clear();
     auto const compare = [&] { EXPECT_EQ(actual, expected) << what; };
-    if (marked) {
-        expectDifference(System::wine, what, compare);
+    if (isMarked) {
+        expectDifference(marked->system, what, compare);
     } else {
         compare();
     }

@@ -16,7 +16,8 @@ using Row = std::vector<std::string>;
 std::size_t forEachRow(std::string_view table, std::function<void(Row const&)> const& check);
 
 /// Compares a result with a cell. A '~' before the expectation marks one that
-/// Wine does not meet. '.' stands for "mismatch", '^' for "overflow" and ''
+/// Wine does not meet, "~8:" and "~10:" one that only its versions before or
+/// from 10 on do not. '.' stands for "mismatch", '^' for "overflow" and ''
 /// for an empty text.
 void expectCell(std::string expected, std::string const& actual, std::string const& what);
 

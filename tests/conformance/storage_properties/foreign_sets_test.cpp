@@ -74,7 +74,7 @@ struct Paged {
 };
 
 TEST(ForeignSets, TextsComeInTheSystemsOwnEncoding) {
-    if (runningSystem() != System::ownLayer) GTEST_SKIP() << "its own encoding is another one";
+    if (!runsOn(System::ownLayer)) GTEST_SKIP() << "its own encoding is another one";
     for (Paged const& paged :
          {Paged{1252, "caf\xe9", "caf\xc3\xa9"}, Paged{1251, "\xc4\xe0", "\xd0\x94\xd0\xb0"},
           Paged{1256, "\xe3", "\xd9\x85"},
@@ -104,7 +104,7 @@ TEST(ForeignSets, WithoutACodePageAreWestern) {
     auto const set = openSet(place.open(look), summarySet);
     PropVariant read;
     ASSERT_EQ(get(set, byId(2), read), S_OK);
-    if (runningSystem() == System::ownLayer) {
+    if (runsOn(System::ownLayer)) {
         EXPECT_STREQ(read.get().pszVal, "caf\xc3\xa9");
     }
     EXPECT_EQ(get(set, byId(3), read), S_FALSE);
@@ -186,7 +186,7 @@ TEST(ForeignSets, WithABrokenSecondSectionShowTheFirst) {
 
 // Reading tells of it, and making the lacking set would take the other with it.
 TEST(ForeignSets, StreamsWithTheCustomSectionAloneAreKept) {
-    if (runningSystem() != System::ownLayer) GTEST_SKIP() << "others replace them";
+    if (!runsOn(System::ownLayer)) GTEST_SKIP() << "others replace them";
     FilePlace const place;
     makeFile(place, header({customSet}, {section({{1, codePage(1252)}, {2, text("kept")}})}),
              OLESTR("\5DocumentSummaryInformation"));
@@ -201,7 +201,7 @@ TEST(ForeignSets, StreamsWithTheCustomSectionAloneAreKept) {
 
 // Neither replaced nor destroyed, asked to or not.
 TEST(ForeignSets, StoragesWithASetsNameAreRefused) {
-    if (runningSystem() != System::ownLayer) GTEST_SKIP() << "others replace them";
+    if (!runsOn(System::ownLayer)) GTEST_SKIP() << "others replace them";
     FilePlace const place;
     auto const root = place.create();
     Storage inner;
@@ -219,7 +219,7 @@ TEST(ForeignSets, StoragesWithASetsNameAreRefused) {
 
 // The text ends at its first zero, and the texts behind it are where its size says.
 TEST(ForeignSets, TextsInVectorsMayHaveRubbishBehindTheirZero) {
-    if (runningSystem() != System::ownLayer) GTEST_SKIP() << "others end them elsewhere";
+    if (!runsOn(System::ownLayer)) GTEST_SKIP() << "others end them elsewhere";
     std::string const rubbish = number32(VT_VECTOR | VT_LPSTR) + number32(2) + number32(8) +
                                 std::string("ab\0xyz12", 8) + number32(4) + std::string("cde\0", 4);
     std::string const wide = number32(VT_VECTOR | VT_LPWSTR) + number32(1) + number32(4) +
@@ -243,7 +243,7 @@ struct Damaged {
 };
 
 TEST(ForeignSets, DamagedOnesFailCleanly) {
-    if (runningSystem() == System::wine) GTEST_SKIP() << "it may read behind the end";
+    if (runsOn(System::wine)) GTEST_SKIP() << "it may read behind the end";
     std::string const good = header({summarySet}, {section({{1, codePage(1252)}, {2, text("x")}})});
     auto const with = [&](std::size_t offset, std::string const& bytes) {
         return std::string(good).replace(offset, bytes.size(), bytes);

@@ -95,7 +95,7 @@ TEST(PropertyNames, AreGivenAndTakenAway) {
 }
 
 TEST(PropertyNames, ThatMakeNoSenseAreRefused) {
-    if (runningSystem() == System::wine) GTEST_SKIP() << "it ends the process at some";
+    if (runsOn(System::wine)) GTEST_SKIP() << "it ends the process at some";
     FilePlace const place;
     auto const root = place.create();
     auto const set = createSet(root, ownSet);
