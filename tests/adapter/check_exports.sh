@@ -11,7 +11,7 @@ convertMZCOMIDispatch2MSCOMIDispatch"
 case $1 in
 *.dll)
     found=$(x86_64-w64-mingw32-objdump -p "$1" |
-        sed -n '/Ordinal\/Name Pointer/,/^$/s/^[[:space:]]*\[ *[0-9][^]]*\] //p')
+        sed -n '/Ordinal\/Name Pointer/,/^$/s/^[[:space:]]*\[ *[0-9].* //p')
     ;;
 *) found=$(nm -D --defined-only "$1" | awk '{ print $NF }') ;;
 esac

@@ -36,7 +36,7 @@ class Records : public ScriptTest {
 };
 
 TEST_F(Records, FieldsAreReadAndWritten) {
-    expectDifference(System::wine, "IRecordInfo::PutField is not implemented", [this] {
+    expectDifference(System::wine8, "IRecordInfo::PutField is not implemented", [this] {
         auto const point = make("Point");
         EXPECT_EQ(callText(point, "", {"x"}), "ok integer 0");
         EXPECT_EQ(put(point, "x", 3), "ok empty");
@@ -162,7 +162,7 @@ TEST_F(Records, ChangedByReference) {
 }
 
 TEST_F(Records, OutliveTheirLibrary) {
-    expectDifference(System::wine, "IRecordInfo::PutField is not implemented", [this] {
+    expectDifference(System::wine8, "IRecordInfo::PutField is not implemented", [this] {
         auto const point = make("Point");
         put(point, "x", 3);
         object_.detach();

@@ -267,7 +267,7 @@ TEST(Invoke, GathersVariableArguments) {
     EXPECT_EQ(call.recorder.firstValue, 11);
     std::vector<VARIANT> const lists[] = {{}, {integer(12), integer(13), integer(14)}};
     for (auto const& list : lists) {
-        expectDifference(System::wine, "a variable list takes exactly one argument", [&] {
+        expectDifference(System::wine8, "a variable list takes exactly one argument", [&] {
             ASSERT_EQ(call.run(3, DISPATCH_METHOD, list), S_OK);
             EXPECT_EQ(call.result.lVal, static_cast<LONG>(list.size()));
         });
