@@ -114,7 +114,7 @@ void Header::setDifatChain(SectorId first, std::uint32_t sectors) {
 
 std::vector<SectorId> readSectorIds(Bytes bytes) {
     std::vector<SectorId> ids(bytes.size() / sizeof(SectorId));
-    std::memcpy(ids.data(), bytes.data(), ids.size() * sizeof(SectorId));
+    if (!ids.empty()) std::memcpy(ids.data(), bytes.data(), ids.size() * sizeof(SectorId));
     return ids;
 }
 
