@@ -144,7 +144,8 @@ void Documents::readAll() const {
         bool const isWhole = element.bytes.size() == (numberIn(element.entry, 120) & 0xFFFFFFFF);
         if (path.rfind(u'/') != 0 || !element.isStream() || !isWhole || path.size() == 1) continue;
         if (isSharedName(elements, path) || path.find(u'\0') != path.npos) continue;
-        EXPECT_TRUE(content(*openStream(*root.get(), path.c_str() + 1).get()) == element.bytes);
+        auto const stream = openStream(*root.get(), path.c_str() + 1);
+        EXPECT_TRUE(stream && content(*stream.get()) == element.bytes);
     }
 }
 
@@ -152,7 +153,9 @@ void Documents::changeAll(Way way) {
     auto const& original = GetParam().bytes;
     file_.put(original);
     Storage root;
-    if (FAILED(place_.tryOpen(look, root))) return;
+    bool const isOpen = SUCCEEDED(place_.tryOpen(look, root));
+    ASSERT_TRUE(isOpen || GetParam().isSample);
+    if (!isOpen) return;
     root = {};
     readAll();
     stream_ = biggestStream(elementsOf(original));
