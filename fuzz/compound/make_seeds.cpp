@@ -7,6 +7,7 @@
 #include "fuzz/compound/memory_file.h"
 #include "platform/com/held_object.h"
 #include "platform/storage/compound/storage_object.h"
+#include "storage/documents.h"
 
 namespace {
 
@@ -115,6 +116,12 @@ void writeSeeds(std::string const& folder) {
             keep(path, bytes);
             keepDamaged(path, bytes, sectorSize);
         }
+    }
+    constexpr std::size_t mostBytes = 200'000;
+    for (auto const& document : velk::test::craftedDocuments()) {
+        if (document.bytes.size() > mostBytes) continue;
+        auto const bytes = std::as_bytes(std::span(document.bytes));
+        keep(folder + "/" + document.name, FileBytes(bytes.begin(), bytes.end()));
     }
 }
 

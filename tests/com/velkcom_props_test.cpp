@@ -6,6 +6,11 @@
 
 #include <gtest/gtest.h>
 
+#include <windows.h>
+
+#include <objbase.h>
+
+#include "com/com_ptr.h"
 #include "com/utf.h"
 #include "command_line.h"
 #include "program.h"
@@ -18,6 +23,7 @@ namespace velk::velkcom::test {
 namespace {
 
 using velk::test::expectDifference;
+using velk::test::runningSystem;
 using velk::test::System;
 using Arguments = std::vector<std::string>;
 
@@ -271,6 +277,52 @@ TEST_F(Props, DamagedSetsAreToldAndKept) {
         EXPECT_EQ(run({"remove", file_, "summary", "Title"}), "1 ");
         EXPECT_TRUE(bytesOfFile() == bytes);
     });
+}
+
+// What is there and no set is told as such, beside the sets that are.
+TEST_F(Props, WhatHasASetsNameAndIsNoneIsTold) {
+    if (runningSystem() == System::wine) GTEST_SKIP() << "it has its own view of damage";
+    constexpr DWORD mode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
+    std::string const document = pathToUtf8(folder_ / "odd.doc");
+    for (bool const isStorage : {false, true}) {
+        com::ComPtr<IStorage> root, storage;
+        com::ComPtr<IStream> stream;
+        ASSERT_EQ(
+            StgCreateDocfile(com::fromUtf8(document)->c_str(), mode | STGM_CREATE, 0, root.put()),
+            S_OK);
+        OLECHAR const* const name = OLESTR("\5SummaryInformation");
+        ASSERT_EQ(isStorage ? root->CreateStorage(name, mode, 0, 0, storage.put())
+                            : root->CreateStream(name, mode, 0, 0, stream.put()),
+                  S_OK);
+        stream = {};
+        storage = {};
+        root = {};
+        EXPECT_EQ(put("docsummary", "Company", "Us"), "0 ");
+        auto const listed = run({"list", document, file_});
+        EXPECT_EQ(listed.substr(0, 2), "1 ") << isStorage;
+        EXPECT_NE(listed.find("Company"), std::string::npos);
+        EXPECT_NE(errors_.find("SummaryInformation: what has its name is no property set"),
+                  std::string::npos)
+            << errors_;
+    }
+}
+
+// A place that cannot be searched is reported, and the others are listed.
+TEST_F(Props, FoldersOfWhichAPartCannotBeReadAreListed) {
+    if (runningSystem() != System::ownLayer) GTEST_SKIP() << "it makes no paths of this length";
+    auto const nested = [&](char const* first, int depth) {
+        auto path = folder_ / first;
+        for (int i = 0; i < depth; ++i) path /= std::string(250, 'd');
+        std::filesystem::create_directories(path);
+        return path;
+    };
+    // Together they are longer than any path that the system opens.
+    nested("inner", 12);
+    std::filesystem::rename(folder_ / "inner", nested("outer", 12) / "inner");
+    auto const listed = run({"list", pathToUtf8(folder_)});
+    EXPECT_EQ(listed.substr(0, 2), "1 ");
+    EXPECT_NE(listed.find(file_), std::string::npos);
+    EXPECT_NE(errors_.find("the folder cannot be read"), std::string::npos) << errors_;
 }
 
 // So many that several threads read them.

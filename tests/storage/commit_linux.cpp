@@ -148,9 +148,7 @@ TEST_P(Commits, AnyStepMayFail) {
         record_ = {before_, {}, failing};
         EXPECT_FALSE(change()) << failing;
         // The header is written in one piece by the medium.
-        if (failing != steps - 2) {
-            EXPECT_TRUE(isOneOfBoth(record_.bytes)) << failing;
-        }
+        EXPECT_TRUE(failing == steps - 2 || record_.bytes == before_) << failing;
     }
 }
 
@@ -172,36 +170,6 @@ INSTANTIATE_TEST_SUITE_P(Changes, Commits,
                                          Case{"LittleIn4096", 4096, changeLittle},
                                          Case{"MuchIn4096", 4096, changeMuch}),
                          [](auto const& each) { return std::string(each.param.name); });
-
-/// Damage anywhere ends in a failure or in what can be read, and so does a
-/// change of what is damaged.
-TEST(CompoundFile, DamagedOnesFailCleanly) {
-    std::mt19937 random(42);
-    int opened = 0, refused = 0;
-    for (std::size_t const sectorSize : {std::size_t{512}, std::size_t{4096}}) {
-        FileBytes const sound = exampleFile(sectorSize);
-        for (int round = 0; round < 3000; ++round) {
-            FileRecord record{sound, {}, -1};
-            for (auto damages = 1 + random() % 8; damages > 0; --damages) {
-                // Every third one hits the header, the table or the directory.
-                std::size_t const range = random() % 3 == 0 ? 3 * sectorSize : sound.size();
-                record.bytes[random() % range] =
-                    static_cast<std::byte>(random() % 2 == 0 ? random() : 0xFF * (random() % 2));
-            }
-            if (random() % 5 == 0) record.bytes.resize(random() % record.bytes.size());
-            bool const isWhole = SUCCEEDED(answer([&] {
-                static_cast<void>(contentOf(record.bytes));
-                CompoundFile file(std::make_unique<RecordedFile>(record), true);
-                changeMuch(file);
-                file.commit();
-                static_cast<void>(contentOf(record.bytes));
-            }));
-            ++(isWhole ? opened : refused);
-        }
-    }
-    EXPECT_GT(opened, 100);
-    EXPECT_GT(refused, 100);
-}
 
 /// A file that its own writer would need days for: `depth` storages, each but
 /// the first in the one before.

@@ -37,6 +37,11 @@ class Walk {
     void followLoose(SectorId first, std::uint64_t most) {
         follow(first, most, [](SectorId) { return false; });
     }
+    /// Behind the last sector that was met.
+    std::uint64_t end() const {
+        auto const last = std::find(seen_.rbegin(), seen_.rend(), true);
+        return static_cast<std::uint64_t>(seen_.rend() - last);
+    }
 
   private:
     /// Ends where `meetAgain` says so of a sector that was met before.
@@ -119,6 +124,7 @@ Survey surveyChains(SectorStore& store) {
     big.follow(store.header().firstDirectorySector(), toTheEnd);
     big.follow(store.header().firstMiniFatSector(), toTheEnd);
     for (bool const isLinked : {true, false}) {
+        if (!isLinked) survey.smallEnd = small.end();
         for (EntryId id = 0; id < entries.size(); ++id) {
             Entry const& entry = entries[id];
             bool const hasBytes =

@@ -1,6 +1,7 @@
 /// What changes of a compound file must leave alone.
 #pragma once
 
+#include <cstdint>
 #include <unordered_set>
 
 #include "platform/storage/compound/format.h"
@@ -22,6 +23,8 @@ struct Survey {
     LedTo sectors;
     /// The same for the sectors of small streams.
     LedTo small;
+    /// Where the last of those that small streams lead to ends.
+    std::uint64_t smallEnd = 0;
 };
 
 /// Follows all that the header and the directory lead to, each chain as far as

@@ -178,7 +178,9 @@ void CompoundFile::revert() {
 void CompoundFile::close() noexcept {
     revertElements();
     // There is nobody left to tell: what counts is whole whatever comes of it.
-    if (file_ && isWritable_) static_cast<void>(answer([&] { store_.restoreFile(); }));
+    // What goes wrong once may go well the next time.
+    auto const restore = [&] { return answer([&] { store_.restoreFile(); }); };
+    if (file_ && isWritable_ && FAILED(restore())) static_cast<void>(restore());
     file_.reset();
 }
 

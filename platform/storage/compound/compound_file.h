@@ -78,6 +78,8 @@ class CompoundFile {
     }
 
     void commit();
+    /// Has nothing be committed, with this code, before revert().
+    void refuseCommit(HRESULT failure) noexcept { torn_ = failure; }
     /// Back to the last commit. What clients have open is reverted.
     void revert();
     /// Closes the file, which keeps what the last commit left; what clients

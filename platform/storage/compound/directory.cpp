@@ -83,6 +83,19 @@ void Directory::collectAll() {
     hasAllOwners_ = true;
 }
 
+bool Directory::hasNamesOnly(EntryId element) {
+    std::vector<EntryId> open{element};
+    while (!open.empty()) {
+        EntryId const storage = open.back();
+        open.pop_back();
+        if (!at(storage).isStorage()) continue;
+        auto const& [named, all] = contents(storage);
+        if (named.size() != all.size()) return false;
+        open.insert(open.end(), all.begin(), all.end());
+    }
+    return true;
+}
+
 EntryId Directory::find(EntryId storage, std::u16string_view name) {
     auto const& all = children(storage);
     auto const found = all.find(orderedName(name));

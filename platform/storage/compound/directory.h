@@ -31,6 +31,9 @@ class Directory {
     /// that are empty or another's but for the case, entries of unknown types.
     std::vector<EntryId> const& everythingIn(EntryId storage) { return contents(storage).all; }
 
+    /// Whether all in an element, at any depth, can be reached by names.
+    bool hasNamesOnly(EntryId element);
+
     /// noEntry when there is none of the name.
     EntryId find(EntryId storage, std::u16string_view name);
 

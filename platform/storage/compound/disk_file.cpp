@@ -181,11 +181,13 @@ void DiskFile::write(std::uint64_t offset, Bytes source) {
 }
 
 void DiskFile::truncate(std::uint64_t size) {
-    failIf(ftruncate(file_, static_cast<off_t>(size)) != 0, resultOfWrite(errno));
+    int const result = ftruncate(file_, static_cast<off_t>(size));
+    failIf(result != 0, resultOfWrite(errno));
 }
 
 void DiskFile::sync() {
-    failIf(fdatasync(file_) != 0, resultOfWrite(errno));
+    int const result = fdatasync(file_);
+    failIf(result != 0, resultOfWrite(errno));
 }
 
 bool DiskFile::hasReaders() {

@@ -31,7 +31,15 @@ SectorId MiniStore::next(SectorId sector) {
     return page(sector / pageEntries)[sector % pageEntries];
 }
 
+/// Bytes that are in the file, but not in what counts of the container: a
+/// change there would take them for nobody's.
+void MiniStore::failIfStreamsStandBehind() {
+    failIf(store_.survey().smallEnd > (size_ + miniSectorSize - 1) / miniSectorSize,
+           STG_E_DOCFILECORRUPT);
+}
+
 void MiniStore::link(SectorId sector, SectorId next) {
+    failIfStreamsStandBehind();
     failIf(sector >= tableEntries_ || store_.survey().small.shared.contains(sector),
            STG_E_DOCFILECORRUPT);
     store_.touch();
@@ -55,10 +63,12 @@ void MiniStore::read(SectorId sector, std::size_t offset, MutableBytes target) {
 }
 
 void MiniStore::write(SectorId sector, std::size_t offset, Bytes source) {
+    failIfStreamsStandBehind();
     bytes_.write(std::uint64_t{sector} * miniSectorSize + offset, source);
 }
 
 SectorId MiniStore::allocate() {
+    failIfStreamsStandBehind();
     auto const& kept = store_.survey().small.kept;
     SectorId sector = searchFrom_;
     while (sector < tableEntries_ && (next(sector) != freeSector || kept.contains(sector))) {

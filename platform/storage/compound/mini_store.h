@@ -39,6 +39,7 @@ class MiniStore {
     std::uint64_t sectorsOf(std::uint64_t bytes) const noexcept;
     std::vector<SectorId>& page(std::size_t index);
     SectorId next(SectorId sector);
+    void failIfStreamsStandBehind();
     void enlarge();
 
     SectorStore& store_;

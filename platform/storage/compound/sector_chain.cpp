@@ -11,7 +11,9 @@ bool SectorChain::reach(std::size_t index) {
     while (known_.size() <= index) {
         if (known_.size() >= most_) return false;
         SectorId const next = known_.empty() ? first_ : store_->next(known_.back());
-        if (next == endOfChain) return false;
+        // One that the table marks free leads nowhere, but is in the chain.
+        bool const isLast = next == freeSector && !known_.empty();
+        if (next == endOfChain || isLast) return false;
         // No chain has more sectors than the file, unless it runs in a circle.
         failIf(next >= store_->sectorLimit() || known_.size() >= store_->sectorLimit(),
                STG_E_DOCFILECORRUPT);

@@ -38,8 +38,9 @@ void SectorStore::rollBack(bool headerIsWritten) {
         }
         restoreFile();
     } catch (...) {
-        // The failure that led here is the one to tell.
-        failed_ = true;
+        // The failure that led here is the one to tell. Whoever reverts tries
+        // again to put the file back.
+        failed_ = headerIsWritten;
         if (headerIsWritten) writtenSize_ = 0;
     }
 }

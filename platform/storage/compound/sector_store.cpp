@@ -35,6 +35,7 @@ void SectorStore::load() {
     std::uint64_t const sectors = (size + sectorSize_ - 1) / sectorSize_;
     sectorLimit_ = sectors == 0 ? 0 : sectors - 1;
     pages_.clear();
+    lastPage_ = nullptr;
     pagesToSearch_.clear();
     survey_.reset();
     formerSize_ = size;
@@ -71,6 +72,15 @@ void SectorStore::loadTableLocations() {
 }
 
 SectorStore::Page& SectorStore::page(std::size_t index) {
+    // Chains are followed through one part of the table after the other.
+    if (lastPage_ == nullptr || lastPageIndex_ != index) {
+        lastPage_ = &findPage(index);
+        lastPageIndex_ = index;
+    }
+    return *lastPage_;
+}
+
+SectorStore::Page& SectorStore::findPage(std::size_t index) {
     auto const known = pages_.find(index);
     if (known != pages_.end()) return known->second;
     failIf(index >= pageSectors_.size(), STG_E_DOCFILECORRUPT);
@@ -82,7 +92,7 @@ SectorStore::Page& SectorStore::page(std::size_t index) {
     loaded.next = readSectorIds(bytes);
     loaded.states.assign(pageEntries(), State::settled);
     auto& kept = pages_[index] = std::move(loaded);
-    pagesToSearch_.insert(index);
+    if (std::ranges::find(kept.next, freeSector) != kept.next.end()) pagesToSearch_.insert(index);
     return kept;
 }
 

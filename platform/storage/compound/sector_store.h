@@ -95,6 +95,7 @@ class SectorStore {
     void loadTableLocations();
     bool readFromBlock(std::uint64_t from, MutableBytes target);
     Page& page(std::size_t index);
+    Page& findPage(std::size_t index);
     Page& pageOf(SectorId sector) { return page(sector / pageEntries()); }
     SectorId reuse();
     SectorId append();
@@ -121,6 +122,9 @@ class SectorStore {
     std::vector<SectorId> pageSectors_;
     std::vector<SectorId> difatSectors_;
     std::unordered_map<std::size_t, Page> pages_;
+    /// The one that was asked for last.
+    Page* lastPage_ = nullptr;
+    std::size_t lastPageIndex_ = 0;
     /// Loaded pages that may still have free sectors.
     std::set<std::size_t> pagesToSearch_;
     std::uint64_t appendAt_ = 0;

@@ -90,8 +90,13 @@ HRESULT StorageObject::MoveElementTo(OLECHAR const* name, IStorage* target, OLEC
         failIf(isMove && !mayWrite(element_->mode), STG_E_ACCESSDENIED);
         EntryId const moved = element(name);
         Entry const entry = file_->directory().at(moved);
-        copyElement(entry, newName, *target, 0);
-        if (isMove) file_->destroy(element_->entry, moved);
+        if (!isMove) return copyElement(entry, newName, *target, 0);
+        // The half of a move in this file would be a copy too many.
+        file_->change([&] {
+            failIf(!file_->directory().hasNamesOnly(moved), STG_E_DOCFILECORRUPT);
+            copyElement(entry, newName, *target, 0);
+            file_->destroy(element_->entry, moved);
+        });
     });
 }
 

@@ -36,6 +36,10 @@ class FileCommit final : public DirectCommit {
             file_->commit();
         });
     }
+    void refuse(HRESULT failure) noexcept override {
+        std::lock_guard const turn(file_->lock());
+        file_->refuseCommit(failure);
+    }
 
   private:
     std::shared_ptr<CompoundFile> file_;

@@ -68,8 +68,10 @@ HRESULT PropertySets::create(REFFMTID formatId, CLSID const* classId, DWORD flag
             PROPSETFLAG_ANSI | PROPSETFLAG_CASE_SENSITIVE | PROPSETFLAG_UNBUFFERED;
         failIf((flags & ~simple) != 0 || !isFor(mode, STGM_READWRITE), STG_E_INVALIDFLAG);
         PropertyStorage::NewSet const made{classId != nullptr ? *classId : GUID_NULL, flags};
-        *set = new PropertyStorage(streamForNew(owner_, formatId, mode), formatId, mode, commit_,
-                                   made);
+        auto stream = streamForNew(owner_, formatId, mode);
+        wholly(commit_.get(), [&] {
+            *set = new PropertyStorage(std::move(stream), formatId, mode, commit_, made);
+        });
     });
 }
 

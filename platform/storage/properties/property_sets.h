@@ -13,6 +13,8 @@ class DirectCommit {
   public:
     virtual ~DirectCommit() = default;
     virtual HRESULT commit() noexcept = 0;
+    /// A change of the storage has stopped half-way: with it nothing lasts.
+    virtual void refuse(HRESULT failure) noexcept = 0;
 };
 
 /// Makes, opens and removes the property sets of a storage, each in a stream of

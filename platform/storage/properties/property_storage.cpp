@@ -262,7 +262,7 @@ void PropertyStorage::commit(DWORD flags) {
     failIf((mode_ & (STGM_WRITE | STGM_READWRITE)) == 0, STG_E_ACCESSDENIED);
     if (isChanged_) {
         keepNames();
-        writeSets(*stream_.get(), set_);
+        wholly(commit_.get(), [&] { writeSets(*stream_.get(), set_); });
         isChanged_ = false;
     }
     succeed(stream_->Commit(flags));

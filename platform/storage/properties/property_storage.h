@@ -14,6 +14,15 @@
 
 namespace velk::platform::storage {
 
+/// Runs a change of a stream. When it fails, nothing of the file lasts that its
+/// client does not commit.
+template <typename Body>
+void wholly(DirectCommit* commit, Body body) {
+    HRESULT const code = answer(body);
+    if (FAILED(code) && commit != nullptr) commit->refuse(code);
+    succeed(code);
+}
+
 /// A property set in a stream that nobody else has open. Changes are made in
 /// memory; Commit writes the stream, and so does the last release unless the
 /// set was opened with STGM_TRANSACTED. Thread-safe.

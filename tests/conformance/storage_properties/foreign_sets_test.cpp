@@ -1,4 +1,5 @@
 #include "conformance/storage_properties/property_set_file.h"
+#include "conformance/storage_properties/set_bytes.h"
 #include "support/expected_difference.h"
 
 // Streams that others have written, and damaged ones.
@@ -6,58 +7,6 @@
 namespace {
 
 using namespace velk::test;
-
-std::string number32(std::uint32_t number) {
-    return {reinterpret_cast<char const*>(&number), sizeof number};
-}
-std::string number16(std::uint16_t number) {
-    return {reinterpret_cast<char const*>(&number), sizeof number};
-}
-std::string idBytes(GUID const& id) {
-    return {reinterpret_cast<char const*>(&id), sizeof id};
-}
-
-/// A property: a type and what follows it.
-struct Property {
-    std::uint32_t id;
-    std::string bytes;
-};
-
-std::string section(std::vector<Property> const& properties) {
-    std::string table, values;
-    auto const begin = static_cast<std::uint32_t>(8 + 8 * properties.size());
-    for (Property const& property : properties) {
-        table +=
-            number32(property.id) + number32(begin + static_cast<std::uint32_t>(values.size()));
-        values += property.bytes;
-    }
-    auto const size = begin + static_cast<std::uint32_t>(values.size());
-    return number32(size) + number32(static_cast<std::uint32_t>(properties.size())) + table +
-           values;
-}
-
-std::string header(std::vector<GUID> const& sets, std::vector<std::string> const& sections) {
-    std::string bytes = number16(0xfffe) + number16(0) + number32(0x20105) + idBytes(GUID{}) +
-                        number32(static_cast<std::uint32_t>(sets.size()));
-    auto offset = static_cast<std::uint32_t>(28 + 20 * sets.size());
-    for (std::size_t i = 0; i < sets.size(); ++i) {
-        bytes += idBytes(sets[i]) + number32(offset);
-        offset += static_cast<std::uint32_t>(sections[i].size());
-    }
-    for (auto const& each : sections) bytes += each;
-    return bytes;
-}
-
-std::string codePage(std::uint16_t page) {
-    return number32(VT_I2) + number16(page) + number16(0);
-}
-/// A text as VT_LPSTR, padded.
-std::string text(std::string bytes) {
-    bytes += '\0';
-    auto const size = number32(static_cast<std::uint32_t>(bytes.size()));
-    bytes.resize((bytes.size() + 3) / 4 * 4);
-    return number32(VT_LPSTR) + size + bytes;
-}
 
 /// A file whose summary information is these bytes.
 void makeFile(FilePlace const& place, std::string const& bytes,
@@ -162,41 +111,6 @@ TEST(ForeignSets, KeepWhatIsNotChanged) {
         EXPECT_TRUE(FAILED(get(set, byId(8), read)));
         EXPECT_EQ(get(set, byName(OLESTR("N\xc9")), read), S_OK);
     });
-}
-
-TEST(ForeignSets, WithABrokenSecondSectionShowTheFirst) {
-    expectDifference(System::wine, "it reads one section only", [&] {
-        auto const good = section({{1, codePage(1252)}, {2, text("shown")}});
-        auto bytes = header({documentSet, customSet}, {good, number32(8) + number32(0x10000000)});
-        FilePlace const place;
-        makeFile(place, bytes, OLESTR("\5DocumentSummaryInformation"));
-        auto const root = place.open();
-        PropVariant read;
-        EXPECT_EQ(get(openSet(root, documentSet), byId(2), read), S_OK);
-        PropertySet custom;
-        EXPECT_EQ(setsOf(root)->Open(customSet, look, custom.put()), STG_E_INVALIDHEADER);
-        EXPECT_EQ(setsOf(root)->Create(customSet, nullptr, 0, change, custom.put()),
-                  STG_E_FILEALREADYEXISTS);
-        auto const set = openSet(root, documentSet, change);
-        ASSERT_TRUE(set);
-        EXPECT_EQ(put(set, byId(2), number(5)), S_OK);
-        EXPECT_EQ(set->Commit(STGC_DEFAULT), S_OK);
-    });
-}
-
-// Reading tells of it, and making the lacking set would take the other with it.
-TEST(ForeignSets, StreamsWithTheCustomSectionAloneAreKept) {
-    if (!runsOn(System::ownLayer)) GTEST_SKIP() << "others replace them";
-    FilePlace const place;
-    makeFile(place, header({customSet}, {section({{1, codePage(1252)}, {2, text("kept")}})}),
-             OLESTR("\5DocumentSummaryInformation"));
-    auto const root = place.open();
-    PropertySet set;
-    EXPECT_EQ(setsOf(root)->Open(documentSet, look, set.put()), STG_E_INVALIDHEADER);
-    EXPECT_EQ(setsOf(root)->Create(documentSet, nullptr, 0, change, set.put()),
-              STG_E_FILEALREADYEXISTS);
-    PropVariant read;
-    EXPECT_EQ(get(openSet(root, customSet), byId(2), read), S_OK);
 }
 
 // Neither replaced nor destroyed, asked to or not.

@@ -152,7 +152,12 @@ DocumentListing listDocument(std::string file, Document const& document) {
         for (FMTID const& id : document.sets()) {
             try {
                 auto const set = document.set(id);
-                if (set) listing.sets.push_back(listSet(id, *set.get()));
+                if (set) {
+                    listing.sets.push_back(listSet(id, *set.get()));
+                } else if (id != FMTID_UserDefinedProperties) {
+                    // An empty stream, or a storage.
+                    addError(setName(id) + ": what has its name is no property set");
+                }
             } catch (com::Error const& error) {
                 addError(setName(id) + ": " + withMeaning(error));
             }
