@@ -23,7 +23,7 @@ namespace velk::velkcom::test {
 namespace {
 
 using velk::test::expectDifference;
-using velk::test::runningSystem;
+using velk::test::runsOn;
 using velk::test::System;
 using Arguments = std::vector<std::string>;
 
@@ -281,7 +281,7 @@ TEST_F(Props, DamagedSetsAreToldAndKept) {
 
 // What is there and no set is told as such, beside the sets that are.
 TEST_F(Props, WhatHasASetsNameAndIsNoneIsTold) {
-    if (runningSystem() == System::wine) GTEST_SKIP() << "it has its own view of damage";
+    if (runsOn(System::wine)) GTEST_SKIP() << "it has its own view of damage";
     constexpr DWORD mode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
     std::string const document = pathToUtf8(folder_ / "odd.doc");
     for (bool const isStorage : {false, true}) {
@@ -309,7 +309,7 @@ TEST_F(Props, WhatHasASetsNameAndIsNoneIsTold) {
 
 // A place that cannot be searched is reported, and the others are listed.
 TEST_F(Props, FoldersOfWhichAPartCannotBeReadAreListed) {
-    if (runningSystem() != System::ownLayer) GTEST_SKIP() << "it makes no paths of this length";
+    if (!runsOn(System::ownLayer)) GTEST_SKIP() << "it makes no paths of this length";
     auto const nested = [&](char const* first, int depth) {
         auto path = folder_ / first;
         for (int i = 0; i < depth; ++i) path /= std::string(250, 'd');
