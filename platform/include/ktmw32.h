@@ -8,6 +8,9 @@
 /// one piece; a process that ends before leaves the hives as they were. From
 /// its first write to a hive on, a transaction keeps other writers of that hive
 /// waiting, so it should be short.
+///
+/// A transaction belongs to the thread that makes it: on others, and in a forked
+/// child, its handle is of no use.
 #pragma once
 
 #include "guiddef.h"
@@ -27,9 +30,8 @@ EXTERN_C WINBASEAPI HANDLE WINAPI CreateTransaction(SECURITY_ATTRIBUTES* securit
                                                     LPWSTR description);
 
 /// Makes the changes, hive by hive. FALSE on failure, with GetLastError as the
-/// registry gives it; the hive that failed is then as it was, and so are those
+/// registry gives it; the hive that failed is then as it was, and so is the one
 /// after it. Either way the transaction has ended and is no thread's any more.
-/// Only on the thread that works in it, if one does.
 EXTERN_C WINBASEAPI BOOL WINAPI CommitTransaction(HANDLE transaction);
 
 /// Drops the changes. FALSE with ERROR_INVALID_HANDLE for what is no transaction,

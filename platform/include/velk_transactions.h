@@ -5,8 +5,7 @@
 
 /// From now on the calling thread works in this transaction (ktmw32.h), or in
 /// none when it is null. A thread that starts has none. FALSE with GetLastError
-/// for what is no transaction, one that has ended, or one that another thread
-/// works in.
+/// for what is no transaction of this thread, or has ended.
 EXTERN_C VELK_LAYER_EXPORT BOOL VelkSetThreadTransaction(HANDLE transaction);
 
 /// The transaction that the calling thread works in, or null. Code that needs

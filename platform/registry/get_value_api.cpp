@@ -5,6 +5,7 @@
 
 #include "platform/registry/key_value.h"
 #include "platform/registry/key_view.h"
+#include "platform/system/environment.h"
 #include "platform/system/utf16.h"
 
 namespace velk::platform::registry {
@@ -20,15 +21,21 @@ std::string bytesOf(std::u16string_view text) {
     return {reinterpret_cast<char const*>(text.data()), text.size() * sizeof(char16_t)};
 }
 
-/// Replaces each %NAME% by the environment variable, if there is one.
+// Published, in UTF-16 units: of a text with variables, before and after.
+constexpr std::size_t longestExpanded = 32767;
+
+/// Replaces each %NAME% by the environment variable, if there is one. Fails with
+/// ERROR_INVALID_DATA when a text is too long for that.
 std::u16string expanded(std::u16string_view text) {
+    failIf(text.size() > longestExpanded, ERROR_INVALID_DATA);
     std::u16string result;
     for (;;) {
+        failIf(result.size() > longestExpanded, ERROR_INVALID_DATA);
         auto const begin = text.find(u'%');
         auto const end = begin == text.npos ? text.npos : text.find(u'%', begin + 1);
         if (end == text.npos) return result.append(text);
         auto const name = toBytes(text.substr(begin + 1, end - begin - 1));
-        char const* const value = std::getenv(name.c_str());
+        char const* const value = environment(name.c_str());
         if (value == nullptr) {
             // The second sign may begin a name of its own.
             result.append(text.substr(0, end));

@@ -1,67 +1,51 @@
 #include "platform/registry/hive.h"
 
-#include <cstdlib>
-#include <filesystem>
+#include <atomic>
+#include <thread>
 
 #include <pthread.h>
-#include <pwd.h>
-#include <sys/stat.h>
-#include <unistd.h>
+
+#include "platform/registry/transaction.h"
+#include "platform/system/trace.h"
 
 namespace velk::platform::registry {
 namespace {
 
-/// An environment variable; empty when unset, and in programs that run with
-/// more rights than their user.
-std::string environment(char const* name) {
-    char const* const value = secure_getenv(name);
-    return value == nullptr ? std::string() : std::string(value);
-}
+// How long a writer waits for others before it fails.
+constexpr std::chrono::seconds patience{15};
 
-std::string homeFolder() {
-    if (auto home = environment("HOME"); !home.empty()) return home;
-    passwd const* const user = getpwuid(getuid());
-    return user != nullptr && user->pw_dir != nullptr ? user->pw_dir : "/";
-}
-
-std::string userFolder() {
-    auto const data = environment("XDG_DATA_HOME");
-    return (data.empty() ? homeFolder() + "/.local/share" : data) + "/velkcomadapter";
-}
-
-std::string hivePath(HiveName name) {
-    auto const chosen = environment("VELK_REGISTRY_DIR");
-    bool const user = name == HiveName::user;
-    auto const usual = user ? userFolder() : std::string("/var/lib/velkcomadapter");
-    return (chosen.empty() ? usual : chosen) + (user ? "/user.db" : "/machine.db");
+HiveStamp newStamp() {
+    static std::atomic<HiveStamp> last{0};
+    return ++last;
 }
 
 }  // namespace
 
-/// SQLite must not be carried into a forked child: neither side would notice
-/// the other's locks. Both sides open their files anew.
+/// A forked child finds no hive locked, and none that a thread of its parent is
+/// changing.
 struct ForkGuard {
     static void prepare() {
-        for (auto const name : {HiveName::user, HiveName::machine}) {
-            Hive& hive = Hive::named(name);
-            hive.lock_.lock();
-            hive.database_.reset();
-        }
+        for (auto const name : {HiveName::user, HiveName::machine}) Hive::named(name).lock_.lock();
     }
     static void proceed() {
-        for (auto const name : {HiveName::machine, HiveName::user}) {
+        for (auto const name : {HiveName::user, HiveName::machine}) {
             Hive::named(name).lock_.unlock();
         }
     }
+    static void proceedInChild() {
+        for (auto const name : {HiveName::user, HiveName::machine}) {
+            Hive::named(name).isBeingChanged_ = false;
+        }
+        proceed();
+    }
 };
-
-Hive::Hive(HiveName name) : path_(hivePath(name)), isMachine_(name == HiveName::machine) {}
 
 Hive& Hive::named(HiveName name) {
     static auto& user = *new Hive(HiveName::user);
     static auto& machine = *new Hive(HiveName::machine);
     static bool const isGuarded = [] {
-        failIf(pthread_atfork(&ForkGuard::prepare, &ForkGuard::proceed, &ForkGuard::proceed) != 0,
+        failIf(pthread_atfork(&ForkGuard::prepare, &ForkGuard::proceed,
+                              &ForkGuard::proceedInChild) != 0,
                ERROR_NOT_ENOUGH_MEMORY);
         return true;
     }();
@@ -69,90 +53,152 @@ Hive& Hive::named(HiveName name) {
     return name == HiveName::user ? user : machine;
 }
 
-std::optional<Hive::FileMark> Hive::fileMark() const {
-    struct stat info;
-    if (stat(path_.c_str(), &info) != 0) return std::nullopt;
-    return FileMark{info.st_dev, info.st_ino, info.st_size,
-                    info.st_mtim.tv_sec * 1'000'000'000 + info.st_mtim.tv_nsec};
+std::string Hive::problem() {
+    std::lock_guard const guard(lock_);
+    return problem_;
 }
 
-bool Hive::isStillTheSame() const {
-    auto const now = fileMark();
-    if (now.has_value() != mark_.has_value()) return false;
-    if (!now) return true;
-    if (now->device != mark_->device || now->number != mark_->number) return false;
-    // Where writers cannot be noticed otherwise, the file itself tells.
-    bool const noticed = database_->access() != HiveAccess::unchanging;
-    return noticed || (now->size == mark_->size && now->changed == mark_->changed);
+void Hive::note(std::string const& problem) {
+    auto text = problem.empty() ? problem : file_.path() + ' ' + problem;
+    if (text == problem_) return;
+    problem_ = std::move(text);
+    if (!problem_.empty()) trace(problem_);
 }
 
-void Hive::makeFolder() const {
-    auto const folder = std::filesystem::path(path_).parent_path();
-    std::error_code error;
-    if (!std::filesystem::create_directories(folder, error)) return;
-    using std::filesystem::perms;
-    // The machine's classes are everyone's to see, the user's are their own.
-    constexpr perms seen = perms::owner_all | perms::group_read | perms::group_exec |
-                           perms::others_read | perms::others_exec;
-    std::filesystem::permissions(folder, isMachine_ ? seen : perms::owner_all, error);
-}
-
-bool Hive::canBeMade() const {
-    auto folder = std::filesystem::path(path_).parent_path();
-    std::error_code error;
-    while (folder.has_relative_path() && !std::filesystem::exists(folder, error)) {
-        folder = folder.parent_path();
+void Hive::load() {
+    stamp_ = newStamp();
+    damage_ = ERROR_SUCCESS;
+    // Before the file is read: if it is replaced meanwhile, the next look tells.
+    mark_ = file_.mark();
+    try {
+        auto [image, reason] = file_.read();
+        isRefused_ = !reason.empty();
+        database_ = image ? std::make_unique<HiveDatabase>(std::move(*image))
+                          : std::make_unique<HiveDatabase>(isMachine_);
+        note(reason.empty() ? reason : "does not count: it " + reason);
+    } catch (RegistryError const& error) {
+        damage_ = error.status;
+        bool const isHive = error.status != ERROR_BADDB;
+        bool const isRead = !isHive || error.status == ERROR_REGISTRY_CORRUPT;
+        note(!isRead ? "cannot be read" : isHive ? "is damaged" : "is no registry");
+        throw;
     }
-    return eaccess(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0;
 }
 
-HiveDatabase& Hive::database(bool toWrite) {
-    // A file that could not be written to when it was opened may allow it now.
-    bool const useless = database_ && toWrite && database_->access() != HiveAccess::writable;
-    if (database_ && !useless && isStillTheSame()) return *database_;
-    database_.reset();
-    if (toWrite) makeFolder();
-    database_.emplace(path_, isMachine_, toWrite);
-    mark_ = fileMark();
-    ++opened_;
+HiveDatabase& Hive::database() {
+    bool const isDamaged = damage_ == ERROR_BADDB || damage_ == ERROR_REGISTRY_CORRUPT;
+    bool const isKnown = (database_ != nullptr && !isRefused_) || isDamaged;
+    if (!isKnown || file_.mark() != mark_) {
+        database_.reset();
+        load();
+    }
+    failIf(damage_ != ERROR_SUCCESS, damage_);
     return *database_;
 }
 
-HiveSession::HiveSession(HiveName name, Purpose purpose)
+HiveChange::Turn::Turn(Hive& hive, HiveFileLock::Deadline deadline) : hive_(hive) {
+    for (;;) {
+        {
+            std::lock_guard const guard(hive.lock_);
+            // Before anything is made on its behalf.
+            hive.database();
+            failIf(hive.isRefused_ || !hive.file_.canBeReplaced(), ERROR_ACCESS_DENIED);
+            if (!hive.isBeingChanged_) {
+                hive.isBeingChanged_ = true;
+                return;
+            }
+            if (std::chrono::steady_clock::now() > deadline) {
+                hive.note("is being changed by this process");
+                fail(ERROR_BUSY);
+            }
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
+HiveChange::Turn::~Turn() {
+    std::lock_guard const guard(hive_.lock_);
+    hive_.isBeingChanged_ = false;
+}
+
+HiveChange::HiveChange(HiveName name)
     : hive_(Hive::named(name)),
-      guard_(hive_.lock_),
-      database_(&hive_.database(purpose == Purpose::write)) {
-    if (purpose == Purpose::read) {
-        database_->execute("BEGIN");
+      process_(getpid()),
+      deadline_(std::chrono::steady_clock::now() + patience),
+      turn_(hive_, deadline_) {
+    std::string holder;
+    try {
+        lock_ = std::make_unique<HiveFileLock>(hive_.file_, deadline_, holder);
+    } catch (RegistryError const&) {
+        std::lock_guard const guard(hive_.lock_);
+        if (!holder.empty()) hive_.note("is being changed by process " + holder);
+        throw;
+    }
+    std::lock_guard const guard(hive_.lock_);
+    auto& now = hive_.database();
+    failIf(hive_.isRefused_, ERROR_ACCESS_DENIED);
+    database_ = std::make_unique<HiveDatabase>(now.copy());
+    database_->execute("BEGIN");
+    renewStamp();
+}
+
+void HiveChange::renewStamp() {
+    stamp_ = newStamp();
+}
+
+void HiveChange::commit() {
+    // In a forked child the turn is the parent's.
+    failIf(process_ != getpid(), ERROR_NOT_SUPPORTED);
+    failIf(isSpoiled_, ERROR_REGISTRY_IO_FAILED);
+    if (!database_->isChanged()) return;
+    database_->execute("COMMIT");
+    lock_->replace(database_->bytes());
+    std::lock_guard const guard(hive_.lock_);
+    hive_.database_ = std::move(database_);
+    hive_.mark_ = hive_.file_.mark();
+    hive_.stamp_ = newStamp();
+    hive_.damage_ = ERROR_SUCCESS;
+    hive_.note("");
+}
+
+HiveSession::HiveSession(HiveName name, Purpose purpose) : hive_(Hive::named(name)) {
+    bool const toWrite = purpose == Purpose::write;
+    if (auto* const transaction = Transaction::ofThread()) {
+        change_ = transaction->change(name, toWrite);
+    } else if (toWrite) {
+        own_ = std::make_unique<HiveChange>(name);
+        change_ = own_.get();
+    }
+    if (change_ == nullptr) {
+        guard_ = std::unique_lock(hive_.lock_);
+        database_ = &hive_.database();
         return;
     }
-    failIf(database_->access() != HiveAccess::writable, ERROR_ACCESS_DENIED);
-    database_->execute("BEGIN IMMEDIATE");
+    database_ = &change_->database();
+    isStep_ = toWrite && !own_;
+    if (isStep_) database_->execute("SAVEPOINT step");
 }
 
 bool HiveSession::isWritable() const {
-    auto const access = database_->access();
-    return access == HiveAccess::writable || (access == HiveAccess::absent && hive_.canBeMade());
+    return change_ != nullptr || (!hive_.isRefused_ && hive_.file_.canBeReplaced());
 }
 
 HiveSession::~HiveSession() {
-    if (!database_->isInTransaction()) return;
+    if (!isStep_) return;
     try {
-        database_->execute("ROLLBACK");
+        database_->execute("ROLLBACK TO step");
+        database_->execute("RELEASE step");
     } catch (...) {
-        // Then the connection is beyond use, and closing it undoes the same; the
-        // next turn opens a new one.
-        hive_.database_.reset();
+        // Then the transaction cannot be trusted any more.
+        change_->spoil();
     }
 }
 
 void HiveSession::commit() {
-    database_->execute("COMMIT");
-    ++hive_.ownChanges_;
-}
-
-HiveStamp HiveSession::stamp() {
-    return {hive_.opened_, hive_.ownChanges_, database_->foreignChanges()};
+    if (own_) return own_->commit();
+    database_->execute("RELEASE step");
+    isStep_ = false;
+    change_->renewStamp();
 }
 
 }  // namespace velk::platform::registry

@@ -1,146 +1,127 @@
 #include "platform/registry/hive_database.h"
 
-#include <cctype>
-#include <cerrno>
-#include <chrono>
-#include <thread>
-
-#include <sys/stat.h>
+#include <cstring>
 
 #include "platform/registry/names.h"
 
 namespace velk::platform::registry {
 namespace {
 
-// "VelR", which marks the file as ours, and the version of the tables.
-constexpr std::int64_t applicationId = 0x56656C52;
-constexpr std::int64_t tablesVersion = 1;
+// How large a hive's file may be: twenty thousand classes, and read in a blink.
+constexpr std::int64_t largestHive = 32 << 20;
+// Of one row: a value with both forms of its name.
+constexpr int largestRow = longestValue + 0x20000;
+constexpr int longestSql = 1024;
 
-// How long an operation waits for other processes before it fails.
-constexpr std::chrono::seconds patience{15};
-
-constexpr char const* createTables[] = {
+constexpr char const* keysTable =
     "CREATE TABLE keys(id INTEGER PRIMARY KEY AUTOINCREMENT, parent INTEGER NOT NULL,"
     " folded BLOB NOT NULL, name BLOB NOT NULL, class BLOB, depth INTEGER NOT NULL,"
-    " written INTEGER NOT NULL, UNIQUE(parent, folded))",
+    " written INTEGER NOT NULL, UNIQUE(parent, folded))";
+constexpr char const* dataTable =
     "CREATE TABLE data(key INTEGER NOT NULL, folded BLOB NOT NULL, name BLOB NOT NULL,"
-    " type INTEGER NOT NULL, bytes BLOB NOT NULL, PRIMARY KEY(key, folded)) WITHOUT ROWID",
-    "PRAGMA application_id = 1449487442",
-    "PRAGMA user_version = 1",
+    " type INTEGER NOT NULL, bytes BLOB NOT NULL, PRIMARY KEY(key, folded)) WITHOUT ROWID";
+
+/// All that a hive's schema has.
+struct SchemaEntry {
+    char const* name;
+    char const* sql;
 };
-static_assert(applicationId == 1449487442 && tablesVersion == 1);
+constexpr SchemaEntry schema[] = {
+    {"keys", keysTable},
+    {"sqlite_autoindex_keys_1", ""},
+    {"sqlite_sequence", "CREATE TABLE sqlite_sequence(name,seq)"},
+    {"data", dataTable},
+};
 
-bool exists(std::string const& path) {
-    struct stat info;
-    if (stat(path.c_str(), &info) == 0) return true;
-    // What cannot even be looked at is not known to be missing.
-    failIf(errno == EACCES, ERROR_ACCESS_DENIED);
-    return false;
+/// Whether the first page is that of a hive, so that SQLite reads no schema of
+/// somebody else's making: format, page size, UTF-8, version of the tables, the
+/// mark "VelR", and a schema of one page with as many entries as ours.
+bool beginsAsHive(std::span<unsigned char const> bytes) {
+    constexpr std::size_t pageSize = 4096;
+    if (bytes.size() < pageSize) return false;
+    auto const has = [&](std::size_t at, std::string_view expected) {
+        return std::memcmp(bytes.data() + at, expected.data(), expected.size()) == 0;
+    };
+    using namespace std::string_view_literals;
+    return has(0, "SQLite format 3\0\x10\x00"sv) && has(56, "\0\0\0\1\0\0\0\1"sv) &&
+           has(68, "VelR"sv) && has(100, "\x0D"sv) && has(103, "\0\x04"sv);
 }
-
-bool hasContent(std::string const& path) {
-    struct stat info;
-    return stat(path.c_str(), &info) == 0 && info.st_size > 0;
-}
-
-/// A path as SQLite takes it in the form "file:...".
-std::string unchangingUri(std::string const& path) {
-    static constexpr char digits[] = "0123456789abcdef";
-    std::string uri = "file:";
-    for (char const letter : path) {
-        auto const byte = static_cast<unsigned char>(letter);
-        bool const plain = letter == '/' || letter == '.' || (std::isalnum(byte) && byte < 0x80);
-        if (plain) {
-            uri.push_back(letter);
-        } else {
-            uri.append({'%', digits[byte >> 4], digits[byte & 15]});
-        }
-    }
-    return uri + "?immutable=1";
-}
+static_assert(std::size(schema) == 4);
 
 }  // namespace
 
-HiveDatabase::HiveDatabase(std::string const& path, bool isMachine, bool mayMake)
-    : isMachine_(isMachine) {
-    open(path, mayMake);
+HiveImage::HiveImage(std::uint64_t size) : size_(size) {
+    failIf(size > largestHive, ERROR_REGISTRY_CORRUPT);
+    bytes_.reset(static_cast<unsigned char*>(sqlite3_malloc64(size)));
+    failIf(bytes_ == nullptr && size != 0, ERROR_NOT_ENOUGH_MEMORY);
 }
 
-void HiveDatabase::open(std::string const& path, bool mayMake) {
-    bool const there = exists(path);
-    if (!there && !mayMake) {
-        openInMemory();
-        return;
+HiveDatabase::HiveDatabase(bool ofMachine) {
+    open();
+    for (auto const* sql :
+         {keysTable, dataTable, "PRAGMA application_id = 0x56656C52", "PRAGMA user_version = 1"}) {
+        execute(sql);
     }
-    int const flags = SQLITE_OPEN_READWRITE | (mayMake ? SQLITE_OPEN_CREATE : 0);
-    if (!tryOpen(path, flags, HiveAccess::writable)) {
-        failIf(there, ERROR_ACCESS_DENIED);
-        openInMemory();
-        return;
-    }
-    if (sqlite3_db_readonly(database_.get(), "main") == 1) access_ = HiveAccess::readOnly;
-    bool registry = false;
-    try {
-        registry = isRegistryAtOneTime();
-    } catch (RegistryError const& error) {
-        // A file that nobody may write to lacks the companions that tell of
-        // writers; without writers it can be read as it stands.
-        bool const noCompanions = access_ == HiveAccess::readOnly && error.status != ERROR_BADDB &&
-                                  error.status != ERROR_REGISTRY_CORRUPT &&
-                                  !hasContent(path + "-wal");
-        if (!noCompanions) throw;
-        failIf(!tryOpen(unchangingUri(path), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI,
-                        HiveAccess::unchanging),
-               ERROR_ACCESS_DENIED);
-        registry = isRegistry();
-    }
-    if (access_ != HiveAccess::writable) {
-        if (!registry) openInMemory();
-        return;
-    }
-    if (!isInWriteAheadMode()) {
-        // Switching writes to the file, which a damaged one must not suffer.
-        if (registry) checkWhole();
-        switchToWriteAheadLog();
-    }
-    execute("PRAGMA synchronous = NORMAL");
-    if (!registry) createContent();
-    // From here on the file is known to be ours, and may be tidied on closing.
-    sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
+    insertFirstKeys(ofMachine);
+    sqlite3_int64 size = 0;
+    auto* const bytes = sqlite3_serialize(database_.get(), "main", &size, 0);
+    failIf(bytes == nullptr, ERROR_NOT_ENOUGH_MEMORY);
+    load(HiveImage(bytes, static_cast<std::uint64_t>(size)));
 }
 
-bool HiveDatabase::tryOpen(std::string const& path, int flags, HiveAccess access) {
+HiveDatabase::HiveDatabase(HiveImage image) {
+    auto const bytes = image.bytes();
+    failIf(!beginsAsHive(bytes), ERROR_BADDB);
+    // A file that was last changed through a log of its own is whole without it.
+    bytes[18] = bytes[19] = 1;
+    load(std::move(image));
+    requireOurTables();
+    requireWhole();
+}
+
+HiveDatabase HiveDatabase::copy() const {
+    auto const own = bytes();
+    HiveImage image(own.size());
+    std::memcpy(image.bytes().data(), own.data(), own.size());
+    HiveDatabase result;
+    result.load(std::move(image));
+    return result;
+}
+
+std::span<unsigned char const> HiveDatabase::bytes() const {
+    sqlite3_int64 size = 0;
+    auto* const bytes = sqlite3_serialize(database_.get(), "main", &size, SQLITE_SERIALIZE_NOCOPY);
+    failIf(bytes == nullptr, ERROR_REGISTRY_IO_FAILED);
+    return {bytes, static_cast<std::size_t>(size)};
+}
+
+void HiveDatabase::open() {
     prepared_.clear();
     sqlite3* opened = nullptr;
     int const result = sqlite3_open_v2(
-        path.c_str(), &opened, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE, nullptr);
+        ":memory:", &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE,
+        nullptr);
     database_.reset(opened);
-    failIf(result == SQLITE_NOMEM, ERROR_NOT_ENOUGH_MEMORY);
-    if (result != SQLITE_OK) return false;
-    access_ = access;
-    prepareConnection();
-    return true;
+    check(result);
+    sqlite3_extended_result_codes(opened, 1);
 }
 
-void HiveDatabase::openInMemory() {
-    if (!tryOpen(":memory:", SQLITE_OPEN_READWRITE, HiveAccess::absent)) fail(ERROR_CANTOPEN);
-    createContent();
-}
-
-void HiveDatabase::prepareConnection() {
+void HiveDatabase::load(HiveImage image) {
+    open();
     auto* const database = database_.get();
-    sqlite3_extended_result_codes(database, 1);
-    sqlite3_busy_timeout(database, static_cast<int>(std::chrono::milliseconds(patience).count()));
-    // The file may come from anyone: nothing in it may run or be trusted.
+    auto const size = static_cast<sqlite3_int64>(image.bytes().size());
+    // Frees the bytes also when it fails.
+    check(sqlite3_deserialize(database, "main", image.release(), size, size,
+                              SQLITE_DESERIALIZE_FREEONCLOSE | SQLITE_DESERIALIZE_RESIZEABLE));
+    auto limit = largestHive;
+    sqlite3_file_control(database, "main", SQLITE_FCNTL_SIZE_LIMIT, &limit);
+    sqlite3_limit(database, SQLITE_LIMIT_LENGTH, largestRow);
+    sqlite3_limit(database, SQLITE_LIMIT_SQL_LENGTH, longestSql);
+    // A damaged file must not lead anywhere: nothing in it may run or be trusted.
     sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
     sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
-    sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-    // The companions of the file stay when the last writer goes, so that those
-    // who may not make files in the folder can read.
-    int persist = 1;
-    sqlite3_file_control(database, "main", SQLITE_FCNTL_PERSIST_WAL, &persist);
     execute("PRAGMA cell_size_check = ON");
 }
 
@@ -151,75 +132,27 @@ Statement HiveDatabase::statement(char const* sql) {
         int const result =
             sqlite3_prepare_v3(database_.get(), sql, -1, SQLITE_PREPARE_PERSISTENT, &made, nullptr);
         prepared.reset(made);
-        if (result != SQLITE_OK) failWithSqlite(result);
+        check(result);
     }
     return {database_.get(), prepared.get()};
 }
 
-std::int64_t HiveDatabase::foreignChanges() {
-    auto pragma = statement("PRAGMA data_version");
-    return pragma.step() ? pragma.number(0) : 0;
+void HiveDatabase::requireOurTables() {
+    auto query = statement("SELECT name, ifnull(sql, '') FROM sqlite_schema ORDER BY rowid");
+    for (auto const& entry : schema) {
+        bool const same =
+            query.step() && query.bytes(0) == entry.name && query.bytes(1) == entry.sql;
+        failIf(!same, ERROR_BADDB);
+    }
 }
 
-bool HiveDatabase::isRegistry() {
-    auto const single = [&](char const* sql) {
-        auto query = statement(sql);
-        return query.step() ? query.number(0) : 0;
-    };
-    std::int64_t const id = single("PRAGMA application_id");
-    std::int64_t const version = single("PRAGMA user_version");
-    if (id == applicationId && version == tablesVersion) return true;
-    bool const fresh = id == 0 && version == 0 && single("SELECT count(*) FROM sqlite_schema") == 0;
-    failIf(!fresh, ERROR_BADDB);
-    return false;
-}
-
-bool HiveDatabase::isRegistryAtOneTime() {
-    // Another process may be creating the content between two of the questions.
-    execute("BEGIN");
-    bool const registry = isRegistry();
-    execute("COMMIT");
-    return registry;
-}
-
-bool HiveDatabase::isInWriteAheadMode() {
-    auto query = statement("PRAGMA journal_mode");
-    return query.step() && query.bytes(0) == "wal";
-}
-
-void HiveDatabase::checkWhole() {
+void HiveDatabase::requireWhole() {
     auto query = statement("PRAGMA quick_check(1)");
     failIf(!query.step() || query.bytes(0) != "ok", ERROR_REGISTRY_CORRUPT);
+    failIf(!statement("SELECT 1 FROM keys WHERE id = 1").step(), ERROR_REGISTRY_CORRUPT);
 }
 
-void HiveDatabase::switchToWriteAheadLog() {
-    // Switching needs the file for itself, and does not wait for that.
-    auto const end = std::chrono::steady_clock::now() + patience;
-    for (;;) {
-        int const result =
-            sqlite3_exec(database_.get(), "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
-        if (result == SQLITE_OK) return;
-        bool const busy = (result & 0xFF) == SQLITE_BUSY || (result & 0xFF) == SQLITE_LOCKED;
-        if (!busy || std::chrono::steady_clock::now() > end) failWithSqlite(result);
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-}
-
-void HiveDatabase::createContent() {
-    execute("BEGIN IMMEDIATE");
-    // Somebody else may have been first.
-    if (!isRegistry()) {
-        for (auto const* sql : createTables) {
-            if (sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
-                failWithSqlite(sqlite3_extended_errcode(database_.get()));
-            }
-        }
-        insertFirstKeys();
-    }
-    execute("COMMIT");
-}
-
-void HiveDatabase::insertFirstKeys() {
+void HiveDatabase::insertFirstKeys(bool ofMachine) {
     struct FirstKey {
         char16_t const* name;
         std::int64_t parent;
@@ -231,8 +164,7 @@ void HiveDatabase::insertFirstKeys() {
         {u"System", 1, 1}, {u"CurrentControlSet", 4, 2}, {u"Hardware Profiles", 5, 3},
         {u"Current", 6, 4}};
     constexpr std::size_t ofUser = 3;
-    std::size_t const count = isMachine_ ? std::size(keys) : ofUser;
-    for (auto const& key : std::span(keys).first(count)) {
+    for (auto const& key : std::span(keys).first(ofMachine ? std::size(keys) : ofUser)) {
         statement("INSERT INTO keys(parent, folded, name, depth, written) VALUES(?,?,?,?,?)")
             .bind(key.parent)
             .bind(std::string_view(Name(key.name).folded))

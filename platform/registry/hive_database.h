@@ -1,4 +1,4 @@
-/// The SQLite database that holds one hive.
+/// The SQLite database that holds one hive, in memory.
 ///
 /// Tables:
 ///   keys(id, parent, folded, name, class, depth, written): the tree. The root
@@ -35,7 +35,6 @@ class Statement {
     Statement& bind(std::int64_t number);
     Statement& bind(std::string_view bytes);
     Statement& bind(std::u16string_view text);
-    Statement& bindNothing();
 
     /// Moves to the next row; false after the last.
     bool step();
@@ -52,44 +51,52 @@ class Statement {
     int next_ = 1;
 };
 
-/// Who may do what with the file.
-enum class HiveAccess {
-    writable,
-    readOnly,
-    /// Read-only, and nobody else can be noticed writing to it.
-    unchanging,
-    /// There is no file, and none was made: empty and in memory only.
-    absent
+/// The bytes of a hive's file, in memory that SQLite may take over.
+class HiveImage {
+  public:
+    /// Room for a file of this size. Fails when it is larger than a hive may be.
+    explicit HiveImage(std::uint64_t size);
+    HiveImage(unsigned char* taken, std::uint64_t size) noexcept : bytes_(taken), size_(size) {}
+
+    std::span<unsigned char> bytes() const { return {bytes_.get(), size_}; }
+    unsigned char* release() { return bytes_.release(); }
+
+  private:
+    struct Free {
+        void operator()(unsigned char* bytes) const noexcept { sqlite3_free(bytes); }
+    };
+    std::unique_ptr<unsigned char, Free> bytes_;
+    std::size_t size_;
 };
 
 /// One connection. Used by one thread at a time.
 class HiveDatabase {
   public:
-    /// Opens the file, makes it when it is missing and `mayMake`, and checks
-    /// that it is a registry. Fails with ERROR_BADDB when it is something else;
-    /// then the file is as it was.
-    HiveDatabase(std::string const& path, bool isMachine, bool mayMake);
+    /// A hive with nothing but the keys that are always there.
+    explicit HiveDatabase(bool ofMachine);
 
-    HiveAccess access() const { return access_; }
+    /// Fails with ERROR_BADDB when the bytes are something else than a hive,
+    /// with ERROR_REGISTRY_CORRUPT when they are a damaged one.
+    explicit HiveDatabase(HiveImage image);
+
+    /// The same content, to be changed.
+    HiveDatabase copy() const;
+
+    /// The file that holds this content. Valid until the next use.
+    std::span<unsigned char const> bytes() const;
+
     Statement statement(char const* sql);
     void execute(char const* sql) { statement(sql).run(); }
     std::int64_t lastInsertedId() const { return sqlite3_last_insert_rowid(database_.get()); }
-    bool isInTransaction() const { return sqlite3_get_autocommit(database_.get()) == 0; }
-    /// A number that changes when another connection has changed the file.
-    std::int64_t foreignChanges();
+    bool isChanged() const { return sqlite3_total_changes64(database_.get()) != 0; }
 
   private:
-    void open(std::string const& path, bool mayMake);
-    bool tryOpen(std::string const& path, int flags, HiveAccess access);
-    void openInMemory();
-    void prepareConnection();
-    bool isRegistry();
-    bool isRegistryAtOneTime();
-    bool isInWriteAheadMode();
-    void checkWhole();
-    void switchToWriteAheadLog();
-    void createContent();
-    void insertFirstKeys();
+    HiveDatabase() = default;
+    void open();
+    void load(HiveImage image);
+    void requireOurTables();
+    void requireWhole();
+    void insertFirstKeys(bool ofMachine);
 
     struct Close {
         void operator()(sqlite3* database) const noexcept { sqlite3_close_v2(database); }
@@ -99,14 +106,12 @@ class HiveDatabase {
     };
     std::unique_ptr<sqlite3, Close> database_;
     std::map<std::string_view, std::unique_ptr<sqlite3_stmt, Finalize>> prepared_;
-    HiveAccess access_ = HiveAccess::absent;
-    bool const isMachine_;
 };
-
-/// Fails with the published number for a SQLite result that is no success.
-[[noreturn]] void failWithSqlite(int result);
 
 /// The current time as the published file time counts it.
 std::int64_t currentFileTime();
+
+/// Fails with the published number for a SQLite result that is no success.
+void check(int result);
 
 }  // namespace velk::platform::registry

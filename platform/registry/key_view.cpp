@@ -48,14 +48,33 @@ void requireExistence(Place const& place) {
     failIf(!HiveStore(session).facts(place.key), ERROR_KEY_DELETED);
 }
 
-/// The merged key of a path below Software\Classes.
-std::optional<KeyView> findMerged(KeyPath const& classesPath) {
+/// The keys of a path below Software\Classes, the user's first, and the status
+/// of a hive that cannot be read: it hides none of the other's.
+std::pair<std::vector<Place>, LSTATUS> readableClasses(KeyPath const& classesPath) {
+    std::vector<Place> places;
+    LSTATUS unreadable = ERROR_SUCCESS;
     for (auto const hive : bothHives) {
-        if (auto const key = findClass(hive, classesPath)) {
-            return KeyView{KeyView::Kind::merged, {hive, *key}, classesPath};
+        try {
+            if (auto const key = findClass(hive, classesPath)) places.push_back({hive, *key});
+        } catch (RegistryError const& error) {
+            unreadable = error.status;
         }
     }
-    return std::nullopt;
+    return {std::move(places), unreadable};
+}
+
+/// The same; a hive that cannot be read is a failure where nothing is found.
+std::vector<Place> findClasses(KeyPath const& classesPath) {
+    auto [places, unreadable] = readableClasses(classesPath);
+    failIf(places.empty() && unreadable != ERROR_SUCCESS, unreadable);
+    return places;
+}
+
+/// The merged key of a path below Software\Classes.
+std::optional<KeyView> findMerged(KeyPath const& classesPath) {
+    auto const places = findClasses(classesPath);
+    if (places.empty()) return std::nullopt;
+    return KeyView{KeyView::Kind::merged, places.front(), classesPath};
 }
 
 std::optional<KeyView> findPlain(Place start, std::span<Name const> path) {
@@ -78,11 +97,9 @@ std::optional<KeyView> enterUsers(Name const& name) {
 /// Where a new key of a merged path goes: the machine's hive, unless what
 /// exists of the path already is the user's alone.
 HiveName hiveForNewClass(KeyPath const& classesPath) {
-    for (std::size_t depth = classesPath.size(); depth > 0; --depth) {
-        KeyPath const front(classesPath.begin(),
-                            classesPath.begin() + static_cast<std::ptrdiff_t>(depth));
-        if (findClass(HiveName::machine, front)) return HiveName::machine;
-        if (findClass(HiveName::user, front)) return HiveName::user;
+    for (auto front = classesPath; !front.empty(); front.pop_back()) {
+        auto const places = readableClasses(front).first;
+        if (!places.empty()) return places.back().hive;
     }
     return HiveName::machine;
 }
@@ -146,13 +163,7 @@ std::vector<Place> placesOf(KeyView const& view) {
     bool const isClassesRoot = view.kind == KeyView::Kind::merged && view.classesPath.empty();
     if (!isClassesRoot) requireExistence(view.place);
     if (view.kind == KeyView::Kind::plain) return {view.place};
-    std::vector<Place> places;
-    for (auto const hive : bothHives) {
-        bool const own = !isClassesRoot && hive == view.place.hive;
-        auto const key = own ? std::optional(view.place.key) : findClass(hive, view.classesPath);
-        if (key) places.push_back({hive, *key});
-    }
-    return places;
+    return findClasses(view.classesPath);
 }
 
 std::optional<KeyView> findBelow(KeyView const& view, KeyPath const& path) {
@@ -171,19 +182,26 @@ std::optional<KeyView> findBelow(KeyView const& view, KeyPath const& path) {
 }
 
 CreatedKey createBelow(KeyView const& view, KeyPath const& path, std::u16string_view keyClass) {
-    if (auto const existing = findBelow(view, path)) return {*existing, false};
-    if (view.kind == KeyView::Kind::users) {
+    if (view.kind != KeyView::Kind::merged) {
+        if (auto const existing = findBelow(view, path)) return {*existing, false};
+        if (view.kind == KeyView::Kind::plain) return createPlain(view.place, path, keyClass);
         auto const user = enterUsers(path.front());
         failIf(!user, ERROR_INVALID_PARAMETER);
         return createPlain(user->place, std::span(path).subspan(1), keyClass);
     }
-    if (view.kind == KeyView::Kind::plain) return createPlain(view.place, path, keyClass);
+    if (!view.classesPath.empty()) requireExistence(view.place);
     KeyPath const full = joined(view.classesPath, path);
-    auto created =
-        createPlain({hiveForNewClass(full), rootKey}, joined(classesRoot(), full), keyClass);
-    created.view.kind = KeyView::Kind::merged;
-    created.view.classesPath = full;
-    return created;
+    // Of a new class a hive that cannot be read has nothing to say.
+    CreatedKey result{{KeyView::Kind::merged, {}, full}, false};
+    if (auto const places = readableClasses(full).first; !places.empty()) {
+        result.view.place = places.front();
+    } else {
+        auto const made =
+            createPlain({hiveForNewClass(full), rootKey}, joined(classesRoot(), full), keyClass);
+        result.view.place = made.view.place;
+        result.isNew = made.isNew;
+    }
+    return result;
 }
 
 std::vector<std::u16string> userNames() {
@@ -199,12 +217,9 @@ Listing listingOf(KeyView const& view, Listed what) {
     for (auto const& place : placesOf(view)) {
         HiveSession session(place.hive, Purpose::read);
         HiveStore store(session);
-        // The mark of foreign changes belongs to what the session sees once it
-        // has begun to read.
-        auto const names =
-            what == Listed::keys ? store.children(place.key) : store.values(place.key);
         listing.stamps.push_back(session.stamp());
-        merge(listing.names, names);
+        merge(listing.names,
+              what == Listed::keys ? store.children(place.key) : store.values(place.key));
     }
     return listing;
 }
@@ -214,8 +229,7 @@ bool isCurrent(Listing const& listing, KeyView const& view) {
     for (auto const& place : placesOf(view)) {
         if (at == listing.stamps.size()) return false;
         HiveSession session(place.hive, Purpose::read);
-        HiveStore(session).facts(place.key);
-        if (!(session.stamp() == listing.stamps[at++])) return false;
+        if (session.stamp() != listing.stamps[at++]) return false;
     }
     return at == listing.stamps.size();
 }

@@ -13,6 +13,8 @@ namespace velk::platform::registry {
 inline constexpr std::size_t longestKeyName = 255;
 inline constexpr std::size_t longestValueName = 16383;
 inline constexpr int deepestKey = 512;
+/// Of a value's data, in bytes; the layer's own.
+inline constexpr int longestValue = 1 << 20;
 
 /// A name and the form in which names are compared and ordered: each unit in
 /// upper case, as two bytes with the higher first.

@@ -4,26 +4,15 @@
 #include "platform/registry/hive_database.h"
 
 namespace velk::platform::registry {
-namespace {
 
 void check(int result) {
-    if (result != SQLITE_OK) failWithSqlite(result);
-}
-
-}  // namespace
-
-void failWithSqlite(int result) {
     switch (result & 0xFF) {
+        case SQLITE_OK:
+            return;
         case SQLITE_NOTADB:
             fail(ERROR_BADDB);
         case SQLITE_CORRUPT:
             fail(ERROR_REGISTRY_CORRUPT);
-        case SQLITE_READONLY:
-        case SQLITE_PERM:
-        case SQLITE_AUTH:
-            fail(ERROR_ACCESS_DENIED);
-        case SQLITE_CANTOPEN:
-            fail(ERROR_CANTOPEN);
         case SQLITE_FULL:
             fail(ERROR_DISK_FULL);
         case SQLITE_NOMEM:
@@ -64,16 +53,12 @@ Statement& Statement::bind(std::u16string_view text) {
                                  text.size() * sizeof(char16_t)));
 }
 
-Statement& Statement::bindNothing() {
-    check(sqlite3_bind_null(prepared_, next_++));
-    return *this;
-}
-
 bool Statement::step() {
     int const result = sqlite3_step(prepared_);
     if (result == SQLITE_ROW) return true;
     if (result == SQLITE_DONE) return false;
-    failWithSqlite(sqlite3_extended_errcode(database_));
+    check(sqlite3_extended_errcode(database_));
+    return false;
 }
 
 void Statement::run() {

@@ -56,6 +56,7 @@ LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD, DWORD type, BYTE const* da
         auto const target = openKey(key);
         target->require(KEY_SET_VALUE);
         failIf(data == nullptr && size != 0, ERROR_NOACCESS);
+        failIf(size > longestValue, ERROR_NOT_ENOUGH_MEMORY);
         auto const value = valueName(name);
         auto const place = placeToChange(target->view);
         HiveSession session(place.hive, HiveSession::Purpose::write);
