@@ -48,7 +48,36 @@ bool beginsAsHive(std::span<unsigned char const> bytes) {
 }
 static_assert(std::size(schema) == 4);
 
+Connection connection(char const* path, int flags) {
+    sqlite3* opened = nullptr;
+    int const result = sqlite3_open_v2(
+        path, &opened, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE, nullptr);
+    Connection database(opened);
+    check(result);
+    sqlite3_extended_result_codes(opened, 1);
+    sqlite3_limit(opened, SQLITE_LIMIT_LENGTH, largestRow);
+    sqlite3_limit(opened, SQLITE_LIMIT_SQL_LENGTH, longestSql);
+    // A damaged file must not lead anywhere: nothing in it may run or be trusted.
+    sqlite3_db_config(opened, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(opened, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(opened, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
+    sqlite3_db_config(opened, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
+    return database;
+}
+
+HiveImage imageOf(sqlite3* database) {
+    sqlite3_int64 size = 0;
+    auto* const bytes = sqlite3_serialize(database, "main", &size, 0);
+    if (bytes == nullptr) check(sqlite3_extended_errcode(database));
+    failIf(bytes == nullptr, ERROR_NOT_ENOUGH_MEMORY);
+    return {bytes, static_cast<std::uint64_t>(size)};
+}
+
 }  // namespace
+
+HiveImage imageWithLog(std::string const& path) {
+    return imageOf(connection(path.c_str(), SQLITE_OPEN_READONLY).get());
+}
 
 HiveImage::HiveImage(std::uint64_t size) : size_(size) {
     failIf(size > largestHive, ERROR_REGISTRY_CORRUPT);
@@ -57,22 +86,19 @@ HiveImage::HiveImage(std::uint64_t size) : size_(size) {
 }
 
 HiveDatabase::HiveDatabase(bool ofMachine) {
-    open();
+    database_ = connection(":memory:", SQLITE_OPEN_READWRITE);
     for (auto const* sql :
          {keysTable, dataTable, "PRAGMA application_id = 0x56656C52", "PRAGMA user_version = 1"}) {
         execute(sql);
     }
     insertFirstKeys(ofMachine);
-    sqlite3_int64 size = 0;
-    auto* const bytes = sqlite3_serialize(database_.get(), "main", &size, 0);
-    failIf(bytes == nullptr, ERROR_NOT_ENOUGH_MEMORY);
-    load(HiveImage(bytes, static_cast<std::uint64_t>(size)));
+    load(imageOf(database_.get()));
 }
 
 HiveDatabase::HiveDatabase(HiveImage image) {
     auto const bytes = image.bytes();
     failIf(!beginsAsHive(bytes), ERROR_BADDB);
-    // A file that was last changed through a log of its own is whole without it.
+    // The log that former versions kept has been read already.
     bytes[18] = bytes[19] = 1;
     load(std::move(image));
     requireOurTables();
@@ -91,37 +117,22 @@ HiveDatabase HiveDatabase::copy() const {
 std::span<unsigned char const> HiveDatabase::bytes() const {
     sqlite3_int64 size = 0;
     auto* const bytes = sqlite3_serialize(database_.get(), "main", &size, SQLITE_SERIALIZE_NOCOPY);
-    failIf(bytes == nullptr, ERROR_REGISTRY_IO_FAILED);
+    failIf(bytes == nullptr, ERROR_NOT_ENOUGH_MEMORY);
     return {bytes, static_cast<std::size_t>(size)};
 }
 
-void HiveDatabase::open() {
-    prepared_.clear();
-    sqlite3* opened = nullptr;
-    int const result = sqlite3_open_v2(
-        ":memory:", &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE,
-        nullptr);
-    database_.reset(opened);
-    check(result);
-    sqlite3_extended_result_codes(opened, 1);
-}
-
 void HiveDatabase::load(HiveImage image) {
-    open();
+    prepared_.clear();
+    database_ = connection(":memory:", SQLITE_OPEN_READWRITE);
     auto* const database = database_.get();
     auto const size = static_cast<sqlite3_int64>(image.bytes().size());
-    // Frees the bytes also when it fails.
-    check(sqlite3_deserialize(database, "main", image.release(), size, size,
-                              SQLITE_DESERIALIZE_FREEONCLOSE | SQLITE_DESERIALIZE_RESIZEABLE));
+    // Frees the bytes also when it fails, which lacking memory alone makes it do.
+    int const result =
+        sqlite3_deserialize(database, "main", image.release(), size, size,
+                            SQLITE_DESERIALIZE_FREEONCLOSE | SQLITE_DESERIALIZE_RESIZEABLE);
+    failIf(result != SQLITE_OK, ERROR_NOT_ENOUGH_MEMORY);
     auto limit = largestHive;
     sqlite3_file_control(database, "main", SQLITE_FCNTL_SIZE_LIMIT, &limit);
-    sqlite3_limit(database, SQLITE_LIMIT_LENGTH, largestRow);
-    sqlite3_limit(database, SQLITE_LIMIT_SQL_LENGTH, longestSql);
-    // A damaged file must not lead anywhere: nothing in it may run or be trusted.
-    sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-    sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-    sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
-    sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
     execute("PRAGMA cell_size_check = ON");
 }
 

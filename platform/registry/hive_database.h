@@ -60,6 +60,8 @@ class HiveImage {
 
     std::span<unsigned char> bytes() const { return {bytes_.get(), size_}; }
     unsigned char* release() { return bytes_.release(); }
+    /// Whether the file was kept together with a log beside it.
+    bool hasLog() const { return size_ > 19 && bytes_.get()[19] == 2; }
 
   private:
     struct Free {
@@ -68,6 +70,15 @@ class HiveImage {
     std::unique_ptr<unsigned char, Free> bytes_;
     std::size_t size_;
 };
+
+struct CloseDatabase {
+    void operator()(sqlite3* database) const noexcept { sqlite3_close_v2(database); }
+};
+using Connection = std::unique_ptr<sqlite3, CloseDatabase>;
+
+/// The content of a file to which a log beside it belongs, as former versions
+/// kept it.
+HiveImage imageWithLog(std::string const& path);
 
 /// One connection. Used by one thread at a time.
 class HiveDatabase {
@@ -92,19 +103,15 @@ class HiveDatabase {
 
   private:
     HiveDatabase() = default;
-    void open();
     void load(HiveImage image);
     void requireOurTables();
     void requireWhole();
     void insertFirstKeys(bool ofMachine);
 
-    struct Close {
-        void operator()(sqlite3* database) const noexcept { sqlite3_close_v2(database); }
-    };
     struct Finalize {
         void operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
     };
-    std::unique_ptr<sqlite3, Close> database_;
+    Connection database_;
     std::map<std::string_view, std::unique_ptr<sqlite3_stmt, Finalize>> prepared_;
 };
 

@@ -124,11 +124,12 @@ std::string nameOfProcess(pid_t process) {
 HiveFile::HiveFile(HiveName name)
     : folder_(folderOf(name)),
       name_(name == HiveName::machine ? "machine" : "user"),
+      path_(folder_ + '/' + name_ + ".db"),
       isMachine_(name == HiveName::machine) {}
 
 std::optional<FileMark> HiveFile::mark() const noexcept {
     struct stat info;
-    if (folder_.empty() || stat(path().c_str(), &info) != 0) return std::nullopt;
+    if (folder_.empty() || stat(path_.c_str(), &info) != 0) return std::nullopt;
     // Every change of a file changes this time, that of its rights too.
     return FileMark{info.st_dev, info.st_ino,
                     info.st_ctim.tv_sec * 1'000'000'000 + info.st_ctim.tv_nsec, info.st_size,
@@ -153,6 +154,9 @@ std::pair<std::optional<HiveImage>, std::string> HiveFile::read() const {
     if (info.st_size == 0) return {};
     HiveImage image(static_cast<std::uint64_t>(info.st_size));
     forAll(image.bytes(), [&](void* at, std::size_t size) { return ::read(file, at, size); });
+    auto const log = path_ + "-wal";
+    bool const hasLog = image.hasLog() && stat(log.c_str(), &info) == 0 && info.st_size != 0;
+    if (hasLog) return {imageWithLog(path_), ""};
     return {std::move(image), ""};
 }
 
@@ -208,6 +212,9 @@ void HiveFileLock::replace(std::span<unsigned char const> content) const {
         throw;
     }
     fsync(folder_);
+    for (auto const* log : {".db-wal", ".db-shm"}) {
+        unlinkat(folder_, (file_.name_ + log).c_str(), 0);
+    }
 }
 
 }  // namespace velk::platform::registry

@@ -49,7 +49,7 @@ class HiveFile {
   public:
     explicit HiveFile(HiveName name);
 
-    std::string path() const { return folder_ + '/' + name_ + ".db"; }
+    std::string const& path() const { return path_; }
     /// Nothing when no file shows.
     std::optional<FileMark> mark() const noexcept;
 
@@ -67,6 +67,7 @@ class HiveFile {
 
     std::string const folder_;
     std::string const name_;
+    std::string const path_;
     bool const isMachine_;
 };
 

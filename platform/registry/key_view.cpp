@@ -57,6 +57,7 @@ std::pair<std::vector<Place>, LSTATUS> readableClasses(KeyPath const& classesPat
         try {
             if (auto const key = findClass(hive, classesPath)) places.push_back({hive, *key});
         } catch (RegistryError const& error) {
+            if (error.status == ERROR_NOT_ENOUGH_MEMORY) throw;
             unreadable = error.status;
         }
     }
