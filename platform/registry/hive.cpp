@@ -75,7 +75,7 @@ void Hive::load() {
         isRefused_ = !reason.empty();
         database_ = image ? std::make_unique<HiveDatabase>(std::move(*image))
                           : std::make_unique<HiveDatabase>(isMachine_);
-        note(reason.empty() ? reason : "does not count: it " + reason);
+        note(reason.empty() ? reason : "does not count: " + reason);
     } catch (RegistryError const& error) {
         damage_ = error.status;
         bool const isHive = error.status != ERROR_BADDB;

@@ -64,19 +64,17 @@ bool isOwn(struct stat const& info) {
     return info.st_uid == geteuid() || info.st_uid == 0;
 }
 
+constexpr char const* noFile = "it is no regular file";
+
 /// Why what is open here is not believed; empty when it is.
 std::string doubt(int descriptor, mode_t kind) {
+    std::string const what = kind == S_IFDIR ? "its folder " : "it ";
     struct stat info;
-    if (fstat(descriptor, &info) != 0) return "cannot be looked at";
-    if ((info.st_mode & S_IFMT) != kind) return "is no regular file";
-    if (!isOwn(info)) return "belongs to user " + std::to_string(info.st_uid);
-    if ((info.st_mode & (S_IWGRP | S_IWOTH)) != 0) return "can be written to by others";
-    return {};
-}
-
-std::string doubtOfFolder(int descriptor) {
-    auto const why = doubt(descriptor, S_IFDIR);
-    return why.empty() ? why : "its folder " + why;
+    require(fstat(descriptor, &info) == 0);
+    if ((info.st_mode & S_IFMT) != kind) return noFile;
+    if (!isOwn(info)) return what + "belongs to user " + std::to_string(info.st_uid);
+    if ((info.st_mode & (S_IWGRP | S_IWOTH)) == 0) return {};
+    return what + "can be written to by others";
 }
 
 std::string parentOf(std::string const& folder) {
@@ -141,12 +139,12 @@ std::pair<std::optional<HiveImage>, std::string> HiveFile::read() const {
     bool const isThere = folder >= 0;
     if (!isThere && (errno == ENOENT || errno == ENOTDIR)) return {};
     require(isThere);
-    if (auto why = doubtOfFolder(folder); !why.empty()) return {std::nullopt, why};
+    if (auto why = doubt(folder, S_IFDIR); !why.empty()) return {std::nullopt, why};
     // A pipe without a writer would be waited for otherwise.
     constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     Descriptor const file(openat(folder, (name_ + ".db").c_str(), flags));
     if (file < 0 && errno == ENOENT) return {};
-    if (file < 0 && (errno == ELOOP || errno == ENXIO)) return {std::nullopt, "is no regular file"};
+    if (file < 0 && (errno == ELOOP || errno == ENXIO)) return {std::nullopt, noFile};
     require(file >= 0);
     if (auto why = doubt(file, S_IFREG); !why.empty()) return {std::nullopt, why};
     struct stat info;
@@ -177,7 +175,7 @@ HiveFileLock::HiveFileLock(HiveFile const& file, Deadline deadline, std::string&
       lock_(openat(folder_, (file.name_ + ".lock").c_str(),
                    O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600)) {
     require(lock_ >= 0);
-    failIf(!doubtOfFolder(folder_).empty(), ERROR_ACCESS_DENIED);
+    failIf(!doubt(folder_, S_IFDIR).empty(), ERROR_ACCESS_DENIED);
     failIf(!doubt(lock_, S_IFREG).empty(), ERROR_ACCESS_DENIED);
     // A lock of the whole process, which a forked child does not share.
     struct flock wanted {};

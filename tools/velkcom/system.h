@@ -18,6 +18,10 @@ std::string pathToUtf8(std::filesystem::path const& path);
 /// own output and errors.
 bool isTerminal(std::ostream const& stream);
 
+/// What is wrong with files of the registry that were needed, a line each in
+/// UTF-8; empty when nothing is, or the system does not tell.
+std::string registryProblems();
+
 /// Of the terminal of the program's errors, in characters; 80 when it does not
 /// tell.
 int terminalWidth();

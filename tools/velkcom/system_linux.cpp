@@ -4,6 +4,7 @@
 
 #include <sys/ioctl.h>
 #include <unistd.h>
+#include <velk_registry.h>
 
 namespace velk::velkcom {
 
@@ -22,6 +23,12 @@ std::string pathToUtf8(std::filesystem::path const& path) {
 bool isTerminal(std::ostream const& stream) {
     if (&stream == &std::cout) return isatty(STDOUT_FILENO) != 0;
     return &stream == &std::cerr && isatty(STDERR_FILENO) != 0;
+}
+
+std::string registryProblems() {
+    std::string lines(VelkRegistryProblems(nullptr, 0) + 1, '\0');
+    lines.resize(VelkRegistryProblems(lines.data(), static_cast<DWORD>(lines.size())));
+    return lines;
 }
 
 int terminalWidth() {

@@ -26,6 +26,10 @@ bool isTerminal(std::ostream const& stream) {
     return &stream == &std::cerr && _isatty(2) != 0;
 }
 
+std::string registryProblems() {
+    return {};
+}
+
 int terminalWidth() {
     constexpr int usual = 80;
     CONSOLE_SCREEN_BUFFER_INFO console{};
