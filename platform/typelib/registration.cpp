@@ -151,6 +151,7 @@ void unregisterFrom(Classes const& classes, REFGUID id, WORD major, WORD minor, 
     auto const path = classes.open(place).text();
     require(path.has_value(), TYPE_E_REGISTRYACCESS);
     try {
+        require(isAbsolutePath(*path), TYPE_E_CANTLOADLIBRARY);
         removeInterfaces(classes, loadLibraryFile(*path).get(), id);
     } catch (ResultError const&) {
         // The file is gone: its interfaces cannot be told any more.
