@@ -1,11 +1,13 @@
 #include "platform/registry/hive.h"
 
 #include <atomic>
+#include <cerrno>
 #include <thread>
 
 #include <pthread.h>
+#include <velk_registry.h>
 
-#include "platform/registry/transaction.h"
+#include "platform/system/environment.h"
 #include "platform/system/trace.h"
 
 namespace velk::platform::registry {
@@ -13,43 +15,76 @@ namespace {
 
 // How long a writer waits for others before it fails.
 constexpr std::chrono::seconds patience{15};
+// Of the files in which former versions kept changes.
+constexpr char const* logEndings[] = {"-wal", "-shm"};
+constexpr HiveName bothHives[] = {HiveName::user, HiveName::machine};
 
 HiveStamp newStamp() {
+    // Between them there is room for the steps of a change.
     static std::atomic<HiveStamp> last{0};
-    return ++last;
+    return last += HiveStamp{1} << 32;
+}
+
+/// Programs that run with more rights than their user have no user's hive.
+std::string folderOf(HiveName name) {
+    if (auto chosen = pathVariable("VELK_REGISTRY_DIR"); !chosen.empty()) return chosen;
+    if (name == HiveName::machine) return "/var/lib/velkcomadapter";
+    if (isPrivileged()) return {};
+    auto const data = pathVariable("XDG_DATA_HOME");
+    return (data.empty() ? homeFolder() + "/.local/share" : data) + "/velkcomadapter";
+}
+
+[[noreturn]] void failWithErrno(int number) {
+    switch (number) {
+        case EBUSY:
+            fail(ERROR_BUSY);
+        case ENODATA:
+            fail(ERROR_REGISTRY_CORRUPT);
+        case ENOSPC:
+        case EDQUOT:
+            fail(ERROR_DISK_FULL);
+        case ENOMEM:
+            fail(ERROR_NOT_ENOUGH_MEMORY);
+        case EMFILE:
+        case ENFILE:
+        case EIO:
+            fail(ERROR_REGISTRY_IO_FAILED);
+        default:
+            fail(ERROR_ACCESS_DENIED);
+    }
+}
+
+/// Runs what works on files, and gives its failures their published numbers.
+template <typename Work>
+auto onFiles(Work work) {
+    try {
+        return work();
+    } catch (SystemFailure const& failure) {
+        failWithErrno(failure.number);
+    }
 }
 
 }  // namespace
 
-/// A forked child finds no hive locked, and none that a thread of its parent is
-/// changing.
-struct ForkGuard {
-    static void prepare() {
-        for (auto const name : {HiveName::user, HiveName::machine}) Hive::named(name).lock_.lock();
-    }
-    static void proceed() {
-        for (auto const name : {HiveName::user, HiveName::machine}) {
-            Hive::named(name).lock_.unlock();
-        }
-    }
-    static void proceedInChild() {
-        for (auto const name : {HiveName::user, HiveName::machine}) {
-            Hive::named(name).isBeingChanged_ = false;
-        }
-        proceed();
-    }
-};
+Hive::Hive(HiveName name)
+    : file_(name == HiveName::machine ? OwnedFile(folderOf(name), "machine.db", 0644, 0755)
+                                      : OwnedFile(folderOf(name), "user.db", 0600, 0700)),
+      isMachine_(name == HiveName::machine) {}
 
 Hive& Hive::named(HiveName name) {
     static auto& user = *new Hive(HiveName::user);
     static auto& machine = *new Hive(HiveName::machine);
-    static bool const isGuarded = [] {
-        failIf(pthread_atfork(&ForkGuard::prepare, &ForkGuard::proceed,
-                              &ForkGuard::proceedInChild) != 0,
-               ERROR_NOT_ENOUGH_MEMORY);
-        return true;
-    }();
-    static_cast<void>(isGuarded);
+    // A forked child finds no hive locked, and none that a thread of its parent
+    // is changing.
+    static int const failure = pthread_atfork([] { user.lock_.lock(), machine.lock_.lock(); },
+                                              [] { user.lock_.unlock(), machine.lock_.unlock(); },
+                                              [] {
+                                                  for (auto* hive : {&user, &machine}) {
+                                                      hive->isBeingChanged_ = false;
+                                                      hive->lock_.unlock();
+                                                  }
+                                              });
+    failIf(failure != 0, ERROR_NOT_ENOUGH_MEMORY);
     return name == HiveName::user ? user : machine;
 }
 
@@ -66,47 +101,57 @@ void Hive::note(std::string const& problem) {
 }
 
 void Hive::load() {
-    stamp_ = newStamp();
-    damage_ = ERROR_SUCCESS;
-    // Before the file is read: if it is replaced meanwhile, the next look tells.
-    mark_ = file_.mark();
-    try {
-        auto [image, reason] = file_.read();
-        isRefused_ = !reason.empty();
-        database_ = image ? std::make_unique<HiveDatabase>(std::move(*image))
-                          : std::make_unique<HiveDatabase>(isMachine_);
-        note(reason.empty() ? reason : "does not count: " + reason);
-    } catch (RegistryError const& error) {
-        damage_ = error.status;
-        bool const isHive = error.status != ERROR_BADDB;
-        bool const isRead = !isHive || error.status == ERROR_REGISTRY_CORRUPT;
-        note(!isRead ? "cannot be read" : isHive ? "is damaged" : "is no registry");
-        throw;
+    auto const opened = onFiles([&] { return file_.open(); });
+    auto const& file = opened.first;
+    auto const& reason = opened.second;
+    isRefused_ = !reason.empty();
+    auto const size = file < 0 ? 0 : onFiles([&] { return sizeOf(file); });
+    if (size == 0) {
+        database_ = std::make_unique<HiveDatabase>();
+        HiveStore(database_.get()).addFirstKeys(isMachine_);
+    } else {
+        auto image = HiveImage::ofSize(size);
+        onFiles([&] { readAll(file, image.bytes()); });
+        auto const log = file_.path() + "-wal";
+        bool const hasLog = image.hasLog() && access(log.c_str(), F_OK) == 0;
+        if (hasLog) image = HiveImage::withLog(file_.path());
+        database_ = std::make_unique<HiveDatabase>(std::move(image));
     }
+    note(isRefused_ ? "does not count: " + reason : "");
 }
 
 HiveDatabase& Hive::database() {
-    bool const isDamaged = damage_ == ERROR_BADDB || damage_ == ERROR_REGISTRY_CORRUPT;
-    bool const isKnown = (database_ != nullptr && !isRefused_) || isDamaged;
-    if (!isKnown || file_.mark() != mark_) {
+    auto const now = file_.mark();
+    bool const isKnown = (database_ != nullptr && !isRefused_) || damage_ != ERROR_SUCCESS;
+    if (!isKnown || now != mark_) {
         database_.reset();
-        load();
+        damage_ = ERROR_SUCCESS;
+        // Taken before the file is read: if it is replaced meanwhile, the next
+        // look tells.
+        mark_ = now;
+        stamp_ = newStamp();
+        try {
+            load();
+        } catch (RegistryError const& error) {
+            bool const isForeign = error.status == ERROR_BADDB;
+            bool const isDamaged = error.status == ERROR_REGISTRY_CORRUPT;
+            if (isForeign || isDamaged) damage_ = error.status;
+            note(isForeign ? "is no registry" : isDamaged ? "is damaged" : "cannot be read");
+            throw;
+        }
     }
     failIf(damage_ != ERROR_SUCCESS, damage_);
     return *database_;
 }
 
-HiveChange::Turn::Turn(Hive& hive, HiveFileLock::Deadline deadline) : hive_(hive) {
+HiveChange::Turn HiveChange::turnAt(Hive& hive, OwnedFileTurn::Deadline deadline) {
     for (;;) {
         {
             std::lock_guard const guard(hive.lock_);
             // Before anything is made on its behalf.
             hive.database();
-            failIf(hive.isRefused_ || !hive.file_.canBeReplaced(), ERROR_ACCESS_DENIED);
-            if (!hive.isBeingChanged_) {
-                hive.isBeingChanged_ = true;
-                return;
-            }
+            failIf(!hive.isWritable(), ERROR_ACCESS_DENIED);
+            if (!std::exchange(hive.isBeingChanged_, true)) return Turn(&hive);
             if (std::chrono::steady_clock::now() > deadline) {
                 hive.note("is being changed by this process");
                 fail(ERROR_BUSY);
@@ -116,33 +161,28 @@ HiveChange::Turn::Turn(Hive& hive, HiveFileLock::Deadline deadline) : hive_(hive
     }
 }
 
-HiveChange::Turn::~Turn() {
-    std::lock_guard const guard(hive_.lock_);
-    hive_.isBeingChanged_ = false;
+void HiveChange::EndTurn::operator()(Hive* hive) const noexcept {
+    std::lock_guard const guard(hive->lock_);
+    hive->isBeingChanged_ = false;
 }
 
 HiveChange::HiveChange(HiveName name)
-    : hive_(Hive::named(name)),
-      process_(getpid()),
-      deadline_(std::chrono::steady_clock::now() + patience),
-      turn_(hive_, deadline_) {
+    : deadline_(std::chrono::steady_clock::now() + patience),
+      hive_(turnAt(Hive::named(name), deadline_)) {
     std::string holder;
     try {
-        lock_ = std::make_unique<HiveFileLock>(hive_.file_, deadline_, holder);
+        fileTurn_ = onFiles(
+            [&] { return std::make_unique<OwnedFileTurn>(hive_->file_, deadline_, holder); });
     } catch (RegistryError const&) {
-        std::lock_guard const guard(hive_.lock_);
-        if (!holder.empty()) hive_.note("is being changed by process " + holder);
+        std::lock_guard const guard(hive_->lock_);
+        if (!holder.empty()) hive_->note("is being changed by process " + holder);
         throw;
     }
-    std::lock_guard const guard(hive_.lock_);
-    auto& now = hive_.database();
-    failIf(hive_.isRefused_, ERROR_ACCESS_DENIED);
-    database_ = std::make_unique<HiveDatabase>(now.copy());
-    database_->execute("BEGIN");
-    renewStamp();
-}
-
-void HiveChange::renewStamp() {
+    std::lock_guard const guard(hive_->lock_);
+    auto const& now = hive_->database();
+    failIf(hive_->isRefused_, ERROR_ACCESS_DENIED);
+    database_ = now.copy();
+    database_->run("BEGIN");
     stamp_ = newStamp();
 }
 
@@ -150,18 +190,19 @@ void HiveChange::commit() {
     // In a forked child the turn is the parent's.
     failIf(process_ != getpid(), ERROR_NOT_SUPPORTED);
     failIf(isSpoiled_, ERROR_REGISTRY_IO_FAILED);
-    if (!database_->isChanged()) return;
-    database_->execute("COMMIT");
-    lock_->replace(database_->bytes());
-    std::lock_guard const guard(hive_.lock_);
-    hive_.database_ = std::move(database_);
-    hive_.mark_ = hive_.file_.mark();
-    hive_.stamp_ = newStamp();
-    hive_.damage_ = ERROR_SUCCESS;
-    hive_.note("");
+    if (database_->changes() == 0) return;
+    database_->run("COMMIT");
+    onFiles([&] { fileTurn_->replace(database_->bytes(), logEndings); });
+    std::lock_guard const guard(hive_->lock_);
+    hive_->database_ = std::move(database_);
+    hive_->mark_ = hive_->file_.mark();
+    hive_->stamp_ = newStamp();
+    hive_->damage_ = ERROR_SUCCESS;
+    hive_->note("");
 }
 
-HiveSession::HiveSession(HiveName name, Purpose purpose) : hive_(Hive::named(name)) {
+HiveSession::HiveSession(HiveName name, Purpose purpose)
+    : HiveStore(nullptr), hive_(Hive::named(name)) {
     bool const toWrite = purpose == Purpose::write;
     if (auto* const transaction = Transaction::ofThread()) {
         change_ = transaction->change(name, toWrite);
@@ -175,30 +216,38 @@ HiveSession::HiveSession(HiveName name, Purpose purpose) : hive_(Hive::named(nam
         return;
     }
     database_ = &change_->database();
+    if (toWrite && !own_) database_->run("SAVEPOINT step");
     isStep_ = toWrite && !own_;
-    if (isStep_) database_->execute("SAVEPOINT step");
-}
-
-bool HiveSession::isWritable() const {
-    return change_ != nullptr || (!hive_.isRefused_ && hive_.file_.canBeReplaced());
 }
 
 HiveSession::~HiveSession() {
     if (!isStep_) return;
     try {
-        database_->execute("ROLLBACK TO step");
-        database_->execute("RELEASE step");
+        database_->run("ROLLBACK TO step");
+        database_->run("RELEASE step");
     } catch (...) {
-        // Then the transaction cannot be trusted any more.
         change_->spoil();
     }
 }
 
 void HiveSession::commit() {
     if (own_) return own_->commit();
-    database_->execute("RELEASE step");
+    database_->run("RELEASE step");
     isStep_ = false;
-    change_->renewStamp();
 }
 
 }  // namespace velk::platform::registry
+
+using namespace velk::platform::registry;
+
+DWORD VelkRegistryProblems(char* text, DWORD capacity) {
+    std::string lines;
+    answer([&] {
+        for (auto const name : bothHives) {
+            auto const problem = Hive::named(name).problem();
+            if (!problem.empty()) lines += problem + '\n';
+        }
+    });
+    if (capacity != 0) text[lines.copy(text, capacity - 1)] = '\0';
+    return static_cast<DWORD>(lines.size());
+}

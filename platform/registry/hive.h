@@ -1,16 +1,20 @@
 /// The two hives of the registry and how they are worked on.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 
-#include <sys/types.h>
+#include <winbase.h>
 
-#include "platform/registry/hive_file.h"
+#include "platform/registry/hive_store.h"
+#include "platform/system/owned_file.h"
 
 namespace velk::platform::registry {
+
+enum class HiveName { user, machine };
 
 /// Another number whenever a hive may have changed.
 using HiveStamp = std::uint64_t;
@@ -19,7 +23,7 @@ using HiveStamp = std::uint64_t;
 /// lock of this process and look whether the file's name shows another one.
 class Hive {
   public:
-    explicit Hive(HiveName name) : file_(name), isMachine_(name == HiveName::machine) {}
+    explicit Hive(HiveName name);
 
     /// The hive of this name; made on first use and never destroyed.
     static Hive& named(HiveName name);
@@ -31,14 +35,14 @@ class Hive {
   private:
     friend class HiveChange;
     friend class HiveSession;
-    friend struct ForkGuard;
 
     HiveDatabase& database();
     void load();
     void note(std::string const& problem);
+    bool isWritable() const { return !isRefused_ && file_.canBeReplaced(); }
 
     std::mutex lock_;
-    HiveFile const file_;
+    OwnedFile const file_;
     bool const isMachine_;
     std::unique_ptr<HiveDatabase> database_;
     std::optional<FileMark> mark_;
@@ -60,42 +64,56 @@ class HiveChange {
     explicit HiveChange(HiveName name);
 
     HiveDatabase& database() { return *database_; }
-    HiveStamp stamp() const { return stamp_; }
-    void renewStamp();
+    HiveStamp stamp() const { return stamp_ + database_->changes(); }
     /// A step of it could not be undone: it will not be committed.
     void spoil() { isSpoiled_ = true; }
     void commit();
 
   private:
-    /// The turn among the threads of this process.
-    class Turn {
-      public:
-        Turn(Hive& hive, HiveFileLock::Deadline deadline);
-        Turn(Turn const&) = delete;
-        Turn& operator=(Turn const&) = delete;
-        ~Turn();
-
-      private:
-        Hive& hive_;
+    struct EndTurn {
+        void operator()(Hive* hive) const noexcept;
     };
+    /// The turn among the threads of this process.
+    using Turn = std::unique_ptr<Hive, EndTurn>;
+    static Turn turnAt(Hive& hive, OwnedFileTurn::Deadline deadline);
 
-    Hive& hive_;
-    pid_t const process_;
-    HiveFileLock::Deadline const deadline_;
-    Turn const turn_;
-    std::unique_ptr<HiveFileLock> lock_;
+    OwnedFileTurn::Deadline const deadline_;
+    Turn const hive_;
+    pid_t const process_ = getpid();
+    std::unique_ptr<OwnedFileTurn> fileTurn_;
     std::unique_ptr<HiveDatabase> database_;
     HiveStamp stamp_ = 0;
     bool isSpoiled_ = false;
 };
 
+/// Changes of the hives that are made together. Belongs to the thread that makes it.
+class Transaction {
+  public:
+    /// The one that the calling thread works in, or null.
+    static Transaction* ofThread();
+
+    /// The change of a hive, begun now if it is to be written to; null when the
+    /// hive is only read and was not changed yet.
+    HiveChange* change(HiveName name, bool toWrite);
+
+    bool isOfThisThread() const { return thread_ == GetCurrentThreadId(); }
+    bool hasEnded() const { return hasEnded_; }
+    /// Fails with ERROR_TRANSACTION_NOT_ACTIVE when it has ended before.
+    void end(bool commits);
+
+  private:
+    std::array<std::unique_ptr<HiveChange>, 2> changes_;
+    DWORD const thread_ = GetCurrentThreadId();
+    bool hasEnded_ = false;
+};
+
+enum class Purpose { read, write };
+
 /// A turn at a hive, to read or to make one change. In a transaction of the
 /// thread it works on what that will commit. A thread holds at most one session
 /// at a time, and calls nothing foreign meanwhile.
-class HiveSession {
+class HiveSession : public HiveStore {
   public:
-    enum class Purpose { read, write };
-
     /// Fails with ERROR_ACCESS_DENIED when a write is meant and not permitted.
     HiveSession(HiveName name, Purpose purpose);
     HiveSession(HiveSession const&) = delete;
@@ -106,8 +124,7 @@ class HiveSession {
     void commit();
     HiveStamp stamp() const { return change_ != nullptr ? change_->stamp() : hive_.stamp_; }
     /// Whether the hive may be written to, or may be made for that.
-    bool isWritable() const;
-    HiveDatabase& database() { return *database_; }
+    bool isWritable() const { return change_ != nullptr || hive_.isWritable(); }
 
   private:
     Hive& hive_;
@@ -116,7 +133,6 @@ class HiveSession {
     /// The change that the session works on; null when it reads the file.
     HiveChange* change_ = nullptr;
     bool isStep_ = false;
-    HiveDatabase* database_ = nullptr;
 };
 
 }  // namespace velk::platform::registry

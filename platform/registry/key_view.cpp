@@ -7,8 +7,6 @@
 namespace velk::platform::registry {
 namespace {
 
-using Purpose = HiveSession::Purpose;
-
 constexpr HiveName bothHives[] = {HiveName::user, HiveName::machine};
 
 KeyPath const& classesRoot() {
@@ -38,14 +36,13 @@ KeyPath joined(KeyPath const& front, std::span<Name const> back) {
 
 std::optional<KeyId> findClass(HiveName hive, KeyPath const& classesPath) {
     HiveSession session(hive, Purpose::read);
-    HiveStore store(session);
-    auto const root = store.walk(rootKey, classesRoot());
-    return root ? store.walk(*root, classesPath) : std::nullopt;
+    auto const root = session.walk(rootKey, classesRoot());
+    return root ? session.walk(*root, classesPath) : std::nullopt;
 }
 
 void requireExistence(Place const& place) {
     HiveSession session(place.hive, Purpose::read);
-    failIf(!HiveStore(session).facts(place.key), ERROR_KEY_DELETED);
+    failIf(!session.facts(place.key), ERROR_KEY_DELETED);
 }
 
 /// The keys of a path below Software\Classes, the user's first, and the status
@@ -71,18 +68,10 @@ std::vector<Place> findClasses(KeyPath const& classesPath) {
     return places;
 }
 
-/// The merged key of a path below Software\Classes.
-std::optional<KeyView> findMerged(KeyPath const& classesPath) {
-    auto const places = findClasses(classesPath);
-    if (places.empty()) return std::nullopt;
-    return KeyView{KeyView::Kind::merged, places.front(), classesPath};
-}
-
 std::optional<KeyView> findPlain(Place start, std::span<Name const> path) {
     HiveSession session(start.hive, Purpose::read);
-    HiveStore store(session);
-    failIf(!store.facts(start.key), ERROR_KEY_DELETED);
-    auto const key = store.walk(start.key, path);
+    failIf(!session.facts(start.key), ERROR_KEY_DELETED);
+    auto const key = session.walk(start.key, path);
     if (!key) return std::nullopt;
     return KeyView{KeyView::Kind::plain, {start.hive, *key}, {}};
 }
@@ -107,18 +96,17 @@ HiveName hiveForNewClass(KeyPath const& classesPath) {
 
 CreatedKey createPlain(Place start, std::span<Name const> path, std::u16string_view keyClass) {
     HiveSession session(start.hive, Purpose::write);
-    HiveStore store(session);
-    failIf(!store.facts(start.key), ERROR_KEY_DELETED);
+    failIf(!session.facts(start.key), ERROR_KEY_DELETED);
     // What stands directly below HKEY_LOCAL_MACHINE is the system's alone.
     bool const belowMachine = start.hive == HiveName::machine && start.key == rootKey;
-    failIf(belowMachine && !store.child(rootKey, path.front()), ERROR_INVALID_PARAMETER);
+    failIf(belowMachine && !session.child(rootKey, path.front()), ERROR_INVALID_PARAMETER);
     KeyId key = start.key;
     bool made = false;
     for (std::size_t step = 0; step < path.size(); ++step) {
-        auto const there = store.child(key, path[step]);
+        auto const there = session.child(key, path[step]);
         bool const last = step + 1 == path.size();
         made = !there;
-        key = there ? *there : store.addChild(key, path[step], last ? keyClass : u"");
+        key = there ? *there : session.addChild(key, path[step], last ? keyClass : u"");
     }
     session.commit();
     return {KeyView{KeyView::Kind::plain, {start.hive, key}, {}}, made};
@@ -168,14 +156,13 @@ std::vector<Place> placesOf(KeyView const& view) {
 }
 
 std::optional<KeyView> findBelow(KeyView const& view, KeyPath const& path) {
-    switch (view.kind) {
-        case KeyView::Kind::plain:
-            return findPlain(view.place, path);
-        case KeyView::Kind::merged:
-            if (!view.classesPath.empty()) requireExistence(view.place);
-            return findMerged(joined(view.classesPath, path));
-        case KeyView::Kind::users:
-            break;
+    if (view.kind == KeyView::Kind::plain) return findPlain(view.place, path);
+    if (view.kind == KeyView::Kind::merged) {
+        if (!view.classesPath.empty()) requireExistence(view.place);
+        auto const full = joined(view.classesPath, path);
+        auto const places = findClasses(full);
+        if (places.empty()) return std::nullopt;
+        return KeyView{KeyView::Kind::merged, places.front(), full};
     }
     if (path.empty()) return view;
     auto const user = enterUsers(path.front());
@@ -205,34 +192,25 @@ CreatedKey createBelow(KeyView const& view, KeyPath const& path, std::u16string_
     return result;
 }
 
-std::vector<std::u16string> userNames() {
-    auto const own = userName();
-    return {own, own + u"_Classes"};
-}
-
-Listing listingOf(KeyView const& view, Listed what) {
-    Listing listing;
+void refresh(Listing& listing, KeyView const& view, Listed what) {
+    auto const places = placesOf(view);
+    std::vector<HiveStamp> stamps;
+    for (auto const& place : places) {
+        stamps.push_back(HiveSession(place.hive, Purpose::read).stamp());
+    }
+    if (!stamps.empty() && stamps == listing.stamps) return;
+    listing = {};
     if (view.kind == KeyView::Kind::users && what == Listed::keys) {
-        for (auto const& name : userNames()) listing.names.push_back({name, Name(name).folded, 0});
+        for (auto const& name : {userName(), userName() + u"_Classes"}) {
+            listing.names.push_back({name, Name(name).folded, 0});
+        }
     }
-    for (auto const& place : placesOf(view)) {
+    for (auto const& place : places) {
         HiveSession session(place.hive, Purpose::read);
-        HiveStore store(session);
-        listing.stamps.push_back(session.stamp());
         merge(listing.names,
-              what == Listed::keys ? store.children(place.key) : store.values(place.key));
+              what == Listed::keys ? session.children(place.key) : session.values(place.key));
     }
-    return listing;
-}
-
-bool isCurrent(Listing const& listing, KeyView const& view) {
-    std::size_t at = 0;
-    for (auto const& place : placesOf(view)) {
-        if (at == listing.stamps.size()) return false;
-        HiveSession session(place.hive, Purpose::read);
-        if (session.stamp() != listing.stamps[at++]) return false;
-    }
-    return at == listing.stamps.size();
+    listing.stamps = std::move(stamps);
 }
 
 }  // namespace velk::platform::registry

@@ -33,6 +33,9 @@ struct Name {
 using KeyPath = std::vector<Name>;
 KeyPath splitPath(LPCWSTR path);
 
+/// Bytes as UTF-16; half a unit at the end is left out.
+std::u16string textOf(std::string_view bytes);
+
 /// The name of a value; null and empty both mean the default value. Fails
 /// with ERROR_INVALID_PARAMETER when it is too long.
 Name valueName(LPCWSTR name);

@@ -1,7 +1,7 @@
 #include "platform/registry/open_key.h"
 
-#include "platform/registry/handle_table.h"
 #include "platform/registry/key_view.h"
+#include "platform/system/handle_table.h"
 #include "platform/system/immortal.h"
 #include "platform/system/live_counts.h"
 #include "platform/system/thread_end.h"

@@ -1,9 +1,8 @@
-#include "platform/registry/transaction.h"
-
 #include <ktmw32.h>
 #include <velk_transactions.h>
 
-#include "platform/registry/handle_table.h"
+#include "platform/registry/hive.h"
+#include "platform/system/handle_table.h"
 #include "platform/system/immortal.h"
 
 namespace velk::platform::registry {

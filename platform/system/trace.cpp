@@ -1,5 +1,7 @@
 #include "platform/system/trace.h"
 
+#include <cstdlib>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>

@@ -247,7 +247,7 @@ TEST(HiveModes, AreTheSameWhateverTheMask) {
             };
             std::string const name = entry.name;
             EXPECT_EQ(mode(folder / (name + ".db")), entry.file) << std::oct << mask;
-            EXPECT_EQ(mode(folder / (name + ".lock")), 0600u) << std::oct << mask;
+            EXPECT_EQ(mode(folder / (name + ".db.lock")), 0600u) << std::oct << mask;
             EXPECT_EQ(mode(folder), entry.folder) << std::oct << mask;
             EXPECT_EQ(mode(folder.parent_path()), entry.folder) << std::oct << mask;
             EXPECT_EQ(mode(base.path), 0711u) << "was there before";

@@ -3,7 +3,9 @@
 // Before the system's own, which has a macro of one of its names.
 #include <objbase.h>
 
+#include <array>
 #include <fstream>
+#include <memory>
 #include <thread>
 
 #include <fcntl.h>
@@ -196,6 +198,71 @@ TEST(HiveChanges, NeedNoReadersConsent) {
     EXPECT_EQ(inProcess(folder.path, writeBoth), (Statuses{0, 0}));
     reader.kill();
     files::remove(locked);
+}
+
+constexpr int workers = 4, keysOfEach = 5;
+
+Text nameOf(int worker, int key) {
+    return OLESTR("Velk.Worker") + Text(1, static_cast<OLECHAR>('0' + worker)) +
+           Text(1, static_cast<OLECHAR>('a' + key));
+}
+
+/// Makes the worker's keys, and takes them away, again and again.
+Statuses work(int worker) {
+    for (bool isThere = has(HKEY_CURRENT_USER, nameOf(worker, 0).c_str());; isThere = !isThere) {
+        HANDLE const transaction = begin();
+        for (int key = 0; key < keysOfEach; ++key) {
+            auto const name = nameOf(worker, key);
+            LSTATUS const status = isThere
+                                       ? RegDeleteTreeW(HKEY_CURRENT_USER, (classes + name).c_str())
+                                       : write(HKEY_CURRENT_USER, name.c_str());
+            if (status != ERROR_SUCCESS) return {status};
+        }
+        if (!CommitTransaction(transaction)) return {lastError(FALSE)};
+        CloseHandle(transaction);
+    }
+}
+
+/// How many of its keys each worker has, while none changes them.
+Statuses counts() {
+    begin();
+    Statuses all;
+    if (write(HKEY_CURRENT_USER, OLESTR("Velk.Pause")) != ERROR_SUCCESS) return all;
+    for (int worker = 0; worker < workers; ++worker) {
+        all.push_back(0);
+        for (int key = 0; key < keysOfEach; ++key) {
+            all.back() += has(HKEY_CURRENT_USER, nameOf(worker, key).c_str());
+        }
+    }
+    return all;
+}
+
+/// VELK_HIVE_KILLS is how often one of four at work is killed.
+TEST(HiveChanges, AreWholeWhoeverIsKilled) {
+    HiveFolder const folder;
+    char const* const wanted = std::getenv("VELK_HIVE_KILLS");
+    int const kills = wanted == nullptr ? 60 : std::atoi(wanted);
+    std::array<std::unique_ptr<HiveProcess>, workers> all;
+    for (int time = 0; time < kills && !HasFailure(); ++time) {
+        int const victim = time % workers;
+        for (int worker = 0; worker < workers; ++worker) {
+            if (all[worker]) continue;
+            all[worker] =
+                std::make_unique<HiveProcess>(folder.path, [worker] { return work(worker); });
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(500 + 997 * (time * 37 % 60)));
+        all[victim]->kill();
+        EXPECT_TRUE(all[victim]->statuses().empty()) << "a change failed";
+        all[victim].reset();
+        auto const now = inProcess(folder.path, counts);
+        ASSERT_EQ(now.size(), std::size_t{workers}) << "the hive does not open";
+        for (LSTATUS const count : now) EXPECT_TRUE(count == 0 || count == keysOfEach) << count;
+    }
+    for (auto const& process : all) {
+        if (process) process->kill();
+    }
+    all = {};
+    expectWholeHive(folder.path / "user.db");
 }
 
 constexpr auto const* machinesClass = OLESTR("{6E1F2A90-4C3B-4D7E-A1F2-0B9C8D7E6F01}");

@@ -6,7 +6,7 @@
 #include <shared_mutex>
 #include <unordered_map>
 
-namespace velk::platform::registry {
+namespace velk::platform {
 
 /// Handles are numbers that are never used twice, so that one which was
 /// closed is noticed for ever. Thread-safe.
@@ -41,4 +41,4 @@ class HandleTable {
     std::uintptr_t next_ = std::uintptr_t{1} << 33;
 };
 
-}  // namespace velk::platform::registry
+}  // namespace velk::platform
