@@ -104,7 +104,11 @@ std::string damagingSql(Random& random) {
         "UPDATE data SET type = abs(random() % 14)",
         "UPDATE data SET type = 2, bytes = CAST(replace(hex(zeroblob(16000)), '0', '%') AS BLOB)",
         "UPDATE data SET type = 'text', bytes = 'text'",
-        "UPDATE data SET bytes = CAST('v' || char(0) || '.' || char(0) || 's' || char(0) AS BLOB)",
+        // "./v.s"
+        "UPDATE data SET bytes = X'2E002F0076002E0073000000' WHERE length(bytes) > 60",
+        "UPDATE sqlite_schema SET sql = replace(sql, 'bytes BLOB NOT NULL',"
+        " 'bytes BLOB AS (replace(hex(zeroblob(9000000)), ''0'', ''xy''))')",
+        "CREATE VIRTUAL TABLE more USING fts5(x)",
         "UPDATE data SET name = randomblob(40000), folded = randomblob(20)",
         "UPDATE keys SET parent = id",
         "UPDATE keys SET parent = (SELECT max(id) FROM keys) WHERE id = 3",
