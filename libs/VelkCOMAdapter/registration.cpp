@@ -2,10 +2,13 @@
 
 #include <atomic>
 
+#include <qglobal.h>
+
 #include "com/error.h"
 #include "com/registry_change.h"
 #include "exports.h"
 #include "process_objects.h"
+#include "qt_version.h"
 #include "resources/resource.h"
 #include "thread_locale.h"
 #include "type_library.h"
@@ -28,6 +31,7 @@ void updateClasses(bool install) {
 }
 
 HRESULT registerAll() noexcept {
+    if (!velk::adapter::canUseQt(qVersion())) return HRESULT_FROM_WIN32(ERROR_REVISION_MISMATCH);
     try {
         velk::com::RegistryChange change(perUser);
         velk::adapter::comModule.updateRegistry(IDR_VELKCOMADAPTER, true, perUser);
