@@ -14,6 +14,13 @@ std::string adapterFileName();
 std::filesystem::path pathFromUtf8(std::string const& text);
 std::string pathToUtf8(std::filesystem::path const& path);
 
+/// The path as it is to be loaded from: absolute, and of the same file.
+std::filesystem::path absolutePath(std::filesystem::path const& path);
+
+/// Whether COM looks past what is registered for the user in programs with the
+/// rights of this one.
+bool usersClassesAreIgnored();
+
 /// Whether people read a stream on a terminal; false for all but the program's
 /// own output and errors.
 bool isTerminal(std::ostream const& stream);

@@ -1,5 +1,6 @@
 #include "system.h"
 
+#include <algorithm>
 #include <iostream>
 
 #include <sys/ioctl.h>
@@ -18,6 +19,17 @@ std::filesystem::path pathFromUtf8(std::string const& text) {
 }
 std::string pathToUtf8(std::filesystem::path const& path) {
     return path.string();
+}
+
+// Behind a link ".." leads elsewhere than it looks.
+std::filesystem::path absolutePath(std::filesystem::path const& path) {
+    auto const full = std::filesystem::absolute(path);
+    bool const leadsUp = std::ranges::find(full, "..") != full.end();
+    return leadsUp ? full : full.lexically_normal();
+}
+
+bool usersClassesAreIgnored() {
+    return false;
 }
 
 bool isTerminal(std::ostream const& stream) {
