@@ -189,7 +189,8 @@ HiveChange::HiveChange(HiveName name)
 void HiveChange::commit() {
     // In a forked child the turn is the parent's.
     failIf(process_ != getpid(), ERROR_NOT_SUPPORTED);
-    failIf(isSpoiled_, ERROR_REGISTRY_IO_FAILED);
+    // Nothing but a lack of memory takes more back than a step.
+    failIf(isSpoiled_ || !database_->isInTransaction(), ERROR_NOT_ENOUGH_MEMORY);
     if (database_->changes() == 0) return;
     database_->run("COMMIT");
     onFiles([&] { fileTurn_->replace(database_->bytes(), logEndings); });

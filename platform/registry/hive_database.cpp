@@ -44,6 +44,7 @@ static_assert(std::size(schema) == 4);
 
 /// Fails for a result that is no success.
 void failUnlessOk(int sqliteResult) {
+    failIf(sqliteResult == SQLITE_IOERR_NOMEM, ERROR_NOT_ENOUGH_MEMORY);
     switch (sqliteResult & 0xFF) {
         case SQLITE_OK:
             return;
@@ -75,6 +76,7 @@ sqlite3* opened(char const* path, int flags) {
         path, &database, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE, nullptr);
     if (result != SQLITE_OK) sqlite3_close_v2(database);
     failUnlessOk(result);
+    sqlite3_extended_result_codes(database, 1);
     sqlite3_limit(database, SQLITE_LIMIT_LENGTH, largestRow);
     sqlite3_limit(database, SQLITE_LIMIT_SQL_LENGTH, longestSql);
     sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);

@@ -94,6 +94,7 @@ class HiveDatabase {
         }
     }
     std::int64_t lastInsertedId() const { return sqlite3_last_insert_rowid(database_.get()); }
+    bool isInTransaction() const { return sqlite3_get_autocommit(database_.get()) == 0; }
     /// How many rows have been changed.
     std::uint64_t changes() const {
         return static_cast<std::uint64_t>(sqlite3_total_changes64(database_.get()));
