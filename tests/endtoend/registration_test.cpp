@@ -169,42 +169,20 @@ class Registration : public testing::Test {
     }();
 };
 
-TEST_F(Registration, WritesTheWholeTableForTheMachineAndRemovesIt) {
-    InstalledModule const module;
-    ASSERT_TRUE(module.loaded());
-    ASSERT_EQ(module.registerServer(), S_OK);
-    EXPECT_EQ(added(HKEY_LOCAL_MACHINE),
-              fresh(HKEY_LOCAL_MACHINE, expectedEntries(nativePath(builtModule()))));
-    EXPECT_TRUE(typeLibraryIsRegistered(HKEY_LOCAL_MACHINE));
-    EXPECT_TRUE(added(HKEY_CURRENT_USER).empty());
-    ASSERT_EQ(module.unregisterServer(), S_OK);
-    EXPECT_EQ(added(HKEY_LOCAL_MACHINE), fresh(HKEY_LOCAL_MACHINE, keptKeys));
-    EXPECT_FALSE(typeLibraryIsRegistered(HKEY_LOCAL_MACHINE));
-}
-
-TEST_F(Registration, CommandLineUserRegistersForTheUser) {
-    for (char const* commandLine : {"user", "USER", "uSeR"}) {
+TEST_F(Registration, CommandLinesSayForWhom) {
+    struct Case {
+        char const* commandLine;
+        bool isUsers;
+    };
+    Case const cases[] = {{"user", true},   {"USER", true},        {"uSeR", true}, {nullptr, false},
+                          {"", false},      {"users", false},      {"use", false}, {"user ", false},
+                          {" user", false}, {"us\xc5\xbfr", false}};
+    for (auto const& entry : cases) {
         InstalledModule const module;
-        ASSERT_EQ(module.install(true, commandLine), S_OK) << commandLine;
-        EXPECT_EQ(added(HKEY_CURRENT_USER),
-                  fresh(HKEY_CURRENT_USER, expectedEntries(nativePath(builtModule()))));
-        expectDifference(System::wine, "writes a user's type library for the machine",
-                         [] { EXPECT_TRUE(typeLibraryIsRegistered(HKEY_CURRENT_USER)); });
-        EXPECT_TRUE(added(HKEY_LOCAL_MACHINE).empty()) << commandLine;
-        ASSERT_EQ(module.install(false, commandLine), S_OK);
-        EXPECT_EQ(added(HKEY_CURRENT_USER), fresh(HKEY_CURRENT_USER, keptKeys));
-        EXPECT_FALSE(typeLibraryIsRegistered(HKEY_CURRENT_USER));
-    }
-}
-
-TEST_F(Registration, OtherCommandLinesRegisterForTheMachine) {
-    for (char const* commandLine :
-         {static_cast<char const*>(nullptr), "", "users", "use", "user ", " user", "us\xc5\xbfr"}) {
-        InstalledModule const module;
-        ASSERT_EQ(module.install(true, commandLine), S_OK);
-        EXPECT_FALSE(added(HKEY_LOCAL_MACHINE).empty());
-        EXPECT_TRUE(added(HKEY_CURRENT_USER).empty());
-        ASSERT_EQ(module.install(false, commandLine), S_OK);
+        ASSERT_EQ(module.install(true, entry.commandLine), S_OK);
+        EXPECT_EQ(keyExists(HKEY_CURRENT_USER, classes + "\\" + progId), entry.isUsers);
+        EXPECT_EQ(keyExists(HKEY_LOCAL_MACHINE, classes + "\\" + progId), !entry.isUsers);
+        ASSERT_EQ(module.install(false, entry.commandLine), S_OK);
     }
 }
 
@@ -276,6 +254,14 @@ TEST_F(Registration, ChangesItsOwnHiveAndNothingElse) {
     for (auto const& [own, other] : {std::pair(machine, user), std::pair(user, machine)}) {
         removeOwnKeys();
         ASSERT_EQ(own.update(true), S_OK);
+        EXPECT_EQ(added(own.root), fresh(own.root, expectedEntries(nativePath(builtModule()))));
+        auto const hasLibrary = [root = own.root] { EXPECT_TRUE(typeLibraryIsRegistered(root)); };
+        if (own.isUsers) {
+            expectDifference(System::wine, "writes a user's type library for the machine",
+                             hasLibrary);
+        } else {
+            hasLibrary();
+        }
         RegistryTable const ours = changed(own);
         for (auto const& former : formers) {
             for (bool const registers : {true, false}) {

@@ -23,6 +23,7 @@ expect() {
 export VELK_REGISTRY_DIR=/proc/registry
 expect 1 E_ACCESSDENIED register
 expect 1 --user register
+expect 1 E_ACCESSDENIED register --user
 
 export VELK_REGISTRY_DIR=$folder
 expect 1 "was not registered for the machine" unregister

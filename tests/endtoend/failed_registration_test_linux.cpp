@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 #include <oleauto.h>
-#include <stdlib.h>
 
 #include "support/installed_module.h"
 #include "support/odd_files_linux.h"
@@ -12,25 +11,6 @@
 namespace {
 
 using namespace velk::test;
-
-/// Installs into a registry that nobody can write to.
-[[noreturn]] void installWhereNothingCanBeWritten() {
-    setenv("VELK_REGISTRY_DIR", "/dev/null/registry", 1);
-    LCID const locale = GetThreadLocale();
-    bool right = false;
-    {
-        InstalledModule const module;
-        right = module.loaded() && FAILED(module.install(true, nullptr)) &&
-                FAILED(module.install(true, "user")) && FAILED(module.registerServer()) &&
-                GetThreadLocale() == locale;
-    }
-    exit(right ? 0 : 1);
-}
-
-TEST(RefusedRegistry, FailsEveryInstallation) {
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
-    EXPECT_EXIT(installWhereNothingCanBeWritten(), testing::ExitedWithCode(0), "");
-}
 
 /// Where the module's type library begins in its file.
 std::size_t libraryIn(std::string const& file) {
