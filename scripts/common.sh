@@ -1,5 +1,7 @@
 # Shared by the commands of this folder; sourced, never run.
 set -euo pipefail
+# With it, cd goes elsewhere and says where.
+unset CDPATH
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$ROOT"
 

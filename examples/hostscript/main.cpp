@@ -10,7 +10,9 @@
 
 #include <windows.h>
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include "tours.h"
 
@@ -18,8 +20,11 @@ namespace {
 
 /// Loads the module, whose script objects the host then knows. It stays.
 void loadModule(char const* path) {
-    QString const name = QFile::decodeName(path);
-    if (!LoadLibraryW(reinterpret_cast<OLECHAR const*>(name.utf16()))) {
+    // What the module needs lies beside it, and is looked for nowhere else.
+    QString const name =
+        QDir::toNativeSeparators(QFileInfo(QFile::decodeName(path)).absoluteFilePath());
+    if (!LoadLibraryExW(reinterpret_cast<OLECHAR const*>(name.utf16()), nullptr,
+                        LOAD_WITH_ALTERED_SEARCH_PATH)) {
         throw std::runtime_error(std::string("cannot load the module ") + path);
     }
 }

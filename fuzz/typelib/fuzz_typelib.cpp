@@ -155,9 +155,13 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     ByteView bytes(std::as_bytes(std::span(data, size)));
     guarded([&] {
         if (isPortableExecutable(bytes)) {
-            auto const resource = portableResource(bytes, u"TYPELIB", 1);
-            if (!resource) return;
-            bytes = *resource;
+            auto const read = [&](std::uint64_t offset, std::size_t length) {
+                auto const part = bytes.part(offset, length);
+                return std::vector<std::byte>(part.data(), part.data() + part.size());
+            };
+            auto const resource = portableResource(read, u"TYPELIB", 1);
+            if (resource) askLibrary(*TypeLibrary::create(readMsftLibrary(ByteView(*resource))));
+            return;
         }
         askLibrary(*TypeLibrary::create(readMsftLibrary(bytes)));
     });

@@ -2,9 +2,13 @@
 
 #include <atomic>
 
+#include <qglobal.h>
+
 #include "com/error.h"
+#include "com/registry_change.h"
 #include "exports.h"
 #include "process_objects.h"
+#include "qt_version.h"
 #include "resources/resource.h"
 #include "thread_locale.h"
 #include "type_library.h"
@@ -27,19 +31,25 @@ void updateClasses(bool install) {
 }
 
 HRESULT registerAll() noexcept {
+    if (!velk::adapter::canUseQt(qVersion())) return HRESULT_FROM_WIN32(ERROR_REVISION_MISMATCH);
     try {
+        velk::com::RegistryChange change(perUser);
         velk::adapter::comModule.updateRegistry(IDR_VELKCOMADAPTER, true, perUser);
         updateClasses(true);
-        return velk::adapter::registerTypeLibrary(perUser);
+        HRESULT const result = velk::adapter::registerTypeLibrary(perUser);
+        change.commit();
+        return result;
     }
     VELK_COM_CATCH
 }
 
 HRESULT unregisterAll() noexcept {
     try {
+        velk::com::RegistryChange change(perUser);
         updateClasses(false);
         HRESULT const result = velk::adapter::unregisterTypeLibrary(perUser);
         velk::adapter::comModule.updateRegistry(IDR_VELKCOMADAPTER, false, perUser);
+        change.commit();
         return result;
     }
     VELK_COM_CATCH
@@ -73,6 +83,7 @@ STDAPI DllInstall(BOOL install, LPCWSTR commandLine) {
     if (meansUser(commandLine)) perUser = true;
     if (!install) return unregisterAll();
     HRESULT const result = registerAll();
-    if (FAILED(result)) unregisterAll();
+    // Where nothing was written, only somebody's former registration could go.
+    if (FAILED(result) && !velk::com::RegistryChange::isWhole()) unregisterAll();
     return result;
 }

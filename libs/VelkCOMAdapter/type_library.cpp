@@ -1,5 +1,7 @@
 #include "type_library.h"
 
+#include <cstdio>
+#include <cstring>
 #include <optional>
 
 #include "com/module.h"
@@ -34,6 +36,21 @@ std::optional<Text> helpFolder(ITypeLib& library) {
     std::size_t const last = folder.find_last_of(OLESTR("\\/:"));
     folder.resize(last == Text::npos ? 0 : last + 1);
     return folder;
+}
+
+/// Whether the library's language and system stand in the hive that is meant.
+bool isRegistered(TLIBATTR const& about, bool perUser) {
+    constexpr int guidCapacity = 39;
+    OLECHAR id[guidCapacity];
+    StringFromGUID2(about.guid, id, guidCapacity);
+    char numbers[32];
+    std::snprintf(numbers, sizeof numbers, "\\%x.%x\\%x", unsigned{about.wMajorVerNum},
+                  unsigned{about.wMinorVerNum}, static_cast<unsigned>(about.lcid));
+    Text const key =
+        OLESTR("Software\\Classes\\TypeLib\\") + Text(id) + Text(numbers, std::strchr(numbers, 0));
+    com::RegistryKey open;
+    return RegOpenKeyExW(perUser ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE, key.c_str(), 0, KEY_READ,
+                         open.put()) != ERROR_FILE_NOT_FOUND;
 }
 
 }  // namespace
@@ -80,16 +97,14 @@ HRESULT unregisterTypeLibrary(bool perUser) {
     com::throwIfFailed(loaded.library->GetLibAttr(attributes.put()),
                        "reading the type library's attributes");
     auto const& about = *attributes.get();
-    if (perUser) {
-        if (auto* forUser = findAutomationFunction<UnregisterForUser>("UnRegisterTypeLibForUser")) {
-            return com::throwIfFailed(forUser(about.guid, about.wMajorVerNum, about.wMinorVerNum,
-                                              about.lcid, about.syskind),
-                                      "unregistering the type library for the user");
-        }
-    }
-    return com::throwIfFailed(UnRegisterTypeLib(about.guid, about.wMajorVerNum, about.wMinorVerNum,
-                                                about.lcid, about.syskind),
-                              "unregistering the type library");
+    auto* const forUser =
+        perUser ? findAutomationFunction<UnregisterForUser>("UnRegisterTypeLibForUser") : nullptr;
+    auto* const unregister = forUser != nullptr ? forUser : &UnRegisterTypeLib;
+    HRESULT const result =
+        unregister(about.guid, about.wMajorVerNum, about.wMinorVerNum, about.lcid, about.syskind);
+    // The systems have no code of their own for what was never there.
+    if (FAILED(result) && !isRegistered(about, perUser)) return S_OK;
+    return com::throwIfFailed(result, "unregistering the type library");
 }
 
 }  // namespace velk::adapter

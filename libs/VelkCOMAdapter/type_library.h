@@ -21,7 +21,8 @@ LoadedTypeLibrary loadTypeLibrary();
 /// user. Gives the successful result; throws com::Error.
 HRESULT registerTypeLibrary(bool perUser);
 
-/// Takes that back. Gives the successful result; throws com::Error.
+/// Takes that back; what is not registered is no failure. Gives the successful
+/// result; throws com::Error.
 HRESULT unregisterTypeLibrary(bool perUser);
 
 /// `path` with its extension replaced by ".tlb", which is appended when there

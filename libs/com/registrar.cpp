@@ -1,6 +1,7 @@
 #include "com/registrar.h"
 
 #include "com/registry.h"
+#include "com/registry_change.h"
 #include "com/script_parser.h"
 #include "com/script_runner.h"
 #include "com/script_source.h"
@@ -36,13 +37,15 @@ void Registrar::unregisterResource(HMODULE module, WORD id) {
 
 void Registrar::run(TextView text, bool install) {
     Script const script = parseScript(text, replacements_);
-    SystemRegistry system;
-    Registry& registry = registry_ != nullptr ? *registry_ : system;
-    if (install) {
-        installScript(script, registry, perUser_);
-    } else {
-        removeScript(script, registry, perUser_);
+    auto const carryOut = install ? &installScript : &removeScript;
+    if (registry_ != nullptr) {
+        carryOut(script, *registry_, perUser_);
+        return;
     }
+    RegistryChange change(perUser_);
+    SystemRegistry system;
+    carryOut(script, system, perUser_);
+    change.commit();
 }
 
 std::basic_string<OLECHAR> doubleQuotes(TextView text) {

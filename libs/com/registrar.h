@@ -24,7 +24,8 @@ struct Replacement {
 /// changes nothing. Errors are Error: HRESULT_FROM_WIN32(ERROR_INVALID_DATA)
 /// with line, column and what was expected for a mistake in the text; the
 /// system's code with the key's path for a refused operation, after which the
-/// entries before it stay. Not thread-safe. com/script.h has the syntax.
+/// entries before it stay unless the system can drop them (RegistryChange).
+/// Not thread-safe. com/script.h has the syntax.
 class Registrar {
   public:
     /// Works on the system's registry.
@@ -36,8 +37,8 @@ class Registrar {
     /// name replaces the former.
     void addReplacement(TextView name, TextView value);
 
-    /// With true, what scripts place under HKEY_CLASSES_ROOT goes under
-    /// HKEY_CURRENT_USER\Software\Classes instead.
+    /// What scripts place under HKEY_CLASSES_ROOT goes under Software\Classes of
+    /// HKEY_CURRENT_USER with true, else of HKEY_LOCAL_MACHINE.
     void setPerUser(bool perUser) noexcept { perUser_ = perUser; }
 
     void registerScript(TextView script);

@@ -17,11 +17,12 @@ std::string shown(KeyPath const& key) {
     return key.names.empty() ? root : root + "\\" + toUtf8(key.names);
 }
 
+// HKEY_CLASSES_ROOT shows the user's classes over the machine's, and what is
+// written through it lands where the key happens to stand already: a machine's
+// registration beside a user's would be the user's.
 KeyPath rootPath(ScriptRoot const& root, bool perUser) {
-    if (perUser && root.root == HKEY_CLASSES_ROOT) {
-        return {HKEY_CURRENT_USER, OLESTR("Software\\Classes")};
-    }
-    return {root.root, {}};
+    if (root.root != HKEY_CLASSES_ROOT) return {root.root, {}};
+    return {perUser ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE, OLESTR("Software\\Classes")};
 }
 
 KeyPath below(KeyPath const& parent, Text const& name) {
@@ -43,8 +44,10 @@ class Installer {
     explicit Installer(Registry& registry) noexcept : registry_(registry) {}
 
     void root(ScriptRoot const& root, KeyPath const& path) {
-        // Predefined keys exist; the user's classes may not yet.
-        if (!path.names.empty()) require(registry_.createKey(path), "cannot create ", path);
+        // What stands below the machine's predefined keys is there; the user's
+        // classes may not be yet.
+        if (path.root == HKEY_CURRENT_USER && !path.names.empty())
+            require(registry_.createKey(path), "cannot create ", path);
         content(root.values, root.keys, path);
     }
 

@@ -167,6 +167,8 @@ HRESULT ClassModuleUse::classObject(REFCLSID id, REFIID riid, void** object) con
 }
 
 HRESULT useClassModule(ModuleOfClass const& where, ClassModuleUse& use) {
+    // Neither the current folder nor the environment tells what a class's code is.
+    if (!where.path.starts_with(u'/')) return HRESULT_FROM_WIN32(ERROR_BAD_PATHNAME);
     auto found = findInUse(where.path);
     if (found == nullptr) {
         auto fresh = ModulePointer(new (std::nothrow) ClassModule);

@@ -33,8 +33,9 @@ class ClassModuleUse {
 };
 
 /// Loads a class's module, unless it is loaded already. Fails with the
-/// system's error for a file that cannot be loaded, and with CO_E_ERRORINDLL
-/// for one that holds no classes. Thread-safe.
+/// system's error for a file that cannot be loaded, ERROR_BAD_PATHNAME for what
+/// is no absolute path among them, and with CO_E_ERRORINDLL for one that holds
+/// no classes. Thread-safe.
 HRESULT useClassModule(ModuleOfClass const& where, ClassModuleUse& use);
 
 /// Unloads the modules that say that they can go. One that other threads have

@@ -39,6 +39,8 @@ HRESULT CoGetClassObject(REFCLSID id, DWORD context, LPVOID, REFIID riid, LPVOID
     try {
         velk::platform::watchThreadEnd();
         return classObject(id, context, riid, object);
+    } catch (RegistryUnreadable const&) {
+        return REGDB_E_READREGDB;
     } catch (...) {
         return E_OUTOFMEMORY;
     }

@@ -146,6 +146,8 @@ HRESULT CLSIDFromProgID(LPCOLESTR progId, CLSID* id) {
         if (!found) return CO_E_CLASSSTRING;
         *id = *found;
         return S_OK;
+    } catch (RegistryUnreadable const&) {
+        return REGDB_E_READREGDB;
     } catch (...) {
         return E_OUTOFMEMORY;
     }
@@ -157,6 +159,8 @@ HRESULT ProgIDFromCLSID(REFCLSID id, LPOLESTR* progId) {
     try {
         auto const found = progIdOfClass(id);
         return found ? handOut(*found, progId) : REGDB_E_CLASSNOTREG;
+    } catch (RegistryUnreadable const&) {
+        return REGDB_E_READREGDB;
     } catch (...) {
         return E_OUTOFMEMORY;
     }

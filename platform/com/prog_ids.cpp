@@ -1,6 +1,6 @@
 #include "platform/com/prog_ids.h"
 
-#include <vector>
+#include <climits>
 
 #include <winreg.h>
 
@@ -15,16 +15,24 @@ namespace {
 constexpr int longestVersionChain = 8;
 
 /// A text below HKEY_CLASSES_ROOT, with the environment's variables put in.
+/// Nothing when there is none, or one that is longer than any path.
 std::optional<std::u16string> classesText(std::u16string const& key,
                                           char16_t const* name = nullptr) {
-    std::vector<WCHAR> buffer(MAX_PATH);
-    for (;;) {
-        auto size = static_cast<DWORD>(buffer.size() * sizeof(WCHAR));
-        LSTATUS const status = unlessOutOfMemory(RegGetValueW(
-            HKEY_CLASSES_ROOT, key.c_str(), name, RRF_RT_REG_SZ, nullptr, buffer.data(), &size));
-        if (status == ERROR_SUCCESS) return std::u16string(buffer.data());
-        if (status != ERROR_MORE_DATA) return std::nullopt;
-        buffer.resize(size / sizeof(WCHAR) + 1);
+    std::u16string buffer(PATH_MAX, u'\0');
+    auto size = static_cast<DWORD>(buffer.size() * sizeof(WCHAR));
+    LSTATUS const status = unlessOutOfMemory(RegGetValueW(
+        HKEY_CLASSES_ROOT, key.c_str(), name, RRF_RT_REG_SZ, nullptr, buffer.data(), &size));
+    switch (status) {
+        case ERROR_SUCCESS:
+            return std::u16string(buffer.c_str());
+        case ERROR_FILE_NOT_FOUND:
+        case ERROR_UNSUPPORTED_TYPE:
+        case ERROR_MORE_DATA:
+        case ERROR_INVALID_DATA:
+        case ERROR_INVALID_PARAMETER:
+            return std::nullopt;
+        default:
+            throw RegistryUnreadable();
     }
 }
 

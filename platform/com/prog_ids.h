@@ -9,6 +9,10 @@
 
 namespace velk::platform::com {
 
+/// Thrown by all of these when what is asked for may stand in a hive that cannot
+/// be read; the published answer is REGDB_E_READREGDB.
+struct RegistryUnreadable {};
+
 /// The class of a programmatic id, or of the current version that it names.
 std::optional<CLSID> classOfProgId(std::u16string_view progId);
 

@@ -1,6 +1,4 @@
 /// Deleting keys and trees of keys.
-#include <algorithm>
-
 #include "platform/registry/key_view.h"
 
 namespace velk::platform::registry {
@@ -16,24 +14,15 @@ KeyView viewToDelete(OpenKey const& base, KeyPath const& path) {
     return *view;
 }
 
-void removeTreeAt(Place const& place) {
-    HiveSession session(place.hive, HiveSession::Purpose::write);
-    HiveStore(session).removeTree(place.key);
-    session.commit();
-}
-
-void clearAt(Place const& place) {
-    HiveSession session(place.hive, HiveSession::Purpose::write);
-    HiveStore(session).clear(place.key);
-    session.commit();
-}
-
-/// The places of a view, the machine's first: it is the one that may be
+/// Changes the places of a view, the machine's first: it is the one that may be
 /// refused, and then nothing has happened yet.
-std::vector<Place> machineFirst(KeyView const& view) {
+void changeAll(KeyView const& view, void (HiveStore::*change)(KeyId)) {
     auto places = placesOf(view);
-    std::reverse(places.begin(), places.end());
-    return places;
+    for (; !places.empty(); places.pop_back()) {
+        HiveSession session(places.back().hive, Purpose::write);
+        (session.*change)(places.back().key);
+        session.commit();
+    }
 }
 
 }  // namespace
@@ -49,10 +38,9 @@ LSTATUS RegDeleteKeyW(HKEY key, LPCWSTR name) {
         atPath(base->view, path, [&] {
             // Of a merged key the user's goes first; the machine's shows then.
             auto const place = placesOf(viewToDelete(*base, path)).front();
-            HiveSession session(place.hive, HiveSession::Purpose::write);
-            HiveStore store(session);
-            failIf(store.hasChildren(place.key), ERROR_ACCESS_DENIED);
-            store.removeTree(place.key);
+            HiveSession session(place.hive, Purpose::write);
+            failIf(session.hasChildren(place.key), ERROR_ACCESS_DENIED);
+            session.removeTree(place.key);
             session.commit();
         });
     });
@@ -63,16 +51,12 @@ LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR name) {
         auto const base = openKey(key);
         auto const path = splitPath(name);
         if (!path.empty()) {
-            atPath(base->view, path, [&] {
-                for (auto const& place : machineFirst(viewToDelete(*base, path))) {
-                    removeTreeAt(place);
-                }
-            });
-            return;
+            return atPath(base->view, path,
+                          [&] { changeAll(viewToDelete(*base, path), &HiveStore::removeTree); });
         }
         // Without a name the key itself stays.
         base->require(KEY_SET_VALUE | KEY_ENUMERATE_SUB_KEYS);
         failIf(base->isPredefined, ERROR_ACCESS_DENIED);
-        for (auto const& place : machineFirst(base->view)) clearAt(place);
+        changeAll(base->view, &HiveStore::clear);
     });
 }

@@ -1,43 +1,15 @@
 /// RegGetValueW: a value of the wanted type, with its strings made whole.
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
-#include "platform/registry/key_value.h"
 #include "platform/registry/key_view.h"
-#include "platform/system/utf16.h"
+#include "platform/system/environment.h"
 
 namespace velk::platform::registry {
 namespace {
 
-std::u16string textOf(std::string_view bytes) {
-    std::u16string text(bytes.size() / sizeof(char16_t), u'\0');
-    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(char16_t));
-    return text;
-}
-
 std::string bytesOf(std::u16string_view text) {
     return {reinterpret_cast<char const*>(text.data()), text.size() * sizeof(char16_t)};
-}
-
-/// Replaces each %NAME% by the environment variable, if there is one.
-std::u16string expanded(std::u16string_view text) {
-    std::u16string result;
-    for (;;) {
-        auto const begin = text.find(u'%');
-        auto const end = begin == text.npos ? text.npos : text.find(u'%', begin + 1);
-        if (end == text.npos) return result.append(text);
-        auto const name = toBytes(text.substr(begin + 1, end - begin - 1));
-        char const* const value = std::getenv(name.c_str());
-        if (value == nullptr) {
-            // The second sign may begin a name of its own.
-            result.append(text.substr(0, end));
-            text.remove_prefix(end);
-            continue;
-        }
-        result.append(text.substr(0, begin)).append(toUtf16(value));
-        text.remove_prefix(end + 1);
-    }
 }
 
 /// The bits of RRF_RT_ANY are in the order of the type numbers.
@@ -60,7 +32,9 @@ void terminate(ValueContent& value) {
 
 void expand(ValueContent& value) {
     auto const text = textOf(value.bytes);
-    value.bytes = bytesOf(expanded(text.c_str()) + u'\0');
+    auto const expanded = withVariables(text.c_str());
+    failIf(!expanded, ERROR_INVALID_DATA);
+    value.bytes = bytesOf(*expanded + u'\0');
     value.type = REG_SZ;
 }
 

@@ -1,158 +1,254 @@
 #include "platform/registry/hive.h"
 
-#include <cstdlib>
-#include <filesystem>
+#include <atomic>
+#include <cerrno>
+#include <thread>
 
 #include <pthread.h>
-#include <pwd.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <velk_registry.h>
+
+#include "platform/system/environment.h"
+#include "platform/system/trace.h"
 
 namespace velk::platform::registry {
 namespace {
 
-/// An environment variable; empty when unset, and in programs that run with
-/// more rights than their user.
-std::string environment(char const* name) {
-    char const* const value = secure_getenv(name);
-    return value == nullptr ? std::string() : std::string(value);
+// How long a writer waits for others before it fails.
+constexpr std::chrono::seconds patience{15};
+// Of the files in which former versions kept changes.
+constexpr char const* logEndings[] = {"-wal", "-shm"};
+constexpr HiveName bothHives[] = {HiveName::user, HiveName::machine};
+
+HiveStamp newStamp() {
+    // Between them there is room for the steps of a change.
+    static std::atomic<HiveStamp> last{0};
+    return last += HiveStamp{1} << 32;
 }
 
-std::string homeFolder() {
-    if (auto home = environment("HOME"); !home.empty()) return home;
-    passwd const* const user = getpwuid(getuid());
-    return user != nullptr && user->pw_dir != nullptr ? user->pw_dir : "/";
-}
-
-std::string userFolder() {
-    auto const data = environment("XDG_DATA_HOME");
+/// Programs that run with more rights than their user have no user's hive.
+std::string folderOf(HiveName name) {
+    if (auto chosen = pathVariable("VELK_REGISTRY_DIR"); !chosen.empty()) return chosen;
+    if (name == HiveName::machine) return "/var/lib/velkcomadapter";
+    if (isPrivileged()) return {};
+    auto const data = pathVariable("XDG_DATA_HOME");
     return (data.empty() ? homeFolder() + "/.local/share" : data) + "/velkcomadapter";
 }
 
-std::string hivePath(HiveName name) {
-    auto const chosen = environment("VELK_REGISTRY_DIR");
-    bool const user = name == HiveName::user;
-    auto const usual = user ? userFolder() : std::string("/var/lib/velkcomadapter");
-    return (chosen.empty() ? usual : chosen) + (user ? "/user.db" : "/machine.db");
+[[noreturn]] void failWithErrno(int number) {
+    switch (number) {
+        case EBUSY:
+            fail(ERROR_BUSY);
+        case ENODATA:
+            fail(ERROR_REGISTRY_CORRUPT);
+        case ENOSPC:
+        case EDQUOT:
+            fail(ERROR_DISK_FULL);
+        case ENOMEM:
+            fail(ERROR_NOT_ENOUGH_MEMORY);
+        case EMFILE:
+        case ENFILE:
+        case EIO:
+            fail(ERROR_REGISTRY_IO_FAILED);
+        default:
+            fail(ERROR_ACCESS_DENIED);
+    }
+}
+
+/// Runs what works on files, and gives its failures their published numbers.
+template <typename Work>
+auto onFiles(Work work) {
+    try {
+        return work();
+    } catch (SystemFailure const& failure) {
+        failWithErrno(failure.number);
+    }
 }
 
 }  // namespace
 
-/// SQLite must not be carried into a forked child: neither side would notice
-/// the other's locks. Both sides open their files anew.
-struct ForkGuard {
-    static void prepare() {
-        for (auto const name : {HiveName::user, HiveName::machine}) {
-            Hive& hive = Hive::named(name);
-            hive.lock_.lock();
-            hive.database_.reset();
-        }
-    }
-    static void proceed() {
-        for (auto const name : {HiveName::machine, HiveName::user}) {
-            Hive::named(name).lock_.unlock();
-        }
-    }
-};
-
-Hive::Hive(HiveName name) : path_(hivePath(name)), isMachine_(name == HiveName::machine) {}
+Hive::Hive(HiveName name)
+    : file_(name == HiveName::machine ? OwnedFile(folderOf(name), "machine.db", 0644, 0755)
+                                      : OwnedFile(folderOf(name), "user.db", 0600, 0700)),
+      isMachine_(name == HiveName::machine) {}
 
 Hive& Hive::named(HiveName name) {
     static auto& user = *new Hive(HiveName::user);
     static auto& machine = *new Hive(HiveName::machine);
-    static bool const isGuarded = [] {
-        failIf(pthread_atfork(&ForkGuard::prepare, &ForkGuard::proceed, &ForkGuard::proceed) != 0,
-               ERROR_NOT_ENOUGH_MEMORY);
-        return true;
-    }();
-    static_cast<void>(isGuarded);
+    // A forked child finds no hive locked, and none that a thread of its parent
+    // is changing.
+    static int const failure = pthread_atfork([] { user.lock_.lock(), machine.lock_.lock(); },
+                                              [] { user.lock_.unlock(), machine.lock_.unlock(); },
+                                              [] {
+                                                  for (auto* hive : {&user, &machine}) {
+                                                      hive->isBeingChanged_ = false;
+                                                      hive->lock_.unlock();
+                                                  }
+                                              });
+    failIf(failure != 0, ERROR_NOT_ENOUGH_MEMORY);
     return name == HiveName::user ? user : machine;
 }
 
-std::optional<Hive::FileMark> Hive::fileMark() const {
-    struct stat info;
-    if (stat(path_.c_str(), &info) != 0) return std::nullopt;
-    return FileMark{info.st_dev, info.st_ino, info.st_size,
-                    info.st_mtim.tv_sec * 1'000'000'000 + info.st_mtim.tv_nsec};
+std::string Hive::problem() {
+    std::lock_guard const guard(lock_);
+    return problem_;
 }
 
-bool Hive::isStillTheSame() const {
-    auto const now = fileMark();
-    if (now.has_value() != mark_.has_value()) return false;
-    if (!now) return true;
-    if (now->device != mark_->device || now->number != mark_->number) return false;
-    // Where writers cannot be noticed otherwise, the file itself tells.
-    bool const noticed = database_->access() != HiveAccess::unchanging;
-    return noticed || (now->size == mark_->size && now->changed == mark_->changed);
+void Hive::note(std::string const& problem) {
+    auto text = problem.empty() ? problem : file_.path() + ' ' + problem;
+    if (text == problem_) return;
+    problem_ = std::move(text);
+    if (!problem_.empty()) trace(problem_);
 }
 
-void Hive::makeFolder() const {
-    auto const folder = std::filesystem::path(path_).parent_path();
-    std::error_code error;
-    if (!std::filesystem::create_directories(folder, error)) return;
-    using std::filesystem::perms;
-    // The machine's classes are everyone's to see, the user's are their own.
-    constexpr perms seen = perms::owner_all | perms::group_read | perms::group_exec |
-                           perms::others_read | perms::others_exec;
-    std::filesystem::permissions(folder, isMachine_ ? seen : perms::owner_all, error);
-}
-
-bool Hive::canBeMade() const {
-    auto folder = std::filesystem::path(path_).parent_path();
-    std::error_code error;
-    while (folder.has_relative_path() && !std::filesystem::exists(folder, error)) {
-        folder = folder.parent_path();
+void Hive::load() {
+    auto const opened = onFiles([&] { return file_.open(); });
+    auto const& file = opened.first;
+    auto const& reason = opened.second;
+    isRefused_ = !reason.empty();
+    auto const size = file < 0 ? 0 : onFiles([&] { return sizeOf(file); });
+    if (size == 0) {
+        database_ = std::make_unique<HiveDatabase>();
+        HiveStore(database_.get()).addFirstKeys(isMachine_);
+    } else {
+        auto image = HiveImage::ofSize(size);
+        onFiles([&] { readAll(file, image.bytes()); });
+        auto const log = file_.path() + "-wal";
+        bool const hasLog = image.hasLog() && access(log.c_str(), F_OK) == 0;
+        if (hasLog) image = HiveImage::withLog(file_.path());
+        database_ = std::make_unique<HiveDatabase>(std::move(image));
     }
-    return eaccess(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0;
+    note(isRefused_ ? "does not count: " + reason : "");
 }
 
-HiveDatabase& Hive::database(bool toWrite) {
-    // A file that could not be written to when it was opened may allow it now.
-    bool const useless = database_ && toWrite && database_->access() != HiveAccess::writable;
-    if (database_ && !useless && isStillTheSame()) return *database_;
-    database_.reset();
-    if (toWrite) makeFolder();
-    database_.emplace(path_, isMachine_, toWrite);
-    mark_ = fileMark();
-    ++opened_;
+HiveDatabase& Hive::database() {
+    auto const now = file_.mark();
+    bool const isKnown = (database_ != nullptr && !isRefused_) || damage_ != ERROR_SUCCESS;
+    if (!isKnown || now != mark_) {
+        database_.reset();
+        damage_ = ERROR_SUCCESS;
+        // Taken before the file is read: if it is replaced meanwhile, the next
+        // look tells.
+        mark_ = now;
+        stamp_ = newStamp();
+        try {
+            load();
+        } catch (RegistryError const& error) {
+            bool const isForeign = error.status == ERROR_BADDB;
+            bool const isDamaged = error.status == ERROR_REGISTRY_CORRUPT;
+            if (isForeign || isDamaged) damage_ = error.status;
+            note(isForeign ? "is no registry" : isDamaged ? "is damaged" : "cannot be read");
+            throw;
+        }
+    }
+    failIf(damage_ != ERROR_SUCCESS, damage_);
     return *database_;
 }
 
-HiveSession::HiveSession(HiveName name, Purpose purpose)
-    : hive_(Hive::named(name)),
-      guard_(hive_.lock_),
-      database_(&hive_.database(purpose == Purpose::write)) {
-    if (purpose == Purpose::read) {
-        database_->execute("BEGIN");
-        return;
+HiveChange::Turn HiveChange::turnAt(Hive& hive, OwnedFileTurn::Deadline deadline) {
+    for (;;) {
+        {
+            std::lock_guard const guard(hive.lock_);
+            // Before anything is made on its behalf.
+            hive.database();
+            failIf(!hive.isWritable(), ERROR_ACCESS_DENIED);
+            if (!std::exchange(hive.isBeingChanged_, true)) return Turn(&hive);
+            if (std::chrono::steady_clock::now() > deadline) {
+                hive.note("is being changed by this process");
+                fail(ERROR_BUSY);
+            }
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    failIf(database_->access() != HiveAccess::writable, ERROR_ACCESS_DENIED);
-    database_->execute("BEGIN IMMEDIATE");
 }
 
-bool HiveSession::isWritable() const {
-    auto const access = database_->access();
-    return access == HiveAccess::writable || (access == HiveAccess::absent && hive_.canBeMade());
+void HiveChange::EndTurn::operator()(Hive* hive) const noexcept {
+    std::lock_guard const guard(hive->lock_);
+    hive->isBeingChanged_ = false;
+}
+
+HiveChange::HiveChange(HiveName name)
+    : deadline_(std::chrono::steady_clock::now() + patience),
+      hive_(turnAt(Hive::named(name), deadline_)) {
+    std::string holder;
+    try {
+        fileTurn_ = onFiles(
+            [&] { return std::make_unique<OwnedFileTurn>(hive_->file_, deadline_, holder); });
+    } catch (RegistryError const&) {
+        std::lock_guard const guard(hive_->lock_);
+        if (!holder.empty()) hive_->note("is being changed by process " + holder);
+        throw;
+    }
+    std::lock_guard const guard(hive_->lock_);
+    auto const& now = hive_->database();
+    failIf(hive_->isRefused_, ERROR_ACCESS_DENIED);
+    database_ = now.copy();
+    database_->run("BEGIN");
+    stamp_ = newStamp();
+}
+
+void HiveChange::commit() {
+    // In a forked child the turn is the parent's.
+    failIf(process_ != getpid(), ERROR_NOT_SUPPORTED);
+    // Nothing but a lack of memory takes more back than a step.
+    failIf(isSpoiled_ || !database_->isInTransaction(), ERROR_NOT_ENOUGH_MEMORY);
+    if (database_->changes() == 0) return;
+    database_->run("COMMIT");
+    onFiles([&] { fileTurn_->replace(database_->bytes(), logEndings); });
+    std::lock_guard const guard(hive_->lock_);
+    hive_->database_ = std::move(database_);
+    hive_->mark_ = hive_->file_.mark();
+    hive_->stamp_ = newStamp();
+    hive_->damage_ = ERROR_SUCCESS;
+    hive_->note("");
+}
+
+HiveSession::HiveSession(HiveName name, Purpose purpose)
+    : HiveStore(nullptr), hive_(Hive::named(name)) {
+    bool const toWrite = purpose == Purpose::write;
+    if (auto* const transaction = Transaction::ofThread()) {
+        change_ = transaction->change(name, toWrite);
+    } else if (toWrite) {
+        own_ = std::make_unique<HiveChange>(name);
+        change_ = own_.get();
+    }
+    if (change_ == nullptr) {
+        guard_ = std::unique_lock(hive_.lock_);
+        database_ = &hive_.database();
+        return;
+    }
+    database_ = &change_->database();
+    if (toWrite && !own_) database_->run("SAVEPOINT step");
+    isStep_ = toWrite && !own_;
 }
 
 HiveSession::~HiveSession() {
-    if (!database_->isInTransaction()) return;
+    if (!isStep_) return;
     try {
-        database_->execute("ROLLBACK");
+        database_->run("ROLLBACK TO step");
+        database_->run("RELEASE step");
     } catch (...) {
-        // Then the connection is beyond use, and closing it undoes the same; the
-        // next turn opens a new one.
-        hive_.database_.reset();
+        change_->spoil();
     }
 }
 
 void HiveSession::commit() {
-    database_->execute("COMMIT");
-    ++hive_.ownChanges_;
-}
-
-HiveStamp HiveSession::stamp() {
-    return {hive_.opened_, hive_.ownChanges_, database_->foreignChanges()};
+    if (own_) return own_->commit();
+    database_->run("RELEASE step");
+    isStep_ = false;
 }
 
 }  // namespace velk::platform::registry
+
+using namespace velk::platform::registry;
+
+DWORD VelkRegistryProblems(char* text, DWORD capacity) {
+    std::string lines;
+    answer([&] {
+        for (auto const name : bothHives) {
+            auto const problem = Hive::named(name).problem();
+            if (!problem.empty()) lines += problem + '\n';
+        }
+    });
+    if (capacity != 0) text[lines.copy(text, capacity - 1)] = '\0';
+    return static_cast<DWORD>(lines.size());
+}

@@ -1,246 +1,205 @@
 #include "platform/registry/hive_database.h"
 
-#include <cctype>
-#include <cerrno>
-#include <chrono>
-#include <thread>
-
-#include <sys/stat.h>
-
-#include "platform/registry/names.h"
+#include <cstring>
 
 namespace velk::platform::registry {
 namespace {
 
-// "VelR", which marks the file as ours, and the version of the tables.
-constexpr std::int64_t applicationId = 0x56656C52;
-constexpr std::int64_t tablesVersion = 1;
+// How large a hive's file may be: twenty thousand classes, and read in a blink.
+constexpr std::int64_t largestHive = 32 << 20;
+// Of one row: a value with both forms of its name.
+constexpr int largestRow = longestValue + 0x20000;
+constexpr int longestSql = 1024;
 
-// How long an operation waits for other processes before it fails.
-constexpr std::chrono::seconds patience{15};
-
-constexpr char const* createTables[] = {
-    "CREATE TABLE keys(id INTEGER PRIMARY KEY AUTOINCREMENT, parent INTEGER NOT NULL,"
-    " folded BLOB NOT NULL, name BLOB NOT NULL, class BLOB, depth INTEGER NOT NULL,"
-    " written INTEGER NOT NULL, UNIQUE(parent, folded))",
-    "CREATE TABLE data(key INTEGER NOT NULL, folded BLOB NOT NULL, name BLOB NOT NULL,"
-    " type INTEGER NOT NULL, bytes BLOB NOT NULL, PRIMARY KEY(key, folded)) WITHOUT ROWID",
-    "PRAGMA application_id = 1449487442",
-    "PRAGMA user_version = 1",
+/// All that a hive's schema has, and how it is made.
+struct SchemaEntry {
+    std::string_view name;
+    char const* sql;
 };
-static_assert(applicationId == 1449487442 && tablesVersion == 1);
+constexpr SchemaEntry schema[] = {
+    {"keys",
+     "CREATE TABLE keys(id INTEGER PRIMARY KEY AUTOINCREMENT, parent INTEGER NOT NULL,"
+     " folded BLOB NOT NULL, name BLOB NOT NULL, class BLOB, depth INTEGER NOT NULL,"
+     " written INTEGER NOT NULL, UNIQUE(parent, folded))"},
+    {"sqlite_autoindex_keys_1", ""},
+    {"sqlite_sequence", "CREATE TABLE sqlite_sequence(name,seq)"},
+    {"data",
+     "CREATE TABLE data(key INTEGER NOT NULL, folded BLOB NOT NULL, name BLOB NOT NULL,"
+     " type INTEGER NOT NULL, bytes BLOB NOT NULL, PRIMARY KEY(key, folded)) WITHOUT ROWID"},
+};
 
-bool exists(std::string const& path) {
-    struct stat info;
-    if (stat(path.c_str(), &info) == 0) return true;
-    // What cannot even be looked at is not known to be missing.
-    failIf(errno == EACCES, ERROR_ACCESS_DENIED);
-    return false;
+/// Whether the first page is that of a hive, so that SQLite reads no schema of
+/// somebody else's making: format, page size, UTF-8, version of the tables, the
+/// mark "VelR", and a schema of one page with as many entries as ours.
+bool beginsAsHive(std::span<unsigned char const> bytes) {
+    using namespace std::string_view_literals;
+    auto const has = [&](std::size_t at, std::string_view expected) {
+        return std::memcmp(bytes.data() + at, expected.data(), expected.size()) == 0;
+    };
+    return bytes.size() >= 4096 && has(0, "SQLite format 3\0\x10\x00"sv) &&
+           has(56, "\0\0\0\1\0\0\0\1"sv) && has(68, "VelR"sv) && has(100, "\x0D"sv) &&
+           has(103, "\0\x04"sv);
+}
+static_assert(std::size(schema) == 4);
+
+/// Fails for a result that is no success.
+void failUnlessOk(int sqliteResult) {
+    failIf(sqliteResult == SQLITE_IOERR_NOMEM, ERROR_NOT_ENOUGH_MEMORY);
+    switch (sqliteResult & 0xFF) {
+        case SQLITE_OK:
+            return;
+        case SQLITE_NOTADB:
+            fail(ERROR_BADDB);
+        case SQLITE_CORRUPT:
+            fail(ERROR_REGISTRY_CORRUPT);
+        case SQLITE_FULL:
+            fail(ERROR_DISK_FULL);
+        case SQLITE_NOMEM:
+        case SQLITE_TOOBIG:
+            fail(ERROR_NOT_ENOUGH_MEMORY);
+        default:
+            fail(ERROR_REGISTRY_IO_FAILED);
+    }
 }
 
-bool hasContent(std::string const& path) {
-    struct stat info;
-    return stat(path.c_str(), &info) == 0 && info.st_size > 0;
+/// Memory of SQLite's own; it is null only where there is none left.
+HiveImage taken(unsigned char* memory, std::uint64_t size) {
+    failIf(memory == nullptr, ERROR_NOT_ENOUGH_MEMORY);
+    return {std::unique_ptr<unsigned char, HiveImage::Free>(memory), size};
 }
 
-/// A path as SQLite takes it in the form "file:...".
-std::string unchangingUri(std::string const& path) {
-    static constexpr char digits[] = "0123456789abcdef";
-    std::string uri = "file:";
-    for (char const letter : path) {
-        auto const byte = static_cast<unsigned char>(letter);
-        bool const plain = letter == '/' || letter == '.' || (std::isalnum(byte) && byte < 0x80);
-        if (plain) {
-            uri.push_back(letter);
-        } else {
-            uri.append({'%', digits[byte >> 4], digits[byte & 15]});
-        }
-    }
-    return uri + "?immutable=1";
-}
-
-}  // namespace
-
-HiveDatabase::HiveDatabase(std::string const& path, bool isMachine, bool mayMake)
-    : isMachine_(isMachine) {
-    open(path, mayMake);
-}
-
-void HiveDatabase::open(std::string const& path, bool mayMake) {
-    bool const there = exists(path);
-    if (!there && !mayMake) {
-        openInMemory();
-        return;
-    }
-    int const flags = SQLITE_OPEN_READWRITE | (mayMake ? SQLITE_OPEN_CREATE : 0);
-    if (!tryOpen(path, flags, HiveAccess::writable)) {
-        failIf(there, ERROR_ACCESS_DENIED);
-        openInMemory();
-        return;
-    }
-    if (sqlite3_db_readonly(database_.get(), "main") == 1) access_ = HiveAccess::readOnly;
-    bool registry = false;
-    try {
-        registry = isRegistryAtOneTime();
-    } catch (RegistryError const& error) {
-        // A file that nobody may write to lacks the companions that tell of
-        // writers; without writers it can be read as it stands.
-        bool const noCompanions = access_ == HiveAccess::readOnly && error.status != ERROR_BADDB &&
-                                  error.status != ERROR_REGISTRY_CORRUPT &&
-                                  !hasContent(path + "-wal");
-        if (!noCompanions) throw;
-        failIf(!tryOpen(unchangingUri(path), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI,
-                        HiveAccess::unchanging),
-               ERROR_ACCESS_DENIED);
-        registry = isRegistry();
-    }
-    if (access_ != HiveAccess::writable) {
-        if (!registry) openInMemory();
-        return;
-    }
-    if (!isInWriteAheadMode()) {
-        // Switching writes to the file, which a damaged one must not suffer.
-        if (registry) checkWhole();
-        switchToWriteAheadLog();
-    }
-    execute("PRAGMA synchronous = NORMAL");
-    if (!registry) createContent();
-    // From here on the file is known to be ours, and may be tidied on closing.
-    sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
-}
-
-bool HiveDatabase::tryOpen(std::string const& path, int flags, HiveAccess access) {
-    prepared_.clear();
-    sqlite3* opened = nullptr;
+/// An open connection, in which a damaged file leads nowhere: nothing in it may
+/// run or be trusted.
+sqlite3* opened(char const* path, int flags) {
+    sqlite3* database = nullptr;
     int const result = sqlite3_open_v2(
-        path.c_str(), &opened, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE, nullptr);
-    database_.reset(opened);
-    failIf(result == SQLITE_NOMEM, ERROR_NOT_ENOUGH_MEMORY);
-    if (result != SQLITE_OK) return false;
-    access_ = access;
-    prepareConnection();
-    return true;
-}
-
-void HiveDatabase::openInMemory() {
-    if (!tryOpen(":memory:", SQLITE_OPEN_READWRITE, HiveAccess::absent)) fail(ERROR_CANTOPEN);
-    createContent();
-}
-
-void HiveDatabase::prepareConnection() {
-    auto* const database = database_.get();
+        path, &database, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE, nullptr);
+    if (result != SQLITE_OK) sqlite3_close_v2(database);
+    failUnlessOk(result);
     sqlite3_extended_result_codes(database, 1);
-    sqlite3_busy_timeout(database, static_cast<int>(std::chrono::milliseconds(patience).count()));
-    // The file may come from anyone: nothing in it may run or be trusted.
+    sqlite3_limit(database, SQLITE_LIMIT_LENGTH, largestRow);
+    sqlite3_limit(database, SQLITE_LIMIT_SQL_LENGTH, longestSql);
     sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
     sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
-    sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-    // The companions of the file stay when the last writer goes, so that those
-    // who may not make files in the folder can read.
-    int persist = 1;
-    sqlite3_file_control(database, "main", SQLITE_FCNTL_PERSIST_WAL, &persist);
-    execute("PRAGMA cell_size_check = ON");
+    return database;
 }
 
-Statement HiveDatabase::statement(char const* sql) {
+}  // namespace
+
+Statement::~Statement() {
+    sqlite3_reset(prepared_);
+    sqlite3_clear_bindings(prepared_);
+}
+
+void Statement::bind(std::int64_t number) {
+    failUnlessOk(sqlite3_bind_int64(prepared_, next_++, number));
+}
+
+void Statement::bind(std::string_view bytes) {
+    // A null address would bind a null; an empty block is something else.
+    char const* const begin = bytes.empty() ? "" : bytes.data();
+    failUnlessOk(sqlite3_bind_blob64(prepared_, next_++, begin, bytes.size(), SQLITE_TRANSIENT));
+}
+
+void Statement::bind(std::u16string_view text) {
+    bind({reinterpret_cast<char const*>(text.data()), text.size() * sizeof(char16_t)});
+}
+
+bool Statement::step() {
+    int const result = sqlite3_step(prepared_);
+    if (result != SQLITE_ROW && result != SQLITE_DONE) failUnlessOk(result);
+    return result == SQLITE_ROW;
+}
+
+std::string_view Statement::bytes(int column) const {
+    auto const* const begin = static_cast<char const*>(sqlite3_column_blob(prepared_, column));
+    auto const size = static_cast<std::size_t>(sqlite3_column_bytes(prepared_, column));
+    return begin == nullptr ? std::string_view() : std::string_view(begin, size);
+}
+
+HiveImage HiveImage::ofSize(std::uint64_t size) {
+    failIf(size > largestHive, ERROR_REGISTRY_CORRUPT);
+    return taken(static_cast<unsigned char*>(sqlite3_malloc64(size)), size);
+}
+
+HiveImage HiveImage::withLog(std::string const& path) {
+    auto* const database = opened(path.c_str(), SQLITE_OPEN_READONLY);
+    sqlite3_int64 size = 0;
+    auto* const bytes = sqlite3_serialize(database, "main", &size, 0);
+    int const result = sqlite3_errcode(database);
+    sqlite3_close_v2(database);
+    if (bytes == nullptr) failUnlessOk(result);
+    return taken(bytes, static_cast<std::uint64_t>(size));
+}
+
+HiveDatabase::HiveDatabase() {
+    load({});
+    for (auto const& entry : schema) {
+        bool const isMadeByItself = entry.name.starts_with("sqlite_");
+        if (!isMadeByItself) run(entry.sql);
+    }
+    run("PRAGMA application_id = 1449487442");
+    run("PRAGMA user_version = 1");
+}
+
+HiveDatabase::HiveDatabase(HiveImage image) {
+    auto const bytes = image.bytes();
+    failIf(!beginsAsHive(bytes), ERROR_BADDB);
+    // The log has been read already.
+    bytes[18] = bytes[19] = 1;
+    load(std::move(image));
+    auto entries = query("SELECT name, ifnull(sql, '') FROM sqlite_schema ORDER BY rowid");
+    for (auto const& entry : schema) {
+        bool const isSame =
+            entries.step() && entries.bytes(0) == entry.name && entries.bytes(1) == entry.sql;
+        failIf(!isSame, ERROR_BADDB);
+    }
+    auto check = query("PRAGMA quick_check(1)");
+    failIf(!check.step() || check.bytes(0) != "ok", ERROR_REGISTRY_CORRUPT);
+    failIf(!query("SELECT 1 FROM keys WHERE id = 1").step(), ERROR_REGISTRY_CORRUPT);
+}
+
+std::unique_ptr<HiveDatabase> HiveDatabase::copy() const {
+    auto const own = bytes();
+    auto image = HiveImage::ofSize(own.size());
+    std::memcpy(image.memory.get(), own.data(), own.size());
+    return std::unique_ptr<HiveDatabase>(new HiveDatabase(Sound{}, std::move(image)));
+}
+
+std::span<unsigned char const> HiveDatabase::bytes() const {
+    sqlite3_int64 size = 0;
+    auto* const bytes = sqlite3_serialize(database_.get(), "main", &size, SQLITE_SERIALIZE_NOCOPY);
+    failIf(bytes == nullptr, ERROR_NOT_ENOUGH_MEMORY);
+    return {bytes, static_cast<std::size_t>(size)};
+}
+
+void HiveDatabase::load(HiveImage image) {
+    prepared_.clear();
+    database_.reset(opened(":memory:", SQLITE_OPEN_READWRITE));
+    auto* const database = database_.get();
+    auto const size = static_cast<sqlite3_int64>(image.size);
+    // Frees the bytes also when it fails, which lacking memory alone makes it do.
+    int const result =
+        sqlite3_deserialize(database, "main", image.memory.release(), size, size,
+                            SQLITE_DESERIALIZE_FREEONCLOSE | SQLITE_DESERIALIZE_RESIZEABLE);
+    failIf(result != SQLITE_OK, ERROR_NOT_ENOUGH_MEMORY);
+    auto limit = largestHive;
+    sqlite3_file_control(database, "main", SQLITE_FCNTL_SIZE_LIMIT, &limit);
+    run("PRAGMA cell_size_check = ON");
+}
+
+sqlite3_stmt* HiveDatabase::prepared(char const* sql) {
     auto& prepared = prepared_[sql];
     if (prepared == nullptr) {
         sqlite3_stmt* made = nullptr;
         int const result =
             sqlite3_prepare_v3(database_.get(), sql, -1, SQLITE_PREPARE_PERSISTENT, &made, nullptr);
         prepared.reset(made);
-        if (result != SQLITE_OK) failWithSqlite(result);
+        failUnlessOk(result);
     }
-    return {database_.get(), prepared.get()};
-}
-
-std::int64_t HiveDatabase::foreignChanges() {
-    auto pragma = statement("PRAGMA data_version");
-    return pragma.step() ? pragma.number(0) : 0;
-}
-
-bool HiveDatabase::isRegistry() {
-    auto const single = [&](char const* sql) {
-        auto query = statement(sql);
-        return query.step() ? query.number(0) : 0;
-    };
-    std::int64_t const id = single("PRAGMA application_id");
-    std::int64_t const version = single("PRAGMA user_version");
-    if (id == applicationId && version == tablesVersion) return true;
-    bool const fresh = id == 0 && version == 0 && single("SELECT count(*) FROM sqlite_schema") == 0;
-    failIf(!fresh, ERROR_BADDB);
-    return false;
-}
-
-bool HiveDatabase::isRegistryAtOneTime() {
-    // Another process may be creating the content between two of the questions.
-    execute("BEGIN");
-    bool const registry = isRegistry();
-    execute("COMMIT");
-    return registry;
-}
-
-bool HiveDatabase::isInWriteAheadMode() {
-    auto query = statement("PRAGMA journal_mode");
-    return query.step() && query.bytes(0) == "wal";
-}
-
-void HiveDatabase::checkWhole() {
-    auto query = statement("PRAGMA quick_check(1)");
-    failIf(!query.step() || query.bytes(0) != "ok", ERROR_REGISTRY_CORRUPT);
-}
-
-void HiveDatabase::switchToWriteAheadLog() {
-    // Switching needs the file for itself, and does not wait for that.
-    auto const end = std::chrono::steady_clock::now() + patience;
-    for (;;) {
-        int const result =
-            sqlite3_exec(database_.get(), "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
-        if (result == SQLITE_OK) return;
-        bool const busy = (result & 0xFF) == SQLITE_BUSY || (result & 0xFF) == SQLITE_LOCKED;
-        if (!busy || std::chrono::steady_clock::now() > end) failWithSqlite(result);
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-}
-
-void HiveDatabase::createContent() {
-    execute("BEGIN IMMEDIATE");
-    // Somebody else may have been first.
-    if (!isRegistry()) {
-        for (auto const* sql : createTables) {
-            if (sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
-                failWithSqlite(sqlite3_extended_errcode(database_.get()));
-            }
-        }
-        insertFirstKeys();
-    }
-    execute("COMMIT");
-}
-
-void HiveDatabase::insertFirstKeys() {
-    struct FirstKey {
-        char16_t const* name;
-        std::int64_t parent;
-        int depth;
-    };
-    // The ids are those of a fresh table: 1 for the first, and so on.
-    static constexpr FirstKey keys[] = {
-        {u"", 0, 0},       {u"Software", 1, 1},          {u"Classes", 2, 2},
-        {u"System", 1, 1}, {u"CurrentControlSet", 4, 2}, {u"Hardware Profiles", 5, 3},
-        {u"Current", 6, 4}};
-    constexpr std::size_t ofUser = 3;
-    std::size_t const count = isMachine_ ? std::size(keys) : ofUser;
-    for (auto const& key : std::span(keys).first(count)) {
-        statement("INSERT INTO keys(parent, folded, name, depth, written) VALUES(?,?,?,?,?)")
-            .bind(key.parent)
-            .bind(std::string_view(Name(key.name).folded))
-            .bind(std::u16string_view(key.name))
-            .bind(std::int64_t{key.depth})
-            .bind(currentFileTime())
-            .run();
-    }
+    return prepared.get();
 }
 
 }  // namespace velk::platform::registry

@@ -1,10 +1,16 @@
 #include "platform/registry/hive_store.h"
 
+#include <chrono>
+
 namespace velk::platform::registry {
 namespace {
 
-std::string_view foldedOf(Name const& name) {
-    return name.folded;
+std::int64_t currentFileTime() {
+    using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, 10'000'000>>;
+    // From 1 January 1601 to 1 January 1970.
+    constexpr std::int64_t toUnixEpoch = 116'444'736'000'000'000;
+    auto const now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<Ticks>(now).count() + toUnixEpoch;
 }
 
 // A key and everything below it, whatever the depth. UNION, and not UNION ALL,
@@ -20,28 +26,39 @@ constexpr char const* removeKeysBelow =
 
 }  // namespace
 
+void HiveStore::addFirstKeys(bool ofMachine) {
+    using Names = std::initializer_list<char16_t const*>;
+    database_->run("INSERT INTO keys(parent, folded, name, depth, written) VALUES(0,'','',0,?)",
+                   currentFileTime());
+    auto const add = [&](Names names) {
+        KeyId key = rootKey;
+        for (auto const* name : names) key = addChild(key, Name(name), u"");
+    };
+    add({u"Software", u"Classes"});
+    if (ofMachine) add({u"System", u"CurrentControlSet", u"Hardware Profiles", u"Current"});
+}
+
 std::optional<KeyFacts> HiveStore::facts(KeyId key) {
-    auto query = database_.statement("SELECT class, written, depth FROM keys WHERE id = ?");
-    if (!query.bind(key).step()) return std::nullopt;
+    auto query = database_->query("SELECT class, written, depth FROM keys WHERE id = ?", key);
+    if (!query.step()) return std::nullopt;
     return KeyFacts{query.text(0), query.number(1), static_cast<int>(query.number(2))};
 }
 
 std::optional<KeyId> HiveStore::child(KeyId key, Name const& name) {
-    auto query = database_.statement("SELECT id FROM keys WHERE parent = ? AND folded = ?");
-    if (!query.bind(key).bind(foldedOf(name)).step()) return std::nullopt;
+    auto query =
+        database_->query("SELECT id FROM keys WHERE parent = ? AND folded = ?", key, name.folded);
+    if (!query.step()) return std::nullopt;
     return query.number(0);
 }
 
 std::optional<KeyId> HiveStore::walk(KeyId key, std::span<Name const> path) {
     std::optional<KeyId> at = key;
-    for (auto const& name : path) {
-        at = child(*at, name);
-        if (!at) break;
-    }
+    for (auto name = path.begin(); at && name != path.end(); ++name) at = child(*at, *name);
     return at;
 }
 
-std::vector<ListedName> HiveStore::list(Statement& query) {
+std::vector<ListedName> HiveStore::list(char const* sql, KeyId key) {
+    auto query = database_->query(sql, key);
     std::vector<ListedName> names;
     while (query.step()) {
         names.push_back({query.text(0), std::string(query.bytes(1)),
@@ -51,80 +68,58 @@ std::vector<ListedName> HiveStore::list(Statement& query) {
 }
 
 std::vector<ListedName> HiveStore::children(KeyId key) {
-    auto query =
-        database_.statement("SELECT name, folded, 0 FROM keys WHERE parent = ? ORDER BY folded");
-    return list(query.bind(key));
+    return list("SELECT name, folded, 0 FROM keys WHERE parent = ? ORDER BY folded", key);
 }
 
 KeyId HiveStore::addChild(KeyId key, Name const& name, std::u16string_view keyClass) {
     auto const parent = facts(key);
     failIf(!parent, ERROR_KEY_DELETED);
     failIf(parent->depth >= deepestKey, ERROR_INVALID_PARAMETER);
-    database_
-        .statement(
-            "INSERT INTO keys(parent, folded, name, class, depth, written)"
-            " VALUES(?,?,?,?,?,?)")
-        .bind(key)
-        .bind(foldedOf(name))
-        .bind(std::u16string_view(name.text))
-        .bind(keyClass)
-        .bind(parent->depth + 1)
-        .bind(currentFileTime())
-        .run();
-    KeyId const made = database_.lastInsertedId();
+    database_->run(
+        "INSERT INTO keys(parent, folded, name, class, depth, written) VALUES(?,?,?,?,?,?)", key,
+        name.folded, name.text, keyClass, parent->depth + 1, currentFileTime());
+    KeyId const made = database_->lastInsertedId();
     touch(key);
     return made;
 }
 
 bool HiveStore::hasChildren(KeyId key) {
-    return database_.statement("SELECT 1 FROM keys WHERE parent = ? LIMIT 1").bind(key).step();
-}
-
-KeyId HiveStore::parentOf(KeyId key) {
-    auto query = database_.statement("SELECT parent FROM keys WHERE id = ?");
-    failIf(!query.bind(key).step(), ERROR_KEY_DELETED);
-    return query.number(0);
+    return database_->query("SELECT 1 FROM keys WHERE parent = ? LIMIT 1", key).step();
 }
 
 void HiveStore::removeTree(KeyId key) {
-    KeyId const parent = parentOf(key);
+    auto query = database_->query("SELECT parent FROM keys WHERE id = ?", key);
+    failIf(!query.step(), ERROR_KEY_DELETED);
+    KeyId const parent = query.number(0);
     clear(key);
-    database_.statement("DELETE FROM keys WHERE id = ?").bind(key).run();
+    database_->run("DELETE FROM keys WHERE id = ?", key);
     touch(parent);
 }
 
 void HiveStore::clear(KeyId key) {
     touch(key);
-    database_.statement(removeValuesBelow).bind(key).run();
-    database_.statement(removeKeysBelow).bind(key).run();
+    database_->run(removeValuesBelow, key);
+    database_->run(removeKeysBelow, key);
 }
 
 std::optional<ValueContent> HiveStore::value(KeyId key, Name const& name) {
-    auto query = database_.statement("SELECT type, bytes FROM data WHERE key = ? AND folded = ?");
-    if (!query.bind(key).bind(foldedOf(name)).step()) return std::nullopt;
+    auto query = database_->query("SELECT type, bytes FROM data WHERE key = ? AND folded = ?", key,
+                                  name.folded);
+    if (!query.step()) return std::nullopt;
     return ValueContent{static_cast<DWORD>(query.number(0)), std::string(query.bytes(1))};
 }
 
 std::vector<ListedName> HiveStore::values(KeyId key) {
-    auto query = database_.statement(
-        "SELECT name, folded, length(bytes) FROM data WHERE key = ? ORDER BY folded");
-    return list(query.bind(key));
+    return list("SELECT name, folded, length(bytes) FROM data WHERE key = ? ORDER BY folded", key);
 }
 
 void HiveStore::setValue(KeyId key, Name const& name, DWORD type, std::string_view bytes) {
     touch(key);
     // The name keeps the case in which the value was first set.
-    database_
-        .statement(
-            "INSERT INTO data(key, folded, name, type, bytes) VALUES(?,?,?,?,?)"
-            " ON CONFLICT(key, folded)"
-            " DO UPDATE SET type = excluded.type, bytes = excluded.bytes")
-        .bind(key)
-        .bind(foldedOf(name))
-        .bind(std::u16string_view(name.text))
-        .bind(static_cast<std::int64_t>(type))
-        .bind(bytes)
-        .run();
+    database_->run(
+        "INSERT INTO data(key, folded, name, type, bytes) VALUES(?,?,?,?,?)"
+        " ON CONFLICT(key, folded) DO UPDATE SET type = excluded.type, bytes = excluded.bytes",
+        key, name.folded, name.text, type, bytes);
 }
 
 bool HiveStore::removeValue(KeyId key, Name const& name) {
@@ -132,20 +127,14 @@ bool HiveStore::removeValue(KeyId key, Name const& name) {
         failIf(!facts(key), ERROR_KEY_DELETED);
         return false;
     }
-    database_.statement("DELETE FROM data WHERE key = ? AND folded = ?")
-        .bind(key)
-        .bind(foldedOf(name))
-        .run();
+    database_->run("DELETE FROM data WHERE key = ? AND folded = ?", key, name.folded);
     touch(key);
     return true;
 }
 
 void HiveStore::touch(KeyId key) {
     failIf(!facts(key), ERROR_KEY_DELETED);
-    database_.statement("UPDATE keys SET written = ? WHERE id = ?")
-        .bind(currentFileTime())
-        .bind(key)
-        .run();
+    database_->run("UPDATE keys SET written = ? WHERE id = ?", currentFileTime(), key);
 }
 
 }  // namespace velk::platform::registry

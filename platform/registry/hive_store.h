@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/registry/hive.h"
+#include "platform/registry/hive_database.h"
 #include "platform/registry/names.h"
 
 namespace velk::platform::registry {
@@ -33,11 +33,14 @@ struct ListedName {
     std::size_t dataSize = 0;
 };
 
-/// What can be done in one session. Ids that are gone give ERROR_KEY_DELETED
-/// in all that changes something.
+/// What can be done with the content of a hive. Ids that are gone give
+/// ERROR_KEY_DELETED in all that changes something.
 class HiveStore {
   public:
-    explicit HiveStore(HiveSession& session) : database_(session.database()) {}
+    explicit HiveStore(HiveDatabase* database) : database_(database) {}
+
+    /// Makes the keys that every hive has. Their ids are the same in each.
+    void addFirstKeys(bool ofMachine);
 
     std::optional<KeyFacts> facts(KeyId key);
     std::optional<KeyId> child(KeyId key, Name const& name);
@@ -59,12 +62,12 @@ class HiveStore {
     /// False when there was no such value.
     bool removeValue(KeyId key, Name const& name);
 
+  protected:
+    HiveDatabase* database_;
+
   private:
     void touch(KeyId key);
-    KeyId parentOf(KeyId key);
-    std::vector<ListedName> list(Statement& query);
-
-    HiveDatabase& database_;
+    std::vector<ListedName> list(char const* sql, KeyId key);
 };
 
 }  // namespace velk::platform::registry

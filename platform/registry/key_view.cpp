@@ -7,8 +7,6 @@
 namespace velk::platform::registry {
 namespace {
 
-using Purpose = HiveSession::Purpose;
-
 constexpr HiveName bothHives[] = {HiveName::user, HiveName::machine};
 
 KeyPath const& classesRoot() {
@@ -38,31 +36,42 @@ KeyPath joined(KeyPath const& front, std::span<Name const> back) {
 
 std::optional<KeyId> findClass(HiveName hive, KeyPath const& classesPath) {
     HiveSession session(hive, Purpose::read);
-    HiveStore store(session);
-    auto const root = store.walk(rootKey, classesRoot());
-    return root ? store.walk(*root, classesPath) : std::nullopt;
+    auto const root = session.walk(rootKey, classesRoot());
+    return root ? session.walk(*root, classesPath) : std::nullopt;
 }
 
 void requireExistence(Place const& place) {
     HiveSession session(place.hive, Purpose::read);
-    failIf(!HiveStore(session).facts(place.key), ERROR_KEY_DELETED);
+    failIf(!session.facts(place.key), ERROR_KEY_DELETED);
 }
 
-/// The merged key of a path below Software\Classes.
-std::optional<KeyView> findMerged(KeyPath const& classesPath) {
+/// The keys of a path below Software\Classes, the user's first, and the status
+/// of a hive that cannot be read: it hides none of the other's.
+std::pair<std::vector<Place>, LSTATUS> readableClasses(KeyPath const& classesPath) {
+    std::vector<Place> places;
+    LSTATUS unreadable = ERROR_SUCCESS;
     for (auto const hive : bothHives) {
-        if (auto const key = findClass(hive, classesPath)) {
-            return KeyView{KeyView::Kind::merged, {hive, *key}, classesPath};
+        try {
+            if (auto const key = findClass(hive, classesPath)) places.push_back({hive, *key});
+        } catch (RegistryError const& error) {
+            if (error.status == ERROR_NOT_ENOUGH_MEMORY) throw;
+            unreadable = error.status;
         }
     }
-    return std::nullopt;
+    return {std::move(places), unreadable};
+}
+
+/// The same; a hive that cannot be read is a failure where nothing is found.
+std::vector<Place> findClasses(KeyPath const& classesPath) {
+    auto [places, unreadable] = readableClasses(classesPath);
+    failIf(places.empty() && unreadable != ERROR_SUCCESS, unreadable);
+    return places;
 }
 
 std::optional<KeyView> findPlain(Place start, std::span<Name const> path) {
     HiveSession session(start.hive, Purpose::read);
-    HiveStore store(session);
-    failIf(!store.facts(start.key), ERROR_KEY_DELETED);
-    auto const key = store.walk(start.key, path);
+    failIf(!session.facts(start.key), ERROR_KEY_DELETED);
+    auto const key = session.walk(start.key, path);
     if (!key) return std::nullopt;
     return KeyView{KeyView::Kind::plain, {start.hive, *key}, {}};
 }
@@ -78,29 +87,26 @@ std::optional<KeyView> enterUsers(Name const& name) {
 /// Where a new key of a merged path goes: the machine's hive, unless what
 /// exists of the path already is the user's alone.
 HiveName hiveForNewClass(KeyPath const& classesPath) {
-    for (std::size_t depth = classesPath.size(); depth > 0; --depth) {
-        KeyPath const front(classesPath.begin(),
-                            classesPath.begin() + static_cast<std::ptrdiff_t>(depth));
-        if (findClass(HiveName::machine, front)) return HiveName::machine;
-        if (findClass(HiveName::user, front)) return HiveName::user;
+    for (auto front = classesPath; !front.empty(); front.pop_back()) {
+        auto const places = readableClasses(front).first;
+        if (!places.empty()) return places.back().hive;
     }
     return HiveName::machine;
 }
 
 CreatedKey createPlain(Place start, std::span<Name const> path, std::u16string_view keyClass) {
     HiveSession session(start.hive, Purpose::write);
-    HiveStore store(session);
-    failIf(!store.facts(start.key), ERROR_KEY_DELETED);
+    failIf(!session.facts(start.key), ERROR_KEY_DELETED);
     // What stands directly below HKEY_LOCAL_MACHINE is the system's alone.
     bool const belowMachine = start.hive == HiveName::machine && start.key == rootKey;
-    failIf(belowMachine && !store.child(rootKey, path.front()), ERROR_INVALID_PARAMETER);
+    failIf(belowMachine && !session.child(rootKey, path.front()), ERROR_INVALID_PARAMETER);
     KeyId key = start.key;
     bool made = false;
     for (std::size_t step = 0; step < path.size(); ++step) {
-        auto const there = store.child(key, path[step]);
+        auto const there = session.child(key, path[step]);
         bool const last = step + 1 == path.size();
         made = !there;
-        key = there ? *there : store.addChild(key, path[step], last ? keyClass : u"");
+        key = there ? *there : session.addChild(key, path[step], last ? keyClass : u"");
     }
     session.commit();
     return {KeyView{KeyView::Kind::plain, {start.hive, key}, {}}, made};
@@ -146,24 +152,17 @@ std::vector<Place> placesOf(KeyView const& view) {
     bool const isClassesRoot = view.kind == KeyView::Kind::merged && view.classesPath.empty();
     if (!isClassesRoot) requireExistence(view.place);
     if (view.kind == KeyView::Kind::plain) return {view.place};
-    std::vector<Place> places;
-    for (auto const hive : bothHives) {
-        bool const own = !isClassesRoot && hive == view.place.hive;
-        auto const key = own ? std::optional(view.place.key) : findClass(hive, view.classesPath);
-        if (key) places.push_back({hive, *key});
-    }
-    return places;
+    return findClasses(view.classesPath);
 }
 
 std::optional<KeyView> findBelow(KeyView const& view, KeyPath const& path) {
-    switch (view.kind) {
-        case KeyView::Kind::plain:
-            return findPlain(view.place, path);
-        case KeyView::Kind::merged:
-            if (!view.classesPath.empty()) requireExistence(view.place);
-            return findMerged(joined(view.classesPath, path));
-        case KeyView::Kind::users:
-            break;
+    if (view.kind == KeyView::Kind::plain) return findPlain(view.place, path);
+    if (view.kind == KeyView::Kind::merged) {
+        if (!view.classesPath.empty()) requireExistence(view.place);
+        auto const full = joined(view.classesPath, path);
+        auto const places = findClasses(full);
+        if (places.empty()) return std::nullopt;
+        return KeyView{KeyView::Kind::merged, places.front(), full};
     }
     if (path.empty()) return view;
     auto const user = enterUsers(path.front());
@@ -171,53 +170,47 @@ std::optional<KeyView> findBelow(KeyView const& view, KeyPath const& path) {
 }
 
 CreatedKey createBelow(KeyView const& view, KeyPath const& path, std::u16string_view keyClass) {
-    if (auto const existing = findBelow(view, path)) return {*existing, false};
-    if (view.kind == KeyView::Kind::users) {
+    if (view.kind != KeyView::Kind::merged) {
+        if (auto const existing = findBelow(view, path)) return {*existing, false};
+        if (view.kind == KeyView::Kind::plain) return createPlain(view.place, path, keyClass);
         auto const user = enterUsers(path.front());
         failIf(!user, ERROR_INVALID_PARAMETER);
         return createPlain(user->place, std::span(path).subspan(1), keyClass);
     }
-    if (view.kind == KeyView::Kind::plain) return createPlain(view.place, path, keyClass);
+    if (!view.classesPath.empty()) requireExistence(view.place);
     KeyPath const full = joined(view.classesPath, path);
-    auto created =
-        createPlain({hiveForNewClass(full), rootKey}, joined(classesRoot(), full), keyClass);
-    created.view.kind = KeyView::Kind::merged;
-    created.view.classesPath = full;
-    return created;
+    // Of a new class a hive that cannot be read has nothing to say.
+    CreatedKey result{{KeyView::Kind::merged, {}, full}, false};
+    if (auto const places = readableClasses(full).first; !places.empty()) {
+        result.view.place = places.front();
+    } else {
+        auto const made =
+            createPlain({hiveForNewClass(full), rootKey}, joined(classesRoot(), full), keyClass);
+        result.view.place = made.view.place;
+        result.isNew = made.isNew;
+    }
+    return result;
 }
 
-std::vector<std::u16string> userNames() {
-    auto const own = userName();
-    return {own, own + u"_Classes"};
-}
-
-Listing listingOf(KeyView const& view, Listed what) {
-    Listing listing;
+void refresh(Listing& listing, KeyView const& view, Listed what) {
+    auto const places = placesOf(view);
+    std::vector<HiveStamp> stamps;
+    for (auto const& place : places) {
+        stamps.push_back(HiveSession(place.hive, Purpose::read).stamp());
+    }
+    if (!stamps.empty() && stamps == listing.stamps) return;
+    listing = {};
     if (view.kind == KeyView::Kind::users && what == Listed::keys) {
-        for (auto const& name : userNames()) listing.names.push_back({name, Name(name).folded, 0});
+        for (auto const& name : {userName(), userName() + u"_Classes"}) {
+            listing.names.push_back({name, Name(name).folded, 0});
+        }
     }
-    for (auto const& place : placesOf(view)) {
+    for (auto const& place : places) {
         HiveSession session(place.hive, Purpose::read);
-        HiveStore store(session);
-        // The mark of foreign changes belongs to what the session sees once it
-        // has begun to read.
-        auto const names =
-            what == Listed::keys ? store.children(place.key) : store.values(place.key);
-        listing.stamps.push_back(session.stamp());
-        merge(listing.names, names);
+        merge(listing.names,
+              what == Listed::keys ? session.children(place.key) : session.values(place.key));
     }
-    return listing;
-}
-
-bool isCurrent(Listing const& listing, KeyView const& view) {
-    std::size_t at = 0;
-    for (auto const& place : placesOf(view)) {
-        if (at == listing.stamps.size()) return false;
-        HiveSession session(place.hive, Purpose::read);
-        HiveStore(session).facts(place.key);
-        if (!(session.stamp() == listing.stamps[at++])) return false;
-    }
-    return at == listing.stamps.size();
+    listing.stamps = std::move(stamps);
 }
 
 }  // namespace velk::platform::registry

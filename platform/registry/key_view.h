@@ -45,15 +45,18 @@ struct CreatedKey {
 };
 CreatedKey createBelow(KeyView const& view, KeyPath const& path, std::u16string_view keyClass);
 
-/// The names of the keys directly below HKEY_USERS.
-std::vector<std::u16string> userNames();
-
-/// The subkeys or values that a view shows, in order; of two with one name
-/// only the user's.
+/// Takes the subkeys or values that a view shows anew, in order, unless the hives
+/// are as they were; of two with one name only the user's.
 enum class Listed { keys, values };
-Listing listingOf(KeyView const& view, Listed what);
+void refresh(Listing& listing, KeyView const& view, Listed what);
 
-/// Whether a listing still shows what is there.
-bool isCurrent(Listing const& listing, KeyView const& view);
+/// The value that a view shows under this name. Fails with ERROR_KEY_DELETED
+/// when the key is gone.
+std::optional<ValueContent> valueOf(KeyView const& view, Name const& name);
+
+/// Gives bytes to a caller in the published way: `size` is the room in bytes
+/// and becomes what is needed; without `data` only that. ERROR_MORE_DATA when
+/// the room is too small.
+LSTATUS handOut(std::string_view bytes, void* data, LPDWORD size);
 
 }  // namespace velk::platform::registry

@@ -22,7 +22,7 @@ REGSAM spelledOut(REGSAM asked) {
 
 bool mayWrite(KeyView const& view) {
     if (view.kind == KeyView::Kind::users) return true;
-    return HiveSession(view.place.hive, HiveSession::Purpose::read).isWritable();
+    return HiveSession(view.place.hive, Purpose::read).isWritable();
 }
 
 /// The rights that a new handle gets. Fails with ERROR_ACCESS_DENIED when

@@ -1,7 +1,6 @@
 /// Enumerating subkeys and values, and facts about a key.
 #include <algorithm>
 
-#include "platform/registry/key_value.h"
 #include "platform/registry/key_view.h"
 
 namespace velk::platform::registry {
@@ -10,10 +9,8 @@ namespace {
 /// The listing of a handle, as fresh as the hives.
 Listing const& freshListing(OpenKey& key, Listed what) {
     auto& listing = what == Listed::keys ? key.keyListing : key.valueListing;
-    if (!listing || key.view.kind == KeyView::Kind::users || !isCurrent(*listing, key.view)) {
-        listing = listingOf(key.view, what);
-    }
-    return *listing;
+    refresh(listing, key.view, what);
+    return listing;
 }
 
 ListedName entryAt(OpenKey& key, Listed what, DWORD index) {
@@ -44,8 +41,8 @@ FILETIME fileTime(std::int64_t ticks) {
 KeyFacts factsOf(KeyView const& view) {
     auto const places = placesOf(view);
     if (places.empty()) return {};
-    HiveSession session(places.front().hive, HiveSession::Purpose::read);
-    auto facts = HiveStore(session).facts(places.front().key);
+    HiveSession session(places.front().hive, Purpose::read);
+    auto facts = session.facts(places.front().key);
     failIf(!facts, ERROR_KEY_DELETED);
     return *facts;
 }
@@ -60,30 +57,15 @@ void handOutClass(std::u16string_view keyClass, LPWSTR buffer, LPDWORD capacity)
     }
 }
 
-DWORD longestName(std::vector<ListedName> const& entries) {
-    std::size_t longest = 0;
-    for (auto const& entry : entries) longest = std::max(longest, entry.name.size());
-    return static_cast<DWORD>(longest);
-}
-
-DWORD longestData(std::vector<ListedName> const& entries) {
-    std::size_t longest = 0;
-    for (auto const& entry : entries) longest = std::max(longest, entry.dataSize);
-    return static_cast<DWORD>(longest);
-}
-
 void put(LPDWORD target, std::size_t value) {
     if (target != nullptr) *target = static_cast<DWORD>(value);
 }
 
-/// The longest class among the subkeys, which is asked for rarely.
-DWORD longestClassOf(KeyView const& view, std::vector<ListedName> const& subKeys) {
+template <typename Measure>
+void putLongest(LPDWORD target, std::vector<ListedName> const& entries, Measure measure) {
     std::size_t longest = 0;
-    for (auto const& entry : subKeys) {
-        auto const below = findBelow(view, {Name(entry.name)});
-        if (below) longest = std::max(longest, factsOf(*below).keyClass.size());
-    }
-    return static_cast<DWORD>(longest);
+    for (auto const& entry : entries) longest = std::max<std::size_t>(longest, measure(entry));
+    put(target, longest);
 }
 
 }  // namespace
@@ -144,11 +126,17 @@ LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR keyClass, LPDWORD classCapacity, LPDWO
         auto const below = allEntries(*source, Listed::keys);
         auto const own = allEntries(*source, Listed::values);
         put(subKeys, below.size());
-        put(longestSubKey, longestName(below));
-        if (longestClass != nullptr) *longestClass = longestClassOf(source->view, below);
+        auto const nameOf = [](ListedName const& entry) { return entry.name.size(); };
+        putLongest(longestSubKey, below, nameOf);
+        // Asked for rarely.
+        if (longestClass != nullptr)
+            putLongest(longestClass, below, [&](ListedName const& entry) {
+                auto const key = findBelow(source->view, {Name(entry.name)});
+                return key ? factsOf(*key).keyClass.size() : 0;
+            });
         put(values, own.size());
-        put(longestValueName, longestName(own));
-        put(longestValue, longestData(own));
+        putLongest(longestValueName, own, nameOf);
+        putLongest(longestValue, own, [](ListedName const& entry) { return entry.dataSize; });
         // Protection is that of the hive's file; keys have none of their own.
         put(security, 0);
         if (written != nullptr) *written = fileTime(facts.written);

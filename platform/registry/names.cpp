@@ -1,6 +1,7 @@
 #include "platform/registry/names.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "platform/registry/registry_error.h"
 #include "platform/system/letter_case.h"
@@ -14,6 +15,12 @@ Name::Name(std::u16string_view name) : text(name) {
         folded.push_back(static_cast<char>(large >> 8));
         folded.push_back(static_cast<char>(large & 0xFF));
     }
+}
+
+std::u16string textOf(std::string_view bytes) {
+    std::u16string text(bytes.size() / sizeof(char16_t), u'\0');
+    if (!text.empty()) std::memcpy(text.data(), bytes.data(), text.size() * sizeof(char16_t));
+    return text;
 }
 
 KeyPath splitPath(LPCWSTR path) {

@@ -13,6 +13,8 @@ namespace velk::platform::registry {
 inline constexpr std::size_t longestKeyName = 255;
 inline constexpr std::size_t longestValueName = 16383;
 inline constexpr int deepestKey = 512;
+/// Of a value's data, in bytes; the layer's own.
+inline constexpr int longestValue = 1 << 20;
 
 /// A name and the form in which names are compared and ordered: each unit in
 /// upper case, as two bytes with the higher first.
@@ -30,6 +32,9 @@ struct Name {
 /// long. A null path is empty.
 using KeyPath = std::vector<Name>;
 KeyPath splitPath(LPCWSTR path);
+
+/// Bytes as UTF-16; half a unit at the end is left out.
+std::u16string textOf(std::string_view bytes);
 
 /// The name of a value; null and empty both mean the default value. Fails
 /// with ERROR_INVALID_PARAMETER when it is too long.

@@ -1,9 +1,7 @@
 #include "platform/registry/open_key.h"
 
-#include <shared_mutex>
-#include <unordered_map>
-
 #include "platform/registry/key_view.h"
+#include "platform/system/handle_table.h"
 #include "platform/system/immortal.h"
 #include "platform/system/live_counts.h"
 #include "platform/system/thread_end.h"
@@ -11,43 +9,8 @@
 namespace velk::platform::registry {
 namespace {
 
-/// Handles are numbers that are never used twice, so that one which was
-/// closed is noticed for ever.
-class Handles {
-  public:
-    HKEY add(OpenKeyPointer key) {
-        std::unique_lock const guard(lock_);
-        auto const handle = next_;
-        next_ += 4;
-        keys_.emplace(handle, std::move(key));
-        return reinterpret_cast<HKEY>(handle);
-    }
-
-    OpenKeyPointer find(HKEY handle) {
-        std::shared_lock const guard(lock_);
-        auto const found = keys_.find(reinterpret_cast<std::uintptr_t>(handle));
-        return found == keys_.end() ? nullptr : found->second;
-    }
-
-    bool remove(HKEY handle) {
-        OpenKeyPointer removed;
-        std::unique_lock const guard(lock_);
-        auto const found = keys_.find(reinterpret_cast<std::uintptr_t>(handle));
-        if (found == keys_.end()) return false;
-        removed = std::move(found->second);
-        keys_.erase(found);
-        return true;
-    }
-
-  private:
-    std::shared_mutex lock_;
-    std::unordered_map<std::uintptr_t, OpenKeyPointer> keys_;
-    // Clear of the predefined handles, which have 32 bits.
-    std::uintptr_t next_ = std::uintptr_t{1} << 33;
-};
-
-Handles& handles() {
-    static Immortal<Handles> all;
+HandleTable<OpenKey>& handles() {
+    static Immortal<HandleTable<OpenKey>> all;
     return *all;
 }
 
@@ -92,12 +55,12 @@ OpenKeyPointer openKey(HKEY handle) {
 }
 
 HKEY addHandle(OpenKeyPointer key) {
-    return handles().add(std::move(key));
+    return static_cast<HKEY>(handles().add(std::move(key)));
 }
 
 void removeHandle(HKEY handle) {
     if (isPredefined(handle)) return;
-    failIf(!handles().remove(handle), ERROR_INVALID_HANDLE);
+    failIf(handles().remove(handle) == nullptr, ERROR_INVALID_HANDLE);
 }
 
 }  // namespace velk::platform::registry

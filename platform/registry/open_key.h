@@ -7,7 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/registry/hive_store.h"
+#include "platform/registry/hive.h"
+#include "platform/registry/names.h"
 
 namespace velk::platform::registry {
 
@@ -47,8 +48,8 @@ struct OpenKey {
     REGSAM access = 0;
     bool isPredefined = false;
     std::mutex listingLock;
-    std::optional<Listing> keyListing;
-    std::optional<Listing> valueListing;
+    Listing keyListing;
+    Listing valueListing;
 
     OpenKey(KeyView what, REGSAM granted, bool predefined = false);
     ~OpenKey();

@@ -2,7 +2,6 @@
 #include <cstring>
 #include <utility>
 
-#include "platform/registry/key_value.h"
 #include "platform/registry/key_view.h"
 
 namespace velk::platform::registry {
@@ -16,24 +15,12 @@ Place placeToChange(KeyView const& view) {
     return places.front();
 }
 
-bool removeFrom(Place const& place, Name const& name) {
-    {
-        // A look first, so that what is not there needs no permission.
-        HiveSession session(place.hive, HiveSession::Purpose::read);
-        if (!HiveStore(session).value(place.key, name)) return false;
-    }
-    HiveSession session(place.hive, HiveSession::Purpose::write);
-    bool const removed = HiveStore(session).removeValue(place.key, name);
-    session.commit();
-    return removed;
-}
-
 }  // namespace
 
 std::optional<ValueContent> valueOf(KeyView const& view, Name const& name) {
     for (auto const& place : placesOf(view)) {
-        HiveSession session(place.hive, HiveSession::Purpose::read);
-        if (auto value = HiveStore(session).value(place.key, name)) return value;
+        HiveSession session(place.hive, Purpose::read);
+        if (auto value = session.value(place.key, name)) return value;
     }
     return std::nullopt;
 }
@@ -56,11 +43,12 @@ LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD, DWORD type, BYTE const* da
         auto const target = openKey(key);
         target->require(KEY_SET_VALUE);
         failIf(data == nullptr && size != 0, ERROR_NOACCESS);
+        failIf(size > longestValue, ERROR_NOT_ENOUGH_MEMORY);
         auto const value = valueName(name);
         auto const place = placeToChange(target->view);
-        HiveSession session(place.hive, HiveSession::Purpose::write);
+        HiveSession session(place.hive, Purpose::write);
         std::string_view const bytes(reinterpret_cast<char const*>(data), size);
-        HiveStore(session).setValue(place.key, value, type, bytes);
+        session.setValue(place.key, value, type, bytes);
         session.commit();
     });
 }
@@ -87,7 +75,11 @@ LSTATUS RegDeleteValueW(HKEY key, LPCWSTR name) {
         target->require(KEY_SET_VALUE);
         Name const value(name == nullptr ? u"" : name);
         for (auto const& place : placesOf(target->view)) {
-            if (removeFrom(place, value)) return;
+            // A look first, so that what is not there needs no permission.
+            if (!HiveSession(place.hive, Purpose::read).value(place.key, value)) continue;
+            HiveSession session(place.hive, Purpose::write);
+            if (!session.removeValue(place.key, value)) continue;
+            return session.commit();
         }
         fail(ERROR_FILE_NOT_FOUND);
     });

@@ -6,6 +6,7 @@
 #include <map>
 #include <mutex>
 
+#include "platform/system/elf_file.h"
 #include "platform/system/immortal.h"
 #include "platform/system/resource_section.h"
 
@@ -26,10 +27,11 @@ OpenDataModules& open() {
 }  // namespace
 
 HMODULE openDataModule(std::string const& path) {
-    if (!isSharedObjectFile(path)) return nullptr;
+    RegularFile const file(path);
+    if (!moduleHeader(file)) return nullptr;
     auto module = std::make_shared<DataModule>();
     module->path = path;
-    if (auto section = readResourceSection(path)) module->resources = std::move(section->bytes);
+    if (auto section = readResourceSection(file)) module->resources = std::move(section->bytes);
     auto& all = open();
     std::lock_guard const guard(all.lock);
     // Odd numbers: the handle of a loaded module is the address of a page.

@@ -14,27 +14,30 @@
 namespace velk::platform {
 namespace {
 
-std::string nativePath(std::u16string_view path) {
-    std::string file = toBytes(path);
-    // In a path from the root on, `\` is a character of a name like any other.
-    if (!file.starts_with('/')) std::replace(file.begin(), file.end(), '\\', '/');
-    return file;
-}
-
 /// The last error in place of the file.
 struct NoFile {
     DWORD error;
 };
 
+std::string nativePath(std::u16string_view path) {
+    auto file = toFileName(path);
+    if (!file) throw NoFile{ERROR_INVALID_NAME};
+    // In a path from the root on, `\` is a character of a name like any other.
+    if (!file->starts_with('/')) std::replace(file->begin(), file->end(), '\\', '/');
+    return *std::move(file);
+}
+
 std::string fileOf(std::u16string_view path) {
     if (path.empty()) throw NoFile{ERROR_INVALID_NAME};
     auto const volume = volumePathOf(path);
     if (!volume) return nativePath(path);
+    auto const below = toFileName(volume->below);
+    if (!below) throw NoFile{ERROR_INVALID_NAME};
     auto folder = folderOfVolume(volume->root);
     if (!folder) throw NoFile{DWORD(volume->share ? ERROR_BAD_NETPATH : ERROR_PATH_NOT_FOUND)};
-    if (volume->below.empty()) return std::move(*folder);
+    if (below->empty()) return std::move(*folder);
     if (!folder->ends_with('/')) folder->push_back('/');
-    return *folder + volume->below;
+    return *folder + *below;
 }
 
 }  // namespace

@@ -10,6 +10,8 @@
 #include <link.h>
 #include <unistd.h>
 
+#include "platform/system/loader_names.h"
+
 namespace velk::platform {
 namespace {
 
@@ -41,12 +43,22 @@ std::string programPath() {
     return std::filesystem::read_symlink("/proc/self/exe", error).string();
 }
 
+/// Without what a path may hold more than once, "." and "/"; ".." stays, since
+/// behind a link it leads elsewhere than it looks.
+std::string cleaned(std::filesystem::path const& path) {
+    std::filesystem::path clean;
+    for (auto const& part : path) {
+        if (!part.empty() && part != ".") clean /= part;
+    }
+    return clean.string();
+}
+
 /// The loader remembers the name under which an object was opened, which may
 /// be relative to the folder that was current then.
-std::string absolutePath(char const* name) {
+std::string absolutePath(std::string_view name) {
     std::error_code error;
-    auto const path = std::filesystem::absolute(name, error);
-    return error ? std::string(name) : path.lexically_normal().string();
+    auto const path = std::filesystem::absolute(pathOfLoaderName(name), error);
+    return error ? std::string(name) : cleaned(path);
 }
 
 /// Gives every object to `visit` until it returns true. `visit` runs under
@@ -90,7 +102,7 @@ std::optional<LoadedObject> findObject(
     });
     // Paths are worked out here, outside the loader's lock.
     if (found) {
-        found->path = found->isProgram ? programPath() : absolutePath(found->loaderName.c_str());
+        found->path = found->isProgram ? programPath() : absolutePath(found->loaderName);
     }
     return found;
 }
@@ -112,12 +124,13 @@ std::optional<LoadedObject> loadedObjectAround(void const* address) {
 
 std::optional<LoadedObject> loadedObjectNamed(std::string_view name) {
     bool const isPath = name.find('/') != std::string_view::npos;
-    std::string const wanted = isPath ? absolutePath(std::string(name).c_str()) : std::string(name);
+    std::string const wanted = isPath ? absolutePath(name) : std::string(name);
     std::string const withExtension = wanted + ".so";
     return findObject([&](dl_phdr_info const& info, Extent const&) {
         std::string_view file = info.dlpi_name;
-        if (!isPath) file.remove_prefix(file.rfind('/') + 1);
-        return !file.empty() && (file == wanted || (!isPath && file == withExtension));
+        if (isPath) return !file.empty() && pathOfLoaderName(file) == wanted;
+        file.remove_prefix(file.rfind('/') + 1);
+        return !file.empty() && (file == wanted || file == withExtension);
     });
 }
 

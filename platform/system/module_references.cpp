@@ -10,14 +10,14 @@
 
 #include <dlfcn.h>
 #include <link.h>
-#include <unistd.h>
 #include <winbase.h>
 
 #include "platform/system/attached_modules.h"
+#include "platform/system/elf_file.h"
 #include "platform/system/immortal.h"
 #include "platform/system/loader_handle.h"
+#include "platform/system/loader_names.h"
 #include "platform/system/regular_file.h"
-#include "platform/system/resource_section.h"
 #include "platform/system/utf16.h"
 
 namespace velk::platform {
@@ -68,8 +68,10 @@ bool tellsOfNoMemory(char const* text) {
 
 /// Opens an object that is loaded already, which adds a reference to it.
 LoaderHandle reopen(LoadedObject const& object, int flags = 0) {
-    char const* const name = object.isProgram ? nullptr : object.loaderName.c_str();
-    LoaderHandle handle(dlopen(name, RTLD_LAZY | RTLD_NOLOAD | flags));
+    auto const name = object.isProgram ? std::string() : loaderNameOf(object.loaderName);
+    if (!name) return nullptr;
+    LoaderHandle handle(
+        dlopen(object.isProgram ? nullptr : name->c_str(), RTLD_LAZY | RTLD_NOLOAD | flags));
     // It may be gone since; that has no words.
     char const* const text = handle == nullptr ? dlerror() : nullptr;
     if (text != nullptr && tellsOfNoMemory(text)) throw std::bad_alloc();
@@ -93,21 +95,71 @@ bool namesTheLayer(std::u16string_view name) {
     return false;
 }
 
-/// The published error number for a file that the dynamic loader refused.
-DWORD errorOfRefusedFile(std::string const& path) {
+/// The published error number of what opening a file met.
+DWORD errorOfOpening(int error) {
+    switch (error) {
+        case ENOENT:
+        case ENOTDIR:
+        case ELOOP:
+            return ERROR_MOD_NOT_FOUND;
+        case EACCES:
+        case EPERM:
+            return ERROR_ACCESS_DENIED;
+        case ENAMETOOLONG:
+            return ERROR_FILENAME_EXCED_RANGE;
+        case EMFILE:
+        case ENFILE:
+            return ERROR_TOO_MANY_OPEN_FILES;
+        case ENOMEM:
+            return ERROR_NOT_ENOUGH_MEMORY;
+        default:
+            return ERROR_BAD_EXE_FORMAT;
+    }
+}
+
+/// The published error number for what the dynamic loader refused, by its name
+/// for it. The loader has no numbers, only words.
+DWORD errorOfRefusal(std::string const& name) {
     char const* const text = dlerror();
     if (tellsOfNoMemory(text)) return ERROR_NOT_ENOUGH_MEMORY;
-    bool const symbolMissing = std::strstr(text, "undefined symbol") != nullptr;
-    if (path.find('/') != std::string::npos) {
-        if (access(path.c_str(), F_OK) != 0) return ERROR_MOD_NOT_FOUND;
-        if (access(path.c_str(), R_OK) != 0) return ERROR_ACCESS_DENIED;
-        if (!isSharedObjectFile(path)) return ERROR_BAD_EXE_FORMAT;
-        // Without memory the loader takes a file for missing that is there.
-        if (std::string_view(text).starts_with(path + ": cannot open")) {
-            return ERROR_NOT_ENOUGH_MEMORY;
-        }
-    }
-    return symbolMissing ? ERROR_PROC_NOT_FOUND : ERROR_MOD_NOT_FOUND;
+    std::string_view const words(text);
+    if (words.find("undefined symbol") != words.npos) return ERROR_PROC_NOT_FOUND;
+    // Else it is another module that this one needs.
+    bool const isThisFile = name.find('/') != name.npos && words.starts_with(name + ": ");
+    if (!isThisFile) return ERROR_MOD_NOT_FOUND;
+    // Without memory the loader takes a file for missing that is there.
+    return words.starts_with(name + ": cannot open") ? ERROR_NOT_ENOUGH_MEMORY
+                                                     : ERROR_BAD_EXE_FORMAT;
+}
+
+/// Loads by the dynamic loader's own name for a module. ERROR_SUCCESS, or the
+/// reason of a null handle.
+DWORD loadNamed(std::string const& name, LoaderHandle& handle) {
+    handle.reset(dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL));
+    return handle != nullptr ? ERROR_SUCCESS : errorOfRefusal(name);
+}
+
+/// Loads the very file of a path, or nothing. The loader opens it by its name
+/// once more, or the module would not know its own place; so the name is looked
+/// at before and after.
+DWORD loadFile(std::string const& path, LoaderHandle& handle) {
+    RegularFile const file(path);
+    if (!file.isOpen()) return errorOfOpening(file.error());
+    if (!isWholeSharedObject(file)) return ERROR_BAD_EXE_FORMAT;
+    auto const name = loaderNameOf(path);
+    if (!name) return ERROR_BAD_PATHNAME;
+    DWORD const error = loadNamed(*name, handle);
+    return error == ERROR_SUCCESS && !file.isAt(path) ? ERROR_BAD_EXE_FORMAT : error;
+}
+
+DWORD load(std::string const& name, LoaderHandle& handle) {
+    // The dynamic loader takes an empty name for the program.
+    if (name.empty()) return ERROR_MOD_NOT_FOUND;
+    // It also looks for a bare name, along its own search path.
+    if (name.find('/') == name.npos) return loadNamed(name, handle);
+    // The loader remembers the path as given, and it must stay right when the
+    // current folder changes.
+    return loadFile(std::filesystem::absolute(name).string(), handle);
 }
 
 }  // namespace
@@ -115,33 +167,20 @@ DWORD errorOfRefusedFile(std::string const& path) {
 std::optional<LoadedObject> findModule(LPCWSTR name) {
     if (name == nullptr) return programObject();
     if (namesTheLayer(name)) return layerObject();
-    return loadedObjectNamed(toBytes(name));
+    auto const file = toFileName(name);
+    return file ? loadedObjectNamed(*file) : std::nullopt;
 }
 
 HMODULE loadModule(LPCWSTR name) {
     if (namesTheLayer(name)) return layerObject().value().handle;
-    std::string path = toBytes(name);
-    // The dynamic loader takes an empty name for the program.
-    if (path.empty()) {
-        SetLastError(ERROR_MOD_NOT_FOUND);
-        return nullptr;
-    }
-    // The loader remembers the path as given, and it must stay right when the
-    // current folder changes.
-    if (path.find('/') != std::string::npos) {
-        path = std::filesystem::absolute(path).string();
-        // The dynamic loader would wait for the other end of a pipe.
-        if (isOtherThanRegularFile(path)) {
-            SetLastError(ERROR_BAD_EXE_FORMAT);
-            return nullptr;
-        }
-    }
-    LoaderHandle handle(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
+    LoaderHandle handle;
+    auto const file = toFileName(name);
+    DWORD const error = file ? load(*file, handle) : DWORD{ERROR_MOD_NOT_FOUND};
     link_map* map = nullptr;
-    if (handle != nullptr) dlinfo(handle.get(), RTLD_DI_LINKMAP, &map);
+    if (error == ERROR_SUCCESS) dlinfo(handle.get(), RTLD_DI_LINKMAP, &map);
     auto const object = map != nullptr ? loadedObjectAround(map->l_ld) : std::nullopt;
     if (!object) {
-        SetLastError(errorOfRefusedFile(path));
+        SetLastError(error != ERROR_SUCCESS ? error : DWORD{ERROR_MOD_NOT_FOUND});
         return nullptr;
     }
     references().add(object->handle, std::move(handle));

@@ -37,9 +37,10 @@ std::string absolutePathOf(HMODULE module) {
 }
 
 HMODULE loadAsData(LPCWSTR path) {
-    HMODULE const module = openDataModule(toBytes(path));
-    if (module != nullptr) return module;
-    return failWith(ERROR_BAD_EXE_FORMAT);
+    auto const file = toFileName(path);
+    if (!file) return failWith(ERROR_MOD_NOT_FOUND);
+    HMODULE const module = openDataModule(*file);
+    return module != nullptr ? module : failWith(ERROR_BAD_EXE_FORMAT);
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <cerrno>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace velk::platform {
@@ -11,14 +10,14 @@ namespace velk::platform {
 RegularFile::RegularFile(std::string const& path) noexcept
     // A pipe without a writer would be waited for otherwise.
     : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {
-    struct stat info;
-    if (descriptor_ < 0) return;
-    if (fstat(descriptor_, &info) == 0 && S_ISREG(info.st_mode)) {
-        size_ = static_cast<std::uint64_t>(info.st_size);
+    if (descriptor_ < 0) {
+        error_ = errno;
         return;
     }
+    if (fstat(descriptor_, &status_) == 0 && S_ISREG(status_.st_mode)) return;
     close(descriptor_);
     descriptor_ = -1;
+    status_ = {};
 }
 
 RegularFile::~RegularFile() {
@@ -41,9 +40,10 @@ bool RegularFile::read(std::uint64_t offset, void* target, std::uint64_t size) c
     return true;
 }
 
-bool isOtherThanRegularFile(std::string const& path) noexcept {
-    struct stat info;
-    return stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode);
+bool RegularFile::isAt(std::string const& path) const noexcept {
+    struct stat now;
+    return stat(path.c_str(), &now) == 0 && now.st_dev == status_.st_dev &&
+           now.st_ino == status_.st_ino;
 }
 
 }  // namespace velk::platform

@@ -4,10 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <vector>
 
-#include "platform/system/resource_list.h"
+#include "platform/system/regular_file.h"
 
 namespace velk::platform {
 
@@ -18,18 +17,9 @@ struct ResourceSection {
     std::vector<std::byte> bytes;
 };
 
-/// Whether the file begins as a shared object of this machine.
-bool isSharedObjectFile(std::string const& path);
-
-/// Reads the section from a file without loading it. Nothing when the file
-/// cannot be read, is no shared object of this machine, has no such section or
-/// contradicts itself. `path` is in the system's bytes. Thread-safe.
-std::optional<ResourceSection> readResourceSection(std::string const& path);
-
-/// Reads one resource from a file without loading it. Nothing when there is
-/// none; see readResourceSection. Thread-safe.
-std::optional<std::vector<std::byte>> readResource(std::string const& path,
-                                                   ResourceName const& type,
-                                                   ResourceName const& name);
+/// Reads the section from a file without loading it. Nothing when the file is
+/// no module of this machine, has no such section or contradicts itself.
+/// Thread-safe.
+std::optional<ResourceSection> readResourceSection(RegularFile const& file);
 
 }  // namespace velk::platform

@@ -5,6 +5,7 @@
 
 #include "platform/system/data_modules.h"
 #include "platform/system/loaded_objects.h"
+#include "platform/system/resource_list.h"
 #include "platform/system/resource_section.h"
 
 using namespace velk::platform;
@@ -16,7 +17,7 @@ using Bytes = std::span<std::byte const>;
 /// The resources of a loaded module, where they lie in its image. The file
 /// tells where that is; when it has been exchanged since, it is not believed.
 Bytes resourcesOfObject(LoadedObject const& object) {
-    auto const section = readResourceSection(object.path);
+    auto const section = readResourceSection(RegularFile(object.path));
     if (!section || section->address == 0) return {};
     auto const* const begin = reinterpret_cast<std::byte const*>(
         static_cast<std::uintptr_t>(section->address) + static_cast<std::uintptr_t>(object.shift));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 namespace velk::platform {
 namespace {
@@ -98,6 +99,11 @@ std::string toBytes(std::u16string_view text) {
         }
     }
     return bytes;
+}
+
+std::optional<std::string> toFileName(std::u16string_view text) {
+    auto bytes = toBytes(text);
+    return toUtf16(bytes) == text ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
 bool equalNoAsciiCase(std::u16string_view left, std::u16string_view right) noexcept {

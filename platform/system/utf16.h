@@ -2,6 +2,7 @@
 /// the system's bytes (UTF-8) everywhere else.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -15,6 +16,11 @@ std::u16string toUtf16(std::string_view bytes);
 /// UTF-16 as the system's bytes; undoes toUtf16. Other lone surrogates become
 /// U+FFFD.
 std::string toBytes(std::u16string_view text);
+
+/// The one file name or path that toUtf16 turns into this text; nothing for a
+/// text that is the form of none. Half a character would otherwise become
+/// U+FFFD, or two halves a whole one, and that is another file's name.
+std::optional<std::string> toFileName(std::u16string_view text);
 
 /// An upper-case letter for an ASCII letter, everything else unchanged.
 constexpr char16_t upperAscii(char16_t unit) noexcept {

@@ -35,17 +35,17 @@ std::u16string_view nextName(std::u16string_view& path) {
 }
 
 /// `..` at the root stays there, as everywhere.
-std::string cleaned(std::u16string_view path) {
-    std::vector<std::string> names;
+std::u16string cleaned(std::u16string_view path) {
+    std::vector<std::u16string_view> names;
     for (auto name = nextName(path); !name.empty(); name = nextName(path)) {
         if (name == u"..") {
             if (!names.empty()) names.pop_back();
         } else if (name != u".") {
-            names.push_back(toBytes(name));
+            names.push_back(name);
         }
     }
-    std::string text;
-    for (auto const& name : names) text.append(text.empty() ? "" : "/").append(name);
+    std::u16string text;
+    for (auto const name : names) text.append(text.empty() ? u"" : u"/").append(name);
     return text;
 }
 
@@ -103,7 +103,7 @@ std::optional<VolumePath> volumePathOf(std::u16string_view path) {
 std::optional<std::string> folderOfVolume(std::u16string const& root) {
     auto const folder = volumeValue(volumesKey, root);
     if (!folder) return std::nullopt;
-    return toBytes(*folder);
+    return toFileName(*folder);
 }
 
 std::optional<std::u16string> fileSystemOfVolume(std::u16string const& root) {

@@ -1,11 +1,11 @@
 // Libraries from files.
 
+#include <algorithm>
 #include <filesystem>
 #include <vector>
 
-#include <sys/stat.h>
-
-#include "platform/system/regular_file.h"
+#include "platform/system/elf_file.h"
+#include "platform/system/resource_list.h"
 #include "platform/system/resource_section.h"
 #include "platform/system/utf16.h"
 #include "platform/typelib/library_cache.h"
@@ -17,6 +17,11 @@ namespace velk::typelib {
 namespace {
 
 constexpr WORD usualResource = 1;
+
+// Many times what the greatest libraries in use have.
+constexpr std::uint64_t largestLibrary = 64u << 20;
+// As much as tells a library from a module.
+constexpr std::uint64_t libraryBeginning = 4;
 
 struct LibraryPlace {
     std::string file;
@@ -31,7 +36,9 @@ bool isRegularFile(std::string const& file) {
 
 // "file\2" names the second library of a module, unless a file has that very name.
 LibraryPlace placeOf(std::u16string_view path) {
-    LibraryPlace place{platform::toBytes(path)};
+    auto file = platform::toFileName(path);
+    require(file.has_value(), TYPE_E_CANTLOADLIBRARY);
+    LibraryPlace place{*std::move(file)};
     std::size_t const mark = place.file.find_last_of('\\');
     if (mark == std::string::npos || isRegularFile(place.file)) return place;
     std::string const number = place.file.substr(mark + 1);
@@ -41,33 +48,44 @@ LibraryPlace placeOf(std::u16string_view path) {
     return {place.file.substr(0, mark), static_cast<WORD>(std::stoul(number)), true};
 }
 
-std::vector<std::byte> bytesOf(std::string const& file) {
-    platform::RegularFile const stream(file);
-    require(stream.isOpen(), TYPE_E_CANTLOADLIBRARY);
-    std::vector<std::byte> bytes(stream.size());
-    require(stream.read(0, bytes.data(), bytes.size()), TYPE_E_IOERROR);
+std::vector<std::byte> bytesOf(platform::RegularFile const& file, std::uint64_t offset,
+                               std::uint64_t size) {
+    require(file.contains(offset, size), TYPE_E_INVDATAREAD);
+    require(size <= largestLibrary, TYPE_E_CANTLOADLIBRARY);
+    std::vector<std::byte> bytes(size);
+    require(file.read(offset, bytes.data(), size), TYPE_E_IOERROR);
     return bytes;
 }
 
-std::unique_ptr<LibraryModel const> readLibrary(LibraryPlace const& place) {
-    if (platform::isSharedObjectFile(place.file)) {
-        auto const resource = platform::readResource(place.file, platform::ResourceName(u"TYPELIB"),
-                                                     platform::ResourceName(place.resource));
+std::unique_ptr<LibraryModel const> readFromModule(platform::RegularFile const& file, WORD number) {
+    auto const section = platform::readResourceSection(file);
+    require(section.has_value(), TYPE_E_CANTLOADLIBRARY);
+    auto const search = platform::findResource(section->bytes, platform::ResourceName(u"TYPELIB"),
+                                               platform::ResourceName(number));
+    auto const resource = platform::dataOfEntry(search.entry);
+    require(resource.has_value(), TYPE_E_CANTLOADLIBRARY);
+    return readMsftLibrary(ByteView(*resource));
+}
+
+// What the file is shows in its first bytes; no more is read than that needs.
+std::unique_ptr<LibraryModel const> readLibrary(platform::RegularFile const& file, WORD number) {
+    if (platform::moduleHeader(file)) return readFromModule(file, number);
+    auto const beginning = bytesOf(file, 0, std::min(file.size(), libraryBeginning));
+    if (isPortableExecutable(ByteView(beginning))) {
+        auto const resource =
+            portableResource([&](auto offset, auto size) { return bytesOf(file, offset, size); },
+                             u"TYPELIB", number);
         require(resource.has_value(), TYPE_E_CANTLOADLIBRARY);
         return readMsftLibrary(ByteView(*resource));
     }
-    auto const bytes = bytesOf(place.file);
-    ByteView const view(bytes);
-    if (!isPortableExecutable(view)) return readMsftLibrary(view);
-    auto const resource = portableResource(view, u"TYPELIB", place.resource);
-    require(resource.has_value(), TYPE_E_CANTLOADLIBRARY);
-    return readMsftLibrary(*resource);
+    requireMsftSignature(ByteView(beginning));
+    return readMsftLibrary(ByteView(bytesOf(file, 0, file.size())));
 }
 
 // A file that was replaced is another one, even while the old one is in use.
-std::u16string keyOf(LibraryPlace const& place, std::string const& path) {
-    struct stat status {};
-    require(stat(place.file.c_str(), &status) == 0, TYPE_E_CANTLOADLIBRARY);
+std::u16string keyOf(platform::RegularFile const& file, LibraryPlace const& place,
+                     std::string const& path) {
+    auto const& status = file.status();
     std::string const key = path + "\n" + std::to_string(place.resource) + "\n" +
                             std::to_string(status.st_ino) + "\n" + std::to_string(status.st_size) +
                             "\n" + std::to_string(status.st_mtim.tv_sec) + "." +
@@ -79,18 +97,19 @@ std::u16string keyOf(LibraryPlace const& place, std::string const& path) {
 
 Reference<TypeLibrary> loadLibraryFile(std::u16string_view path) {
     auto const place = placeOf(path);
-    require(isRegularFile(place.file), TYPE_E_CANTLOADLIBRARY);
+    platform::RegularFile const file(place.file);
+    require(file.isOpen(), TYPE_E_CANTLOADLIBRARY);
     std::error_code error;
     auto const absolute = std::filesystem::canonical(place.file, error).string();
     if (error == std::errc::not_enough_memory) throw std::bad_alloc();
     require(!error, TYPE_E_CANTLOADLIBRARY);
-    return sharedLibrary(keyOf(place, absolute), [&] {
+    return sharedLibrary(keyOf(file, place, absolute), [&] {
         auto name = platform::toUtf16(absolute);
         if (place.explicitResource) {
             name += u'\\';
             name += platform::toUtf16(std::to_string(place.resource));
         }
-        return TypeLibrary::create(readLibrary(place), std::move(name));
+        return TypeLibrary::create(readLibrary(file, place.resource), std::move(name));
     });
 }
 

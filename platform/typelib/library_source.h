@@ -13,6 +13,11 @@ namespace velk::typelib {
 /// ResultError.
 Reference<TypeLibrary> loadLibraryFile(std::u16string_view path);
 
+/// Whether the path names the same file whatever folder is current.
+constexpr bool isAbsolutePath(std::u16string_view path) noexcept {
+    return path.starts_with(u'/');
+}
+
 /// The registered library of an identifier, by the rules of LoadRegTypeLib.
 /// Fails with a ResultError, TYPE_E_LIBNOTREGISTERED where there is none.
 Reference<TypeLibrary> loadRegisteredLibrary(REFGUID id, WORD major, WORD minor, LCID lcid);

@@ -145,7 +145,15 @@ class LibraryReader {
 
 }  // namespace
 
+void requireMsftSignature(ByteView beginning) {
+    require(beginning.size() >= sizeof(DWORD), TYPE_E_CANTLOADLIBRARY);
+    DWORD const found = beginning.u32(0);
+    require(found != msft::olderSignature, TYPE_E_UNSUPFORMAT);
+    require(found == msft::signature, TYPE_E_CANTLOADLIBRARY);
+}
+
 std::unique_ptr<LibraryModel const> readMsftLibrary(ByteView bytes) {
+    requireMsftSignature(bytes);
     auto model = std::make_unique<LibraryModel>();
     LibraryReader(bytes, *model).read();
     return model;

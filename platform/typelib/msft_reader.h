@@ -8,6 +8,10 @@
 
 namespace velk::typelib {
 
+/// Fails with a ResultError unless a file that begins so is a library of this
+/// format: TYPE_E_UNSUPFORMAT for another one's, else TYPE_E_CANTLOADLIBRARY.
+void requireMsftSignature(ByteView beginning);
+
 /// The model of the library in `bytes`, which are not needed afterwards.
 ///
 /// Pointers, offsets into vtables and instance sizes are those of this

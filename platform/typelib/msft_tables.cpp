@@ -25,10 +25,6 @@ constexpr bool needsDetail(VARTYPE type) {
 }  // namespace
 
 Tables::Tables(ByteView file, LibraryModel& model) : file_(file), model_(model) {
-    require(file.size() >= sizeof(DWORD), TYPE_E_CANTLOADLIBRARY);
-    DWORD const found = file.u32(0);
-    require(found != olderSignature, TYPE_E_UNSUPFORMAT);
-    require(found == signature, TYPE_E_CANTLOADLIBRARY);
     require(file.u32(header::version) == formatVersion, TYPE_E_UNSUPFORMAT);
     textLcid_ = file.u32(header::textLcid);
 

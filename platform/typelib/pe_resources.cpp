@@ -10,10 +10,13 @@ namespace {
 constexpr WORD dosSignature = 0x5a4d;      // "MZ"
 constexpr DWORD moduleSignature = 0x4550;  // "PE"
 constexpr std::size_t moduleHeaderField = 0x3c;
+constexpr std::size_t dosHeaderSize = 64;
 constexpr std::size_t fileHeaderSize = 24;  // signature included
 constexpr std::size_t sectionCountField = 6;
 constexpr std::size_t optionalSizeField = 20;
 constexpr WORD optional64 = 0x20b;
+constexpr std::size_t longestOptional = 1024;
+constexpr std::size_t mostSections = 96;
 constexpr std::size_t directories32 = 96;
 constexpr std::size_t directories64 = 112;
 constexpr std::size_t resourceDirectory = 2;
@@ -26,35 +29,57 @@ constexpr DWORD highBit = 0x80000000;
 // Maps addresses of the loaded module to places in its file.
 class Module {
   public:
-    explicit Module(ByteView file) : file_(file), header_(file.u32(moduleHeaderField)) {
-        require(file.u32(header_) == moduleSignature, TYPE_E_INVDATAREAD);
-        sections_ = header_ + fileHeaderSize + file.u16(header_ + optionalSizeField);
+    explicit Module(ReadBytes const& read) : read_(read) {
+        auto const dos = read(0, dosHeaderSize);
+        std::uint64_t const header = ByteView(dos).u32(moduleHeaderField);
+        auto const file = read(header, fileHeaderSize);
+        require(ByteView(file).u32(0) == moduleSignature, TYPE_E_INVDATAREAD);
+        std::size_t const optional = ByteView(file).u16(optionalSizeField);
+        std::size_t const sections = ByteView(file).u16(sectionCountField);
+        require(optional <= longestOptional && sections <= mostSections, TYPE_E_INVDATAREAD);
+        optional_ = read(header + fileHeaderSize, optional);
+        sections_ = read(header + fileHeaderSize + optional, sections * sectionHeaderSize);
     }
 
     // The address of the resources; 0 where the module has none.
     DWORD resources() const {
-        std::size_t const optional = header_ + fileHeaderSize;
-        std::size_t const directories =
-            optional + (file_.u16(optional) == optional64 ? directories64 : directories32);
-        return file_.u32(directories + 8 * resourceDirectory);
+        ByteView const header(optional_);
+        std::size_t const directories = header.u16(0) == optional64 ? directories64 : directories32;
+        return header.u32(directories + 8 * resourceDirectory);
     }
 
-    ByteView at(DWORD address) const {
-        std::size_t const count = file_.u16(header_ + sectionCountField);
-        for (std::size_t i = 0; i < count; ++i) {
-            std::size_t const section = sections_ + i * sectionHeaderSize;
-            DWORD const start = file_.u32(section + 12);
-            DWORD const size = file_.u32(section + 16);
+    // What the address's section holds from there on.
+    std::vector<std::byte> from(DWORD address) const {
+        auto const place = placeOf(address);
+        return read_(place.offset, place.size);
+    }
+    std::vector<std::byte> at(DWORD address, std::size_t size) const {
+        auto const place = placeOf(address);
+        require(size <= place.size, TYPE_E_INVDATAREAD);
+        return read_(place.offset, size);
+    }
+
+  private:
+    struct Place {
+        std::uint64_t offset;
+        std::size_t size;
+    };
+
+    Place placeOf(DWORD address) const {
+        ByteView const headers(sections_);
+        for (std::size_t at = 0; at < headers.size(); at += sectionHeaderSize) {
+            DWORD const start = headers.u32(at + 12);
+            DWORD const size = headers.u32(at + 16);
             if (address < start || address - start >= size) continue;
-            return file_.part(file_.u32(section + 20), size).from(address - start);
+            DWORD const skipped = address - start;
+            return {std::uint64_t{headers.u32(at + 20)} + skipped, size - skipped};
         }
         fail(TYPE_E_INVDATAREAD);
     }
 
-  private:
-    ByteView file_;
-    std::size_t header_;
-    std::size_t sections_ = 0;
+    ReadBytes const& read_;
+    std::vector<std::byte> optional_;
+    std::vector<std::byte> sections_;
 };
 
 // One level of the resource tree: types, then names, then languages.
@@ -101,14 +126,16 @@ bool hasName(ByteView resources, DWORD id, std::u16string_view name) {
 
 }  // namespace
 
-bool isPortableExecutable(ByteView file) {
-    return file.size() >= sizeof(WORD) && file.u16(0) == dosSignature;
+bool isPortableExecutable(ByteView beginning) {
+    return beginning.size() >= sizeof(WORD) && beginning.u16(0) == dosSignature;
 }
 
-std::optional<ByteView> portableResource(ByteView file, std::u16string_view type, WORD number) {
-    Module const module(file);
+std::optional<std::vector<std::byte>> portableResource(ReadBytes const& read,
+                                                       std::u16string_view type, WORD number) {
+    Module const module(read);
     if (module.resources() == 0) return std::nullopt;
-    ByteView const resources = module.at(module.resources());
+    auto const section = module.from(module.resources());
+    ByteView const resources(section);
     auto const names =
         Directory(resources, 0).find([&](DWORD id) { return hasName(resources, id, type); });
     if (!names || !(*names & highBit)) return std::nullopt;
@@ -118,7 +145,7 @@ std::optional<ByteView> portableResource(ByteView file, std::u16string_view type
     Directory const list(resources, *languages & ~highBit);
     if (list.count() == 0 || (list.target(0) & highBit)) return std::nullopt;
     std::size_t const leaf = list.target(0);
-    return module.at(resources.u32(leaf)).part(0, resources.u32(leaf + 4));
+    return module.at(resources.u32(leaf), resources.u32(leaf + 4));
 }
 
 }  // namespace velk::typelib

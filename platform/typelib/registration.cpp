@@ -14,25 +14,34 @@ namespace {
 constexpr char16_t const* libraryMarshaller = u"{00020424-0000-0000-C000-000000000046}";
 constexpr char16_t const* dispatchMarshaller = u"{00020420-0000-0000-C000-000000000046}";
 
-// The classes of the machine or of the user.
+// The classes of the machine or of the user, by the hive that is meant:
+// HKEY_CLASSES_ROOT writes where a key happens to stand already.
 class Classes {
   public:
-    static Classes ofMachine() { return Classes(HKEY_CLASSES_ROOT, u""); }
-    static Classes ofUser() { return Classes(HKEY_CURRENT_USER, u"Software\\Classes\\"); }
+    static Classes ofMachine() { return Classes(HKEY_LOCAL_MACHINE); }
+    static Classes ofUser() { return Classes(HKEY_CURRENT_USER); }
 
+    HKEY hive() const { return root_; }
     RegistryKey open(std::u16string const& name) const {
-        return RegistryKey::open(root_, prefix_ + name);
+        return RegistryKey::open(root_, prefix + name);
     }
     RegistryKey create(std::u16string const& name) const {
-        return RegistryKey::create(root_, prefix_ + name);
+        return RegistryKey::create(root_, prefix + name);
     }
-    bool remove(std::u16string const& name) const { return deleteKeyTree(root_, prefix_ + name); }
+    bool remove(std::u16string const& name) const { return deleteKeyTree(root_, prefix + name); }
+    // Removes the key unless somebody has put something into it or below it.
+    void removeEmpty(std::u16string const& name) const {
+        if (open(name).isEmpty()) remove(name);
+    }
+    void removeText(std::u16string const& name, LPCWSTR value, std::u16string const& text) const {
+        deleteText(root_, prefix + name, value, text);
+    }
 
   private:
-    Classes(HKEY root, std::u16string prefix) : root_(root), prefix_(std::move(prefix)) {}
+    explicit Classes(HKEY root) : root_(root) {}
 
+    static constexpr char16_t const* prefix = u"Software\\Classes\\";
     HKEY root_;
-    std::u16string prefix_;
 };
 
 class LibraryAttributes {
@@ -76,21 +85,50 @@ std::u16string folderOf(std::u16string const& path) {
     return end == std::u16string::npos ? std::u16string() : path.substr(0, end);
 }
 
+std::u16string nameOf(ITypeInfo* type) {
+    Bstr name;
+    HRESULT const result =
+        type->GetDocumentation(MEMBERID_NIL, name.out(), nullptr, nullptr, nullptr);
+    return SUCCEEDED(result) ? std::u16string(name.view()) : std::u16string();
+}
+
+// Who marshals an interface; null for a type that is registered as none.
+char16_t const* marshallerOf(TypeAttributes const& attributes) {
+    bool const byLibrary = attributes->wTypeFlags & (TYPEFLAG_FOLEAUTOMATION | TYPEFLAG_FDUAL);
+    if (attributes->typekind == TKIND_DISPATCH) {
+        return byLibrary ? libraryMarshaller : dispatchMarshaller;
+    }
+    return attributes->typekind == TKIND_INTERFACE && byLibrary ? libraryMarshaller : nullptr;
+}
+
 void writeInterface(Classes const& classes, ITypeInfo* type, TypeAttributes const& attributes,
                     LibraryAttributes const& library) {
-    bool const byLibrary = attributes->wTypeFlags & (TYPEFLAG_FOLEAUTOMATION | TYPEFLAG_FDUAL);
-    bool const dispatch = attributes->typekind == TKIND_DISPATCH;
-    bool const isInterface = attributes->typekind == TKIND_INTERFACE;
-    if (!dispatch && !(isInterface && byLibrary)) return;
+    auto const* const marshaller = marshallerOf(attributes);
+    if (marshaller == nullptr) return;
     auto const key = classes.create(u"Interface\\" + guidText(attributes->guid));
-    Bstr name;
-    if (SUCCEEDED(type->GetDocumentation(MEMBERID_NIL, name.out(), nullptr, nullptr, nullptr))) {
-        key.setText(nullptr, std::u16string(name.view()));
-    }
-    writeText(key, u"ProxyStubClsid32", byLibrary ? libraryMarshaller : dispatchMarshaller);
+    key.setText(nullptr, nameOf(type));
+    writeText(key, u"ProxyStubClsid32", marshaller);
     auto const link = RegistryKey::create(key.get(), u"TypeLib");
     link.setText(nullptr, guidText(library->guid));
     link.setText(u"Version", versionText(library->wMajorVerNum, library->wMinorVerNum));
+}
+
+// Takes back what writeInterface wrote, and nothing that somebody else has put
+// there, another library or version that took the interface over among them.
+void removeInterface(Classes const& classes, ITypeInfo* type, TypeAttributes const& attributes,
+                     std::u16string const& library, std::u16string const& version) {
+    auto const* const marshaller = marshallerOf(attributes);
+    if (marshaller == nullptr) return;
+    auto const name = u"Interface\\" + guidText(attributes->guid);
+    auto const link = name + u"\\TypeLib";
+    auto const proxy = name + u"\\ProxyStubClsid32";
+    auto const known = classes.open(link);
+    if (known.text() != library || known.text(u"Version") != version) return;
+    classes.removeText(link, nullptr, library);
+    classes.removeText(link, u"Version", version);
+    classes.removeText(proxy, nullptr, marshaller);
+    classes.removeText(name, nullptr, nameOf(type));
+    for (auto const& emptied : {link, proxy, name}) classes.removeEmpty(emptied);
 }
 
 template <typename Action>
@@ -124,15 +162,6 @@ void registerIn(Classes const& classes, ITypeLib* library, std::u16string const&
     });
 }
 
-void removeInterfaces(Classes const& classes, ITypeLib* library, REFGUID id) {
-    forEachType(library, [&](ITypeInfo*, TypeAttributes const& attributes) {
-        auto const name = u"Interface\\" + guidText(attributes->guid);
-        auto const link = classes.open(name + u"\\TypeLib").text();
-        // Another library may have taken the interface over.
-        if (link && *link == guidText(id)) classes.remove(name);
-    });
-}
-
 // Languages and systems are keys whose names are hexadecimal numbers; what
 // else stands below a version describes it.
 bool hasLanguages(RegistryKey const& version) {
@@ -150,21 +179,40 @@ void unregisterFrom(Classes const& classes, REFGUID id, WORD major, WORD minor, 
     require(!systemText(system).empty(), TYPE_E_REGISTRYACCESS);
     auto const path = classes.open(place).text();
     require(path.has_value(), TYPE_E_REGISTRYACCESS);
+    require(classes.remove(place), TYPE_E_REGISTRYACCESS);
+    if (classes.open(language).subKeys().empty()) classes.remove(language);
+    // Another language of the library has the same interfaces.
+    if (hasLanguages(classes.open(version))) return;
+    classes.remove(version);
+    if (classes.open(library).subKeys().empty()) classes.remove(library);
     try {
-        removeInterfaces(classes, loadLibraryFile(*path).get(), id);
+        require(isAbsolutePath(*path), TYPE_E_CANTLOADLIBRARY);
+        forEachType(
+            loadLibraryFile(*path).get(), [&](ITypeInfo* type, TypeAttributes const& attributes) {
+                removeInterface(classes, type, attributes, guidText(id), versionText(major, minor));
+            });
     } catch (ResultError const&) {
         // The file is gone: its interfaces cannot be told any more.
     }
-    require(classes.remove(place), TYPE_E_REGISTRYACCESS);
-    if (classes.open(language).subKeys().empty()) classes.remove(language);
-    if (!hasLanguages(classes.open(version))) classes.remove(version);
-    if (classes.open(library).subKeys().empty()) classes.remove(library);
 }
 
 HRESULT registerLibrary(Classes const& classes, ITypeLib* library, LPCOLESTR path,
                         LPCOLESTR helpFolder) {
     if (!library || !path) return E_INVALIDARG;
-    return guarded([&] { registerIn(classes, library, path, helpFolder); });
+    return guarded([&] {
+        RegistryChange change(classes.hive());
+        registerIn(classes, library, path, helpFolder);
+        change.commit();
+    });
+}
+
+HRESULT unregisterLibrary(Classes const& classes, REFGUID id, WORD major, WORD minor, LCID lcid,
+                          SYSKIND system) {
+    return guarded([&] {
+        RegistryChange change(classes.hive());
+        unregisterFrom(classes, id, major, minor, lcid, system);
+        change.commit();
+    });
 }
 
 }  // namespace
@@ -181,12 +229,9 @@ HRESULT RegisterTypeLibForUser(ITypeLib* library, LPOLESTR path, LPOLESTR helpFo
 }
 
 HRESULT UnRegisterTypeLib(REFGUID id, WORD major, WORD minor, LCID lcid, SYSKIND system) {
-    return velk::typelib::guarded([&] {
-        velk::typelib::unregisterFrom(Classes::ofMachine(), id, major, minor, lcid, system);
-    });
+    return velk::typelib::unregisterLibrary(Classes::ofMachine(), id, major, minor, lcid, system);
 }
 
 HRESULT UnRegisterTypeLibForUser(REFGUID id, WORD major, WORD minor, LCID lcid, SYSKIND system) {
-    return velk::typelib::guarded(
-        [&] { velk::typelib::unregisterFrom(Classes::ofUser(), id, major, minor, lcid, system); });
+    return velk::typelib::unregisterLibrary(Classes::ofUser(), id, major, minor, lcid, system);
 }

@@ -1,7 +1,12 @@
 #include "platform/typelib/registry_key.h"
 
+#include <new>
+
+#include "ktmw32.h"
 #include "platform/system/memory_failure.h"
 #include "platform/typelib/boundary.h"
+#include "velk_transactions.h"
+#include "winbase.h"
 
 namespace velk::typelib {
 namespace {
@@ -48,6 +53,16 @@ std::vector<std::u16string> RegistryKey::subKeys() const {
     }
 }
 
+bool RegistryKey::isEmpty() const {
+    DWORD keys = 0;
+    DWORD values = 0;
+    return key_ != nullptr &&
+           unlessOutOfMemory(RegQueryInfoKeyW(key_, nullptr, nullptr, nullptr, &keys, nullptr,
+                                              nullptr, &values, nullptr, nullptr, nullptr,
+                                              nullptr)) == ERROR_SUCCESS &&
+           keys == 0 && values == 0;
+}
+
 std::optional<std::u16string> RegistryKey::text(LPCWSTR name) const {
     DWORD type = 0;
     DWORD size = 0;
@@ -69,6 +84,43 @@ void RegistryKey::setText(LPCWSTR name, std::u16string const& text) const {
     LSTATUS const status = unlessOutOfMemory(
         RegSetValueExW(key_, name, 0, REG_SZ, reinterpret_cast<BYTE const*>(text.c_str()), size));
     require(status == ERROR_SUCCESS, TYPE_E_REGISTRYACCESS);
+}
+
+void deleteText(HKEY parent, std::u16string const& name, LPCWSTR value,
+                std::u16string const& text) {
+    if (RegistryKey::open(parent, name).text(value) != text) return;
+    HKEY key = nullptr;
+    if (unlessOutOfMemory(RegOpenKeyExW(parent, name.c_str(), 0, KEY_SET_VALUE, &key)) !=
+        ERROR_SUCCESS) {
+        return;
+    }
+    RegDeleteValueW(key, value);
+    RegCloseKey(key);
+}
+
+RegistryChange::RegistryChange(HKEY hive) {
+    if (VelkThreadTransaction() != nullptr) return;
+    HANDLE const made = CreateTransaction(nullptr, nullptr, 0, 0, 0, 0, nullptr);
+    if (made == INVALID_HANDLE_VALUE) throw std::bad_alloc();
+    transaction_ = made;
+    VelkSetThreadTransaction(made);
+    // From the first write on the hive is the transaction's own, and what is
+    // read before may not hold any more then. What keeps it from being written
+    // is met again by the changes themselves.
+    constexpr LPCWSTR name = u"velk::typelib::RegistryChange";
+    if (RegSetValueExW(hive, name, 0, REG_NONE, nullptr, 0) == ERROR_SUCCESS) {
+        RegDeleteValueW(hive, name);
+    }
+}
+
+RegistryChange::~RegistryChange() {
+    if (transaction_ != nullptr) CloseHandle(transaction_);
+}
+
+void RegistryChange::commit() {
+    if (transaction_ == nullptr || CommitTransaction(transaction_)) return;
+    unlessOutOfMemory(static_cast<LSTATUS>(GetLastError()));
+    fail(TYPE_E_REGISTRYACCESS);
 }
 
 bool deleteKeyTree(HKEY parent, std::u16string const& name) {

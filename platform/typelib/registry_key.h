@@ -30,12 +30,33 @@ class RegistryKey {
     explicit operator bool() const { return key_ != nullptr; }
 
     std::vector<std::u16string> subKeys() const;
+    /// Whether the key is there and has neither keys nor values.
+    bool isEmpty() const;
     std::optional<std::u16string> text(LPCWSTR name = nullptr) const;
     /// Fails with a ResultError, TYPE_E_REGISTRYACCESS.
     void setText(LPCWSTR name, std::u16string const& text) const;
 
   private:
     HKEY key_ = nullptr;
+};
+
+/// Removes a value if it has this text.
+void deleteText(HKEY parent, std::u16string const& name, LPCWSTR value, std::u16string const& text);
+
+/// Several changes of a hive as one: dropped unless they are committed. No other
+/// process changes the hive meanwhile. Inside another such change of the thread
+/// they are a part of that one.
+class RegistryChange {
+  public:
+    explicit RegistryChange(HKEY hive);
+    RegistryChange(RegistryChange const&) = delete;
+    RegistryChange& operator=(RegistryChange const&) = delete;
+    ~RegistryChange();
+    /// Fails with a ResultError, TYPE_E_REGISTRYACCESS.
+    void commit();
+
+  private:
+    HANDLE transaction_ = nullptr;
 };
 
 /// Removes a key with all below it; whether there was one that could be removed.

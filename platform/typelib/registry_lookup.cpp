@@ -115,7 +115,10 @@ std::u16string registeredPath(REFGUID id, WORD major, WORD minor, LCID lcid) {
 
 Reference<TypeLibrary> loadRegisteredLibrary(REFGUID id, WORD major, WORD minor, LCID lcid) {
     try {
-        return loadLibraryFile(registeredPath(id, major, minor, lcid));
+        auto const path = registeredPath(id, major, minor, lcid);
+        // The folder that is current has no say in what a library is.
+        require(isAbsolutePath(path), TYPE_E_CANTLOADLIBRARY);
+        return loadLibraryFile(path);
     } catch (ResultError const&) {
         // A system's own registration goes first, and its absence does no harm.
         if (id != standardTypesId) throw;

@@ -46,6 +46,10 @@ LSTATUS MemoryRegistry::permit() {
 }
 
 MemoryRegistry::Text MemoryRegistry::fullPath(KeyPath const& key) {
+    Text const classes = OLESTR("Software\\Classes");
+    if (key.root == HKEY_LOCAL_MACHINE && key.names.starts_with(classes)) {
+        return OLESTR("HKCR") + key.names.substr(classes.size());
+    }
     Text root = OLESTR("HKCR");
     if (key.root == HKEY_CURRENT_USER) root = OLESTR("HKCU");
     if (key.root == HKEY_LOCAL_MACHINE) root = OLESTR("HKLM");
@@ -69,7 +73,7 @@ LSTATUS MemoryRegistry::setValue(KeyPath const& key, Text const& name, DWORD typ
     if (LSTATUS const refused = permit()) return refused;
     Text const path = fullPath(key);
     // The predefined keys are always there.
-    if (key.names.empty()) keys_.try_emplace(path);
+    if (path.find('\\') == Text::npos) keys_.try_emplace(path);
     auto const found = keys_.find(path);
     if (found == keys_.end()) return ERROR_FILE_NOT_FOUND;
     found->second[name] = {type, {data.begin(), data.end()}};

@@ -10,8 +10,9 @@
 
 namespace velk::com::test {
 
-/// Keeps every key as "ROOT\path", compared without ASCII case, and can be
-/// told to refuse one operation after a number of them.
+/// Keeps every key as "ROOT\path", compared without ASCII case, the machine's
+/// classes as "HKCR", and can be told to refuse one operation after a number of
+/// them.
 class MemoryRegistry final : public Registry {
   public:
     using Text = std::basic_string<OLECHAR>;

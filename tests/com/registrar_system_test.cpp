@@ -120,14 +120,5 @@ TEST(SystemRegistrar, KeepsKeysOfOthersBelow) {
     EXPECT_FALSE(keyExists(testKey));
 }
 
-TEST(SystemRegistrar, PerUserClassesAppearUnderTheUser) {
-    Registrar registrar;
-    registrar.setPerUser(true);
-    registrar.registerScript(OLESTR("HKCR { VelkComTests.Class = s 'x' }"));
-    EXPECT_EQ(textOf(OLESTR("Software\\Classes\\VelkComTests.Class"), nullptr), "x");
-    registrar.unregisterScript(OLESTR("HKCR { VelkComTests.Class = s 'x' }"));
-    EXPECT_FALSE(keyExists(OLESTR("Software\\Classes\\VelkComTests.Class")));
-}
-
 }  // namespace
 }  // namespace velk::com::test

@@ -193,12 +193,14 @@ TEST_F(RegistrarTest, ARefusedOperationNamesItsKey) {
     };
     std::string const script = "HKCR { A = s 'x' { val V = s 'v' ForceRemove B } }";
     Case const cases[] = {
-        {0, true, "cannot create HKEY_CLASSES_ROOT\\A: 0x80070005"},
-        {1, true, "cannot write the default value of HKEY_CLASSES_ROOT\\A: 0x80070005"},
-        {2, true, "cannot write the value \"V\" of HKEY_CLASSES_ROOT\\A: 0x80070005"},
-        {3, true, "cannot delete HKEY_CLASSES_ROOT\\A\\B: 0x80070005"},
-        {0, false, "cannot delete a value of HKEY_CLASSES_ROOT\\A: 0x80070005"},
-        {2, false, "cannot delete HKEY_CLASSES_ROOT\\A: 0x80070005"},
+        {0, true, "cannot create HKEY_LOCAL_MACHINE\\Software\\Classes\\A: 0x80070005"},
+        {1, true,
+         "cannot write the default value of HKEY_LOCAL_MACHINE\\Software\\Classes\\A: 0x80070005"},
+        {2, true,
+         "cannot write the value \"V\" of HKEY_LOCAL_MACHINE\\Software\\Classes\\A: 0x80070005"},
+        {3, true, "cannot delete HKEY_LOCAL_MACHINE\\Software\\Classes\\A\\B: 0x80070005"},
+        {0, false, "cannot delete a value of HKEY_LOCAL_MACHINE\\Software\\Classes\\A: 0x80070005"},
+        {2, false, "cannot delete HKEY_LOCAL_MACHINE\\Software\\Classes\\A: 0x80070005"},
     };
     for (auto const& entry : cases) {
         registry = {};

@@ -20,6 +20,8 @@ std::string const libraryId = "{71A9C3E5-2F4B-4E8D-B6A1-5D3E8C0F2B94}";
 std::string const applicationId = "{6E1F2A90-4C3B-4D7E-A1F2-0B9C8D7E6F51}";
 // A class of somebody else.
 std::string const otherClassId = "{0D5C5E0A-7E5B-4C0F-9B1E-52F0C0A1B2C3}";
+std::string const proxyId = "{C3E8A1F2-7D54-4B9A-9E21-6F0B3D8C2A47}";
+std::string const facadeId = "{E4F16C2A-3B97-4D85-8A0C-7E2B9F1D5C63}";
 std::string const progId = "VelkCOMAdapter.VelkCOMProxy";
 
 std::filesystem::path fromUtf8(std::string const& text) {
@@ -77,9 +79,24 @@ bool belongsToTypeLibrary(std::string const& entry) {
            entry.starts_with("Interface");
 }
 
+/// A hive, and the command line that means it.
+struct Hive {
+    char const* name;
+    HKEY root;
+    bool isUsers;
+
+    HRESULT update(bool install) const {
+        InstalledModule const module;
+        if (isUsers) return module.install(install, "user");
+        return install ? module.registerServer() : module.unregisterServer();
+    }
+};
+Hive const machine{"machine", HKEY_LOCAL_MACHINE, false};
+Hive const user{"user", HKEY_CURRENT_USER, true};
+
 /// The keys in which the scripts write beside others.
 bool isShared(std::string const& key) {
-    return key == "AppID" || key == "CLSID";
+    return key == "AppID" || key == "CLSID" || key == "TypeLib" || key == "Interface";
 }
 
 bool typeLibraryIsRegistered(HKEY root) {
@@ -109,20 +126,31 @@ class Registration : public testing::Test {
             for (std::string const& key :
                  {"CLSID\\" + classId, "CLSID\\" + otherClassId, "AppID\\" + applicationId,
                   std::string("AppID\\VelkCOMAdapter.DLL"), progId, progId + ".1",
-                  "TypeLib\\" + libraryId}) {
+                  "TypeLib\\" + libraryId, "Interface\\" + proxyId, "Interface\\" + facadeId}) {
                 deleteKey(root, classes + "\\" + key);
             }
         }
     }
 
-    /// The entries of the scripts that came since the test began.
+    /// The entries that came since the test began, without those of libraries.
     RegistryTable added(HKEY root) const {
+        RegistryTable table = addedWithLibraries(root);
+        std::erase_if(table, [](auto const& entry) { return belongsToTypeLibrary(entry.first); });
+        return table;
+    }
+    RegistryTable addedWithLibraries(HKEY root) const {
         RegistryTable table = dumpRegistry(root, classes, [&](std::string const& key) {
             return isShared(key) || !before.at(root).contains(key);
         });
-        std::erase_if(table, [&](auto const& entry) {
-            return belongsToTypeLibrary(entry.first) || before.at(root).contains(entry.first);
-        });
+        std::erase_if(table,
+                      [&](auto const& entry) { return before.at(root).contains(entry.first); });
+        return table;
+    }
+    /// What registering may have changed, of libraries where that is our own.
+    RegistryTable changed(Hive const& hive) const {
+        bool const isOwn = runningSystem() == System::ownLayer;
+        RegistryTable table = isOwn ? addedWithLibraries(hive.root) : added(hive.root);
+        for (auto const* key : {"TypeLib", "Interface"}) table.erase(key);
         return table;
     }
     /// Those of `entries` that were not there when the test began.
@@ -141,42 +169,20 @@ class Registration : public testing::Test {
     }();
 };
 
-TEST_F(Registration, WritesTheWholeTableForTheMachineAndRemovesIt) {
-    InstalledModule const module;
-    ASSERT_TRUE(module.loaded());
-    ASSERT_EQ(module.registerServer(), S_OK);
-    EXPECT_EQ(added(HKEY_LOCAL_MACHINE),
-              fresh(HKEY_LOCAL_MACHINE, expectedEntries(nativePath(builtModule()))));
-    EXPECT_TRUE(typeLibraryIsRegistered(HKEY_LOCAL_MACHINE));
-    EXPECT_TRUE(added(HKEY_CURRENT_USER).empty());
-    ASSERT_EQ(module.unregisterServer(), S_OK);
-    EXPECT_EQ(added(HKEY_LOCAL_MACHINE), fresh(HKEY_LOCAL_MACHINE, keptKeys));
-    EXPECT_FALSE(typeLibraryIsRegistered(HKEY_LOCAL_MACHINE));
-}
-
-TEST_F(Registration, CommandLineUserRegistersForTheUser) {
-    for (char const* commandLine : {"user", "USER", "uSeR"}) {
+TEST_F(Registration, CommandLinesSayForWhom) {
+    struct Case {
+        char const* commandLine;
+        bool isUsers;
+    };
+    Case const cases[] = {{"user", true},   {"USER", true},        {"uSeR", true}, {nullptr, false},
+                          {"", false},      {"users", false},      {"use", false}, {"user ", false},
+                          {" user", false}, {"us\xc5\xbfr", false}};
+    for (auto const& entry : cases) {
         InstalledModule const module;
-        ASSERT_EQ(module.install(true, commandLine), S_OK) << commandLine;
-        EXPECT_EQ(added(HKEY_CURRENT_USER),
-                  fresh(HKEY_CURRENT_USER, expectedEntries(nativePath(builtModule()))));
-        expectDifference(System::wine, "writes a user's type library for the machine",
-                         [] { EXPECT_TRUE(typeLibraryIsRegistered(HKEY_CURRENT_USER)); });
-        EXPECT_TRUE(added(HKEY_LOCAL_MACHINE).empty()) << commandLine;
-        ASSERT_EQ(module.install(false, commandLine), S_OK);
-        EXPECT_EQ(added(HKEY_CURRENT_USER), fresh(HKEY_CURRENT_USER, keptKeys));
-        EXPECT_FALSE(typeLibraryIsRegistered(HKEY_CURRENT_USER));
-    }
-}
-
-TEST_F(Registration, OtherCommandLinesRegisterForTheMachine) {
-    for (char const* commandLine :
-         {static_cast<char const*>(nullptr), "", "users", "use", "user ", " user", "us\xc5\xbfr"}) {
-        InstalledModule const module;
-        ASSERT_EQ(module.install(true, commandLine), S_OK);
-        EXPECT_FALSE(added(HKEY_LOCAL_MACHINE).empty());
-        EXPECT_TRUE(added(HKEY_CURRENT_USER).empty());
-        ASSERT_EQ(module.install(false, commandLine), S_OK);
+        ASSERT_EQ(module.install(true, entry.commandLine), S_OK);
+        EXPECT_EQ(keyExists(HKEY_CURRENT_USER, classes + "\\" + progId), entry.isUsers);
+        EXPECT_EQ(keyExists(HKEY_LOCAL_MACHINE, classes + "\\" + progId), !entry.isUsers);
+        ASSERT_EQ(module.install(false, entry.commandLine), S_OK);
     }
 }
 
@@ -194,23 +200,99 @@ TEST_F(Registration, UserModeStaysOnUntilTheModuleGoes) {
     EXPECT_FALSE(added(HKEY_LOCAL_MACHINE).empty());
 }
 
-TEST_F(Registration, KeepsWhatOthersWrote) {
-    writeText(HKEY_LOCAL_MACHINE, classes + "\\CLSID\\" + otherClassId, "", "other");
-    writeText(HKEY_LOCAL_MACHINE, classes + "\\" + progId + "\\Theirs", "", "theirs");
+/// What stands in a hive before, and which of it has our names and stays
+/// when the module is unregistered.
+struct Former {
+    char const* what;
+    std::function<void(Hive const& own, Hive const& other)> make;
+    RegistryTable stays = {};
+};
+
+void removeKeys(Hive const& hive, std::initializer_list<std::string> keys) {
+    for (auto const& key : keys) deleteKey(hive.root, classes + "\\" + key);
+}
+
+Former const formers[] = {
+    {"nothing", [](auto&, auto&) {}},
+    {"the same in the other hive", [](auto&, auto& other) { other.update(true); }},
+    {"the same", [](auto& own, auto&) { own.update(true); }},
+    {"all but the library",
+     [](auto& own, auto&) {
+         own.update(true);
+         removeKeys(own,
+                    {"TypeLib\\" + libraryId, "Interface\\" + proxyId, "Interface\\" + facadeId});
+     }},
+    {"the library alone",
+     [](auto& own, auto&) {
+         own.update(true);
+         removeKeys(own, {"CLSID\\" + classId, "AppID\\" + applicationId,
+                          "AppID\\VelkCOMAdapter.DLL", progId, progId + ".1"});
+     }},
+    {"keys of others",
+     [](auto& own, auto&) {
+         for (auto const& key : {"CLSID\\" + otherClassId, progId + "\\Theirs",
+                                 "Interface\\" + facadeId + "\\Theirs"}) {
+             writeText(own.root, classes + "\\" + key, "", "theirs");
+         }
+     },
+     {{progId + ":", "VelkCOMProxy Class"}}},
+};
+
+/// Entries of a hive by what registering writes there.
+RegistryTable without(RegistryTable table, RegistryTable const& ours) {
+    std::erase_if(table, [&](auto const& entry) {
+        return ours.contains(entry.first) && !isShared(entry.first);
+    });
+    return table;
+}
+RegistryTable with(RegistryTable table, RegistryTable const& more) {
+    for (auto const& entry : more) table.insert_or_assign(entry.first, entry.second);
+    return table;
+}
+
+TEST_F(Registration, ChangesItsOwnHiveAndNothingElse) {
+    for (auto const& [own, other] : {std::pair(machine, user), std::pair(user, machine)}) {
+        removeOwnKeys();
+        ASSERT_EQ(own.update(true), S_OK);
+        EXPECT_EQ(added(own.root), fresh(own.root, expectedEntries(nativePath(builtModule()))));
+        auto const hasLibrary = [root = own.root] { EXPECT_TRUE(typeLibraryIsRegistered(root)); };
+        if (own.isUsers) {
+            expectDifference(System::wine, "writes a user's type library for the machine",
+                             hasLibrary);
+        } else {
+            hasLibrary();
+        }
+        RegistryTable const ours = changed(own);
+        for (auto const& former : formers) {
+            for (bool const registers : {true, false}) {
+                SCOPED_TRACE(std::string(own.name) + ", " + former.what +
+                             (registers ? ", then registered" : ""));
+                removeOwnKeys();
+                former.make(own, other);
+                RegistryTable const ownBefore = changed(own);
+                RegistryTable const otherBefore = changed(other);
+                if (registers) {
+                    EXPECT_EQ(own.update(true), S_OK);
+                    EXPECT_EQ(changed(own), with(ownBefore, ours));
+                }
+                EXPECT_EQ(own.update(false), S_OK);
+                RegistryTable left = with(without(ownBefore, ours), fresh(own.root, keptKeys));
+                // The keys above those of others.
+                for (auto const& key : {progId, "Interface\\" + facadeId}) {
+                    if (ownBefore.contains(key + "\\Theirs")) left[key] = "";
+                }
+                if (registers) left = with(left, former.stays);
+                EXPECT_EQ(changed(own), left);
+                EXPECT_EQ(changed(other), otherBefore);
+            }
+        }
+    }
+}
+
+TEST_F(Registration, MakesTheClassAnew) {
     writeText(HKEY_LOCAL_MACHINE, classes + "\\CLSID\\" + classId + "\\Stale", "", "stale");
-    InstalledModule const module;
-    ASSERT_EQ(module.registerServer(), S_OK);
-    auto const registered = added(HKEY_LOCAL_MACHINE);
-    EXPECT_FALSE(registered.contains("CLSID\\" + classId + "\\Stale"));
-    EXPECT_TRUE(registered.contains(progId + "\\Theirs"));
-    ASSERT_EQ(module.registerServer(), S_OK) << "a second time";
-    EXPECT_EQ(added(HKEY_LOCAL_MACHINE), registered);
-    ASSERT_EQ(module.unregisterServer(), S_OK);
-    auto const left = added(HKEY_LOCAL_MACHINE);
-    EXPECT_TRUE(left.contains("CLSID\\" + otherClassId + ":"));
-    EXPECT_TRUE(left.contains(progId + "\\Theirs:"));
-    EXPECT_FALSE(left.contains("CLSID\\" + classId));
-    EXPECT_FALSE(left.contains(progId + "\\CurVer"));
+    ASSERT_EQ(machine.update(true), S_OK);
+    EXPECT_FALSE(added(HKEY_LOCAL_MACHINE).contains("CLSID\\" + classId + "\\Stale"));
 }
 
 /// A copy of the module below the temporary folder, removed at the end.

@@ -1,5 +1,7 @@
 #include "program.h"
 
+#include <sstream>
+
 #include "call_command.h"
 #include "com/error.h"
 #include "command_line.h"
@@ -8,6 +10,7 @@
 #include "props_command.h"
 #include "register_command.h"
 #include "result_codes.h"
+#include "system.h"
 #include "typelib_command.h"
 
 namespace velk::velkcom {
@@ -41,9 +44,7 @@ class Runner {
     std::ostream& errors_;
 };
 
-}  // namespace
-
-int runProgram(std::vector<std::string> const& arguments, std::ostream& out, std::ostream& errors) {
+int runCommand(std::vector<std::string> const& arguments, std::ostream& out, std::ostream& errors) {
     try {
         int const code = std::visit(Runner(out, errors), parseCommandLine(arguments));
         if (out.flush()) return code;
@@ -58,6 +59,15 @@ int runProgram(std::vector<std::string> const& arguments, std::ostream& out, std
         errors << "velkcom: " << error.what() << "\n";
     }
     return 1;
+}
+
+}  // namespace
+
+int runProgram(std::vector<std::string> const& arguments, std::ostream& out, std::ostream& errors) {
+    int const code = runCommand(arguments, out, errors);
+    std::istringstream problems(registryProblems());
+    for (std::string line; std::getline(problems, line);) errors << "velkcom: " << line << '\n';
+    return code;
 }
 
 }  // namespace velk::velkcom

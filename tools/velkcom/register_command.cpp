@@ -4,6 +4,7 @@
 #include "com/owners.h"
 #include "com/utf.h"
 #include "com_session.h"
+#include "registration_state.h"
 #include "result_codes.h"
 #include "system.h"
 
@@ -16,16 +17,23 @@ using InstallFunction = HRESULT(STDAPICALLTYPE*)(BOOL install, LPCWSTR commandLi
 std::filesystem::path modulePath(RegisterCommand const& command) {
     if (!command.module.empty()) {
         // Without a folder the name would be looked for along search paths.
-        return std::filesystem::absolute(pathFromUtf8(command.module)).lexically_normal();
+        return absolutePath(pathFromUtf8(command.module));
     }
     auto const program = pathFromUtf8(com::toUtf8(com::modulePath(nullptr)));
     return program.parent_path() / adapterFileName();
 }
 
-com::Module loadModule(std::string const& path) {
-    auto const text = com::fromUtf8(path);
+std::basic_string<OLECHAR> systemText(std::string const& path) {
+    auto text = com::fromUtf8(path);
     if (!text) throw UsageError("the path of the module is not valid UTF-8");
-    com::Module module(LoadLibraryW(text->c_str()));
+    return *std::move(text);
+}
+
+// What the module needs is looked for in its own folder, and not in this
+// program's, the current one or along a path.
+com::Module loadModule(std::string const& path) {
+    com::Module module(
+        LoadLibraryExW(systemText(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
     if (module.get() == nullptr) {
         HRESULT const code = HRESULT_FROM_WIN32(GetLastError());
         throw com::Error(FAILED(code) ? code : E_FAIL,
@@ -64,6 +72,10 @@ bool wasRefused(HRESULT code) {
            code == HRESULT_FROM_WIN32(ERROR_CANTWRITE);
 }
 
+char const* hiveName(bool perUser) {
+    return perUser ? "current user" : "machine";
+}
+
 void report(RegisterCommand const& command, std::string const& path, HRESULT code,
             std::ostream& errors) {
     errors << "velkcom: cannot " << (command.install ? "register" : "unregister") << " \"" << path
@@ -77,19 +89,51 @@ void report(RegisterCommand const& command, std::string const& path, HRESULT cod
     }
 }
 
+/// Where a module is registered; nothing where that cannot be told.
+struct State {
+    std::optional<bool> hive;
+    std::optional<bool> otherHive;
+};
+
+State stateOf(RegisterCommand const& command, std::string const& path) {
+    auto const text = systemText(path);
+    auto const inHive = [&](bool perUser) {
+        return isRegistered(text, perUser ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE);
+    };
+    return {inHive(command.perUser), inHive(!command.perUser)};
+}
+
+void reportMissing(RegisterCommand const& command, std::string const& path, State const& state,
+                   std::ostream& errors) {
+    errors << "velkcom: \"" << path << "\" was not registered for the " << hiveName(command.perUser)
+           << "\n";
+    if (!state.otherHive.value_or(false)) return;
+    errors << "It is registered for the " << hiveName(!command.perUser) << ": velkcom unregister "
+           << (command.perUser ? "without --user" : "--user") << " takes that back.\n";
+}
+
 }  // namespace
 
 int runRegister(RegisterCommand const& command, std::ostream& out, std::ostream& errors) {
     std::string const path = pathToUtf8(modulePath(command));
     ComSession const session;
     com::Module const module = loadModule(path);
+    State const before = command.install ? State{} : stateOf(command, path);
     HRESULT const code = carryOut(command, module, path);
+    if (!before.hive.value_or(true)) {
+        reportMissing(command, path, before, errors);
+        return 1;
+    }
     if (FAILED(code)) {
         report(command, path, code, errors);
         return 1;
     }
     out << (command.install ? "registered \"" : "unregistered \"") << path << "\" for the "
-        << (command.perUser ? "current user" : "machine") << "\n";
+        << hiveName(command.perUser) << "\n";
+    if (command.install && command.perUser && usersClassesAreIgnored()) {
+        errors << "Programs with an administrator's rights, such as this one, do not see what is "
+                  "registered for a user.\n";
+    }
     return 0;
 }
 

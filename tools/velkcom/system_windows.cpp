@@ -21,9 +21,30 @@ std::string pathToUtf8(std::filesystem::path const& path) {
     return com::toUtf8(path.native());
 }
 
+// The loader takes a path for one of a search unless it is written like this.
+std::filesystem::path absolutePath(std::filesystem::path const& path) {
+    return std::filesystem::absolute(path).lexically_normal().make_preferred();
+}
+
+bool usersClassesAreIgnored() {
+    HANDLE token = nullptr;
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == 0) return false;
+    TOKEN_ELEVATION elevation{};
+    DWORD size = 0;
+    bool const isRaised =
+        GetTokenInformation(token, TokenElevation, &elevation, sizeof elevation, &size) != 0 &&
+        elevation.TokenIsElevated != 0;
+    CloseHandle(token);
+    return isRaised;
+}
+
 bool isTerminal(std::ostream const& stream) {
     if (&stream == &std::cout) return _isatty(1) != 0;
     return &stream == &std::cerr && _isatty(2) != 0;
+}
+
+std::string registryProblems() {
+    return {};
 }
 
 int terminalWidth() {

@@ -23,8 +23,8 @@ struct mzLogRecordS {
 ///
 /// `init` reads the threshold from the logger's environment variable; without
 /// it, or when it is no number, nothing is wanted. VELK_TRACE_FILE names the
-/// file that records are appended to; without it they go to the standard error
-/// output.
+/// regular file that records are appended to; without it they go to the standard
+/// error output.
 class VELKCORE_API StaticLogger {
   public:
     /// The threshold of a logger that was not initialised yet.

@@ -1,12 +1,13 @@
 #include "host/logger.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <mutex>
+#include <new>
+#include <string>
 
 #include "services/immortal.h"
+#include "services/log_output.h"
 
 constinit StaticLogger codeTrackLogger;
 constinit StaticLogger baseLogger("VELK_BASE_LOG_LEVEL");
@@ -31,25 +32,13 @@ std::int32_t thresholdFrom(char const* text) {
     return level < 0 ? -1 : static_cast<std::int32_t>(level);
 }
 
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-void writeRecord(std::FILE* output, mzLogRecordS const& record) {
-    std::fprintf(output, "%d %s:%d %s: %s\n", record.level, record.file, record.line,
-                 record.function, record.message.toUtf8().c_str());
-}
-
-/// Appends to the configured file, which is open only meanwhile, so that
-/// several processes can share it.
-void writeToConfiguredOutput(mzLogRecordS const& record) {
-    char const* const path = std::getenv("VELK_TRACE_FILE");
-    if (!path || !*path) {
-        writeRecord(stderr, record);
-        return;
-    }
-    std::unique_ptr<std::FILE, CloseFile> const file(std::fopen(path, "ab"));
-    if (file) writeRecord(file.get(), record);
+void writeRecord(mzLogRecordS const& record) try {
+    std::string line = std::to_string(record.level) + ' ' + record.file + ':' +
+                       std::to_string(record.line) + ' ' + record.function + ": ";
+    line += record.message.toUtf8().c_str();
+    velk::core::writeLogLine(line + '\n');
+} catch (std::bad_alloc const&) {
+    // Then this record is dropped.
 }
 
 }  // namespace
@@ -57,7 +46,7 @@ void writeToConfiguredOutput(mzLogRecordS const& record) {
 void StaticLogger::init() {
     std::lock_guard const guard(outputMutex());
     initCount_.fetch_add(1);
-    setThreshold(thresholdFrom(std::getenv(levelVariable_)));
+    setThreshold(thresholdFrom(velk::core::logSetting(levelVariable_)));
 }
 
 void StaticLogger::initOnce() {
@@ -72,7 +61,7 @@ void StaticLogger::log(int level, char const* file, char const* function, int li
     if (sink_) {
         sink_(sinkContext_, record);
     } else {
-        writeToConfiguredOutput(record);
+        writeRecord(record);
     }
 }
 

@@ -9,35 +9,15 @@
 #include <gtest/gtest.h>
 
 #include "conformance/com/test_classes.h"
+#include "support/odd_files_linux.h"
 
 namespace {
 
 using namespace velk::test;
 namespace files = std::filesystem;
 
-/// A folder with an awkward name, gone with this.
-struct AwkwardFolder {
-    files::path const path = files::temp_directory_path() / "velk ' test \xC3\xA4\xE2\x82\xAC";
-    AwkwardFolder() { files::create_directories(path); }
-    AwkwardFolder(AwkwardFolder const&) = delete;
-    AwkwardFolder& operator=(AwkwardFolder const&) = delete;
-    ~AwkwardFolder() { files::remove_all(path); }
-};
-
 files::path serverFile() {
     return serverPath(OLESTR("velktest_classes"));
-}
-
-TEST(ModulesHere, PathsMayHoldAnything) {
-    AwkwardFolder const folder;
-    auto const copy = folder.path / "it's \xF0\x9F\x98\x80 100%.so";
-    files::copy_file(serverFile(), copy);
-    HMODULE const module = LoadLibraryW(copy.u16string().c_str());
-    ASSERT_NE(module, nullptr);
-    OLECHAR path[1024];
-    DWORD const length = GetModuleFileNameW(module, path, 1024);
-    EXPECT_EQ(Text(path, length), copy.u16string());
-    EXPECT_TRUE(FreeLibrary(module));
 }
 
 TEST(ModulesHere, ARelativePathStaysRightWhenTheFolderChanges) {
@@ -98,11 +78,18 @@ void lookInto(files::path const& path) {
     FreeLibrary(module);
 }
 
+TEST(ModulesHere, APipeIsNoData) {
+    OddFiles const made;
+    auto const pipe = made.pipe("x.so").u16string();
+    EXPECT_EQ(LoadLibraryExW(pipe.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE), nullptr);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_BAD_EXE_FORMAT});
+}
+
 TEST(ModulesHere, DamagedFilesAreReadWithoutHarm) {
     std::ifstream stream(serverFile(), std::ios::binary);
     std::vector<char> const whole{std::istreambuf_iterator<char>(stream), {}};
-    AwkwardFolder const folder;
-    auto const damaged = folder.path / "damaged.so";
+    OddFiles const made;
+    auto const damaged = made.at("damaged.so");
     auto const write = [&](std::vector<char> const& bytes) {
         std::ofstream(damaged, std::ios::binary)
             .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));

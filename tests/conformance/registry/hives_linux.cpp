@@ -106,19 +106,27 @@ TEST(Hives, AreUsedOnBothSidesOfAFork) {
 TEST(Hives, WhatIsNoRegistryIsRefusedAndLeftAlone) {
     HiveFolder const folder;
     inProcess(folder.path, setBoth);
-    auto const hive = folder.path / "machine.db";
-    runSql(hive, "PRAGMA wal_checkpoint(TRUNCATE)");
-    std::string const usual = contentOf(hive);
-    runSql(hive, "PRAGMA journal_mode = DELETE");
-    std::string const good = contentOf(hive);
+    std::string const good = contentOf(folder.path / "machine.db");
     ASSERT_GT(good.size(), 8192u);
-    ASSERT_EQ(usual.size(), good.size());
 
     runSql(folder.path / "other.db", "CREATE TABLE keys(a); INSERT INTO keys VALUES(1)");
     runSql(folder.path / "newer.db", "PRAGMA application_id = 1449487442; PRAGMA user_version = 2");
     auto const withBrokenPages = [](std::string content) {
         std::fill(content.begin() + 4096, content.end(), '\x5A');
         return content;
+    };
+    /// The hive, changed by SQL behind the registry's back.
+    auto const after = [&](char const* sql) {
+        auto const file = folder.path / "changed.db";
+        writeFile(file, good);
+        runSql(file, sql);
+        return contentOf(file);
+    };
+    auto const renamed = [&](char const* from, char const* to) {
+        return after((std::string("PRAGMA writable_schema = ON; UPDATE sqlite_schema SET sql ="
+                                  " replace(sql, '") +
+                      from + "', '" + to + "')")
+                         .c_str());
     };
     struct Case {
         char const* what;
@@ -131,8 +139,22 @@ TEST(Hives, WhatIsNoRegistryIsRefusedAndLeftAlone) {
         {"another program's database", contentOf(folder.path / "other.db"), ERROR_BADDB},
         {"a later version", contentOf(folder.path / "newer.db"), ERROR_BADDB},
         {"cut in the middle", good.substr(0, good.size() / 2), ERROR_REGISTRY_CORRUPT},
-        {"pages overwritten", withBrokenPages(usual), ERROR_REGISTRY_CORRUPT},
-        {"the same, converted before", withBrokenPages(good), ERROR_REGISTRY_CORRUPT},
+        {"pages overwritten", withBrokenPages(good), ERROR_REGISTRY_CORRUPT},
+        {"without its root", after("DELETE FROM keys WHERE id = 1"), ERROR_REGISTRY_CORRUPT},
+        {"too large", good + std::string(33 << 20, 'x'), ERROR_REGISTRY_CORRUPT},
+        {"a table more", after("CREATE TABLE more(x)"), ERROR_BADDB},
+        {"a view more", after("CREATE VIEW more AS SELECT * FROM keys"), ERROR_BADDB},
+        {"a trigger more",
+         after("CREATE TRIGGER more AFTER INSERT ON keys BEGIN DELETE FROM data; END"),
+         ERROR_BADDB},
+        {"tables of a search engine", after("CREATE VIRTUAL TABLE more USING fts5(x)"),
+         ERROR_BADDB},
+        {"a column that is computed", renamed("class BLOB", "class BLOB AS (zeroblob(1000000000))"),
+         ERROR_BADDB},
+        {"a condition more", renamed("depth INTEGER", "depth INTEGER CHECK(depth < 9)"),
+         ERROR_BADDB},
+        {"another table in the place of one",
+         after("DROP TABLE data; CREATE VIRTUAL TABLE data USING fts3(x)"), ERROR_BADDB},
     };
     for (auto const& entry : cases) {
         HiveFolder const own;
@@ -149,6 +171,34 @@ TEST(Hives, WhatIsNoRegistryIsRefusedAndLeftAlone) {
         EXPECT_EQ(statuses[2], ERROR_SUCCESS) << "the user's hive does not depend on it";
         EXPECT_EQ(contentOf(file) == entry.content, true) << entry.what << ": the file was changed";
     }
+}
+
+/// A hive as versions before this one left it: the last changes in a log beside it.
+TEST(Hives, AreTakenOverFromTheirLogs) {
+    HiveFolder const folder;
+    inProcess(folder.path, setBoth);
+    auto const hive = folder.path / "machine.db", log = folder.path / "machine.db-wal";
+    // Copied while it is open, since its end would tidy it up.
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(hive.c_str(), &database), SQLITE_OK);
+    for (auto const* sql : {"PRAGMA journal_mode = WAL",
+                            "UPDATE keys SET name = CAST(X'4B00' AS BLOB), folded ="
+                            " CAST(X'004B' AS BLOB) WHERE depth = 3 AND parent = 3"}) {
+        ASSERT_EQ(sqlite3_exec(database, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+    }
+    HiveFolder const left;
+    for (auto const& file : {hive, log}) files::copy(file, left.path / file.filename());
+    sqlite3_close(database);
+    auto const look = [] {
+        return Statuses{openStatus(HKEY_LOCAL_MACHINE, OLESTR("Software\\Classes\\K")),
+                        openStatus(HKEY_LOCAL_MACHINE, classPath)};
+    };
+    EXPECT_EQ(inProcess(left.path, look), (Statuses{0, ERROR_FILE_NOT_FOUND}));
+    EXPECT_EQ(inProcess(left.path, [] { return Statuses{setKept(HKEY_LOCAL_MACHINE)}; }),
+              Statuses{0});
+    EXPECT_EQ(inProcess(left.path, look), (Statuses{0, 0}));
+    EXPECT_FALSE(files::exists(left.path / log.filename()));
+    expectWholeHive(left.path / "machine.db");
 }
 
 TEST(Hives, AnEmptyFileBecomesAHive) {
@@ -183,16 +233,6 @@ TEST(Hives, CanBeReadByThoseWhoMayNotWrite) {
     files::permissions(folder.path, files::perms(0755));
     files::permissions(folder.path / "user.db", files::perms(0644));
     EXPECT_EQ(inProcess(folder.path, asGuest, nobody), guestMayRead);
-
-    // The same without the companions of the file, as on a read-only medium.
-    for (auto const* name : {"user.db", "machine.db"}) {
-        runSql(folder.path / name, "PRAGMA wal_checkpoint(TRUNCATE)");
-        files::remove(folder.path / (std::string(name) + "-wal"));
-        files::remove(folder.path / (std::string(name) + "-shm"));
-    }
-    std::string const before = contentOf(folder.path / "machine.db");
-    EXPECT_EQ(inProcess(folder.path, asGuest, nobody), guestMayRead);
-    EXPECT_TRUE(contentOf(folder.path / "machine.db") == before);
 }
 
 TEST(Hives, AWriterIsSeenByAReaderWithoutRights) {

@@ -59,6 +59,10 @@ TEST(VolumeTable, FilesOfPaths) {
         {u"\\\\server\\other\\x", "", ERROR_BAD_NETPATH},
         {u"\\\\server", "", ERROR_BAD_NETPATH},
         {u"", "", ERROR_INVALID_NAME},
+        {u"/half \xD800", "", ERROR_INVALID_NAME},
+        {u"C:\\half \xDC00", "", ERROR_INVALID_NAME},
+        {u"two halves \xDCC3\xDCA4", "", ERROR_INVALID_NAME},
+        {u"/a byte \xDCE4", "/a byte \xE4"},
         {nullptr, "", ERROR_INVALID_NAME},
     };
     for (Row const& row : rows) {

@@ -1,6 +1,9 @@
 // The printed form of the test library against its approved text.
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <regex>
 #include <sstream>
 
@@ -39,6 +42,34 @@ TEST(Printer, PrintsTheApprovedText) {
     ASSERT_EQ(tools::printTypeLibrary(VELK_SHAPES_TLB, out, errors), 0);
     EXPECT_EQ(errors.str(), "");
     expectApproved("shapes", withHelpContext(withoutStamps(out.str())));
+}
+
+// Names and texts that a terminal would take for orders.
+TEST(Printer, PrintsNoControlCharacters) {
+    std::ifstream stream(std::filesystem::path(VELK_SHAPES_TLB), std::ios::binary);
+    std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+    for (auto const& [harmless, harmful] :
+         {std::pair<std::string, std::string>{"Title", "T\x1b[2m"},
+          {"Shapes", "S\n\x1b\x7f\rs"},
+          {"Adds", "A\x1b[m"}}) {
+        auto at = bytes.find(harmless);
+        ASSERT_NE(at, std::string::npos) << harmless;
+        for (; at != std::string::npos; at = bytes.find(harmless, at + 1)) {
+            bytes.replace(at, harmful.size(), harmful);
+        }
+    }
+    auto const file = std::filesystem::temp_directory_path() / "velk_controls.tlb";
+    std::ofstream(file, std::ios::binary) << bytes;
+    std::ostringstream out;
+    std::ostringstream errors;
+    EXPECT_EQ(tools::printTypeLibrary(file, out, errors), 0) << errors.str();
+    std::filesystem::remove(file);
+    std::string const text = out.str();
+    EXPECT_NE(text.find("T?[2m("), std::string::npos);
+    EXPECT_NE(text.find("library S????s {"), std::string::npos);
+    EXPECT_NE(text.find("\"A\\x1b[m\""), std::string::npos);
+    EXPECT_TRUE(std::ranges::all_of(
+        text, [](unsigned char c) { return c == '\n' || (c >= 0x20 && c != 0x7f); }));
 }
 
 TEST(Printer, SaysWhyAFileCannotBePrinted) {

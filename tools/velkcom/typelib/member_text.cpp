@@ -20,7 +20,7 @@ std::vector<std::string> memberNames(ITypeInfo* type, MEMBERID member) {
     if (FAILED(type->GetNames(member, raw.data(), mostNames, &count))) count = 0;
     std::vector<std::string> names;
     for (UINT i = 0; i < count && i < mostNames; ++i) {
-        names.push_back(utf8({raw[i], SysStringLen(raw[i])}));
+        names.push_back(nameText({raw[i], SysStringLen(raw[i])}));
         SysFreeString(raw[i]);
     }
     return names;
@@ -29,7 +29,7 @@ std::vector<std::string> memberNames(ITypeInfo* type, MEMBERID member) {
 std::string nameOf(ITypeInfo* type, MEMBERID member) {
     TextOwner name;
     if (FAILED(type->GetDocumentation(member, name.out(), nullptr, nullptr, nullptr))) return "?";
-    return utf8(name.view());
+    return nameText(name.view());
 }
 
 template <typename Fill>

@@ -20,7 +20,7 @@ InterfaceOwner<ITypeLib> libraryOf(ITypeInfo* type) {
 std::string libraryName(ITypeLib* library) {
     TextOwner name;
     if (FAILED(library->GetDocumentation(-1, name.out(), nullptr, nullptr, nullptr))) return {};
-    return utf8(name.view());
+    return nameText(name.view());
 }
 
 bool sameLibrary(ITypeLib* left, ITypeLib* right) {
@@ -154,7 +154,7 @@ std::string typeName(ITypeInfo* type) {
     if (FAILED(type->GetDocumentation(MEMBERID_NIL, name.out(), nullptr, nullptr, nullptr))) {
         return {};
     }
-    return utf8(name.view());
+    return nameText(name.view());
 }
 
 }  // namespace velk::tools

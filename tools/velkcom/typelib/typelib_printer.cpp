@@ -106,7 +106,7 @@ void printLibrary(ITypeLib* library, std::ostream& out) {
     }
     if (attributes) {
         out << "[" << joined(libraryAttributeList(library, *attributes)) << "]\nlibrary "
-            << utf8(name.view()) << " {  // " << systemName(attributes->syskind) << "\n";
+            << nameText(name.view()) << " {  // " << systemName(attributes->syskind) << "\n";
     }
     UINT const count = library->GetTypeInfoCount();
     for (UINT i = 0; i < count; ++i) printType(library, i, out);

@@ -1,5 +1,6 @@
 #include "value_text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 
@@ -24,6 +25,29 @@ void appendUtf8(std::string& out, std::uint32_t point) {
     }
 }
 
+std::string utf8(std::basic_string_view<OLECHAR> text) {
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        std::uint32_t const unit = static_cast<std::uint16_t>(text[i]);
+        bool const high = unit >= 0xD800 && unit < 0xDC00;
+        std::uint32_t const next =
+            i + 1 < text.size() ? static_cast<std::uint16_t>(text[i + 1]) : 0;
+        if (high && next >= 0xDC00 && next < 0xE000) {
+            appendUtf8(out, 0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00));
+            ++i;
+        } else {
+            bool const lone = unit >= 0xD800 && unit < 0xE000;
+            appendUtf8(out, lone ? 0xFFFD : unit);
+        }
+    }
+    return out;
+}
+
+// C0, DEL and C1: what terminals take for orders.
+bool isControl(OLECHAR unit) {
+    return unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
+}
+
 template <typename Number>
 std::string decimal(Number value) {
     char buffer[64];
@@ -43,40 +67,29 @@ std::string currencyText(CY value) {
 
 }  // namespace
 
-std::string utf8(std::basic_string_view<OLECHAR> text) {
-    std::string out;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        std::uint32_t const unit = static_cast<std::uint16_t>(text[i]);
-        bool const high = unit >= 0xD800 && unit < 0xDC00;
-        std::uint32_t const next =
-            i + 1 < text.size() ? static_cast<std::uint16_t>(text[i + 1]) : 0;
-        if (high && next >= 0xDC00 && next < 0xE000) {
-            appendUtf8(out, 0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00));
-            ++i;
-        } else {
-            bool const lone = unit >= 0xD800 && unit < 0xE000;
-            appendUtf8(out, lone ? 0xFFFD : unit);
-        }
-    }
-    return out;
+std::string nameText(std::basic_string_view<OLECHAR> text) {
+    std::basic_string<OLECHAR> name(text);
+    std::ranges::replace_if(name, isControl, OLECHAR{'?'});
+    return utf8(name);
 }
 
 std::string quoted(std::basic_string_view<OLECHAR> text) {
+    auto const isSpecial = [](OLECHAR c) { return c == '"' || c == '\\' || isControl(c); };
     std::string out = "\"";
-    for (char const c : utf8(text)) {
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += c;
-        } else if (c == '\n') {
+    for (;;) {
+        auto const end = std::ranges::find_if(text, isSpecial);
+        auto const plain = static_cast<std::size_t>(end - text.begin());
+        out += utf8(text.substr(0, plain));
+        if (end == text.end()) return out + "\"";
+        if (*end == '\n') {
             out += "\\n";
-        } else if (static_cast<unsigned char>(c) < 0x20) {
-            std::string const code = hexadecimal(static_cast<unsigned char>(c), 2);
-            out += "\\x" + code.substr(2);
+        } else if (isControl(*end)) {
+            out += "\\x" + hexadecimal(static_cast<std::uint16_t>(*end), 2).substr(2);
         } else {
-            out += c;
+            out += {'\\', static_cast<char>(*end)};
         }
+        text.remove_prefix(plain + 1);
     }
-    return out + "\"";
 }
 
 std::string hexadecimal(unsigned long long value, int digits) {

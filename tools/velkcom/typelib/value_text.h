@@ -11,8 +11,9 @@
 
 namespace velk::tools {
 
-/// UTF-8 of a native text; a lone surrogate becomes U+FFFD.
-std::string utf8(std::basic_string_view<OLECHAR> text);
+/// A name in UTF-8, on one line and harmless to a terminal: control characters
+/// become "?", a lone surrogate U+FFFD.
+std::string nameText(std::basic_string_view<OLECHAR> text);
 
 /// `text` in double quotes, with quotes, backslashes and control characters
 /// escaped as in C.

@@ -1,0 +1,99 @@
+#include <ktmw32.h>
+#include <velk_transactions.h>
+
+#include "platform/registry/hive.h"
+#include "platform/system/handle_table.h"
+#include "platform/system/immortal.h"
+
+namespace velk::platform::registry {
+namespace {
+
+struct ThreadTransaction {
+    Transaction* transaction = nullptr;
+    HANDLE handle = nullptr;
+};
+constinit thread_local ThreadTransaction ofThisThread;
+
+HandleTable<Transaction>& transactions() {
+    static Immortal<HandleTable<Transaction>> all;
+    return *all;
+}
+
+std::shared_ptr<Transaction> transactionOf(HANDLE handle) {
+    auto transaction = transactions().find(handle);
+    failIf(transaction == nullptr || !transaction->isOfThisThread(), ERROR_INVALID_HANDLE);
+    return transaction;
+}
+
+template <typename Body>
+BOOL succeeds(Body body) {
+    LSTATUS const status = answer(body);
+    if (status != ERROR_SUCCESS) SetLastError(static_cast<DWORD>(status));
+    return status == ERROR_SUCCESS;
+}
+
+}  // namespace
+
+Transaction* Transaction::ofThread() {
+    return ofThisThread.transaction;
+}
+
+HiveChange* Transaction::change(HiveName name, bool toWrite) {
+    auto& change = changes_[name == HiveName::machine ? 1 : 0];
+    if (change == nullptr && toWrite) change = std::make_unique<HiveChange>(name);
+    return change.get();
+}
+
+void Transaction::end(bool commits) {
+    failIf(hasEnded_, ERROR_TRANSACTION_NOT_ACTIVE);
+    hasEnded_ = true;
+    if (ofThread() == this) ofThisThread = {};
+    auto const ending = std::move(changes_);
+    for (auto const& change : ending) {
+        if (commits && change != nullptr) change->commit();
+    }
+}
+
+}  // namespace velk::platform::registry
+
+using namespace velk::platform::registry;
+
+HANDLE CreateTransaction(SECURITY_ATTRIBUTES* security, GUID* id, DWORD options,
+                         DWORD isolationLevel, DWORD isolationFlags, DWORD timeout, LPWSTR) {
+    HANDLE handle = INVALID_HANDLE_VALUE;
+    succeeds([&] {
+        failIf(security != nullptr || id != nullptr ||
+                   (options | isolationLevel | isolationFlags | timeout) != 0,
+               ERROR_INVALID_PARAMETER);
+        handle = transactions().add(std::make_shared<Transaction>());
+    });
+    return handle;
+}
+
+BOOL CommitTransaction(HANDLE transaction) {
+    return succeeds([&] { transactionOf(transaction)->end(true); });
+}
+
+BOOL RollbackTransaction(HANDLE transaction) {
+    return succeeds([&] { transactionOf(transaction)->end(false); });
+}
+
+BOOL CloseHandle(HANDLE transaction) {
+    return succeeds([&] {
+        auto const closed = transactionOf(transaction);
+        transactions().remove(transaction);
+        if (!closed->hasEnded()) closed->end(false);
+    });
+}
+
+BOOL VelkSetThreadTransaction(HANDLE transaction) {
+    return succeeds([&] {
+        auto* const entered = transaction == nullptr ? nullptr : transactionOf(transaction).get();
+        failIf(entered != nullptr && entered->hasEnded(), ERROR_TRANSACTION_NOT_ACTIVE);
+        ofThisThread = {entered, transaction};
+    });
+}
+
+HANDLE VelkThreadTransaction() {
+    return ofThisThread.handle;
+}
