@@ -195,6 +195,7 @@ CreatedKey createBelow(KeyView const& view, KeyPath const& path, std::u16string_
 void refresh(Listing& listing, KeyView const& view, Listed what) {
     auto const places = placesOf(view);
     std::vector<HiveStamp> stamps;
+    stamps.reserve(places.size());
     for (auto const& place : places) {
         stamps.push_back(HiveSession(place.hive, Purpose::read).stamp());
     }
