@@ -46,7 +46,6 @@ std::string folderOf(HiveName name) {
         case ENOMEM:
             fail(ERROR_NOT_ENOUGH_MEMORY);
         case EMFILE:
-        case ENFILE:
         case EIO:
             fail(ERROR_REGISTRY_IO_FAILED);
         default:
@@ -102,16 +101,15 @@ void Hive::note(std::string const& problem) {
 
 void Hive::load() {
     auto const opened = onFiles([&] { return file_.open(); });
-    auto const& file = opened.first;
-    auto const& reason = opened.second;
+    auto const& [file, reason] = opened;
     isRefused_ = !reason.empty();
-    auto const size = file < 0 ? 0 : onFiles([&] { return sizeOf(file); });
+    auto const size = file < 0 ? 0 : onFiles([&] { return sizeOf(opened.first); });
     if (size == 0) {
         database_ = std::make_unique<HiveDatabase>();
         HiveStore(database_.get()).addFirstKeys(isMachine_);
     } else {
         auto image = HiveImage::ofSize(size);
-        onFiles([&] { readAll(file, image.bytes()); });
+        onFiles([&] { readAll(opened.first, image.bytes()); });
         auto const log = file_.path() + "-wal";
         bool const hasLog = image.hasLog() && access(log.c_str(), F_OK) == 0;
         if (hasLog) image = HiveImage::withLog(file_.path());

@@ -45,12 +45,15 @@ void requireExistence(Place const& place) {
     failIf(!session.facts(place.key), ERROR_KEY_DELETED);
 }
 
-/// The keys of a path below Software\Classes, the user's first, and the status
-/// of a hive that cannot be read: it hides none of the other's.
-std::pair<std::vector<Place>, LSTATUS> readableClasses(KeyPath const& classesPath) {
+/// The keys of a path below Software\Classes, the user's first and no more than
+/// wanted, and the status of a hive that cannot be read: it hides none of the
+/// other's.
+std::pair<std::vector<Place>, LSTATUS> readableClasses(KeyPath const& classesPath,
+                                                       std::size_t wanted = 2) {
     std::vector<Place> places;
     LSTATUS unreadable = ERROR_SUCCESS;
     for (auto const hive : bothHives) {
+        if (places.size() == wanted) break;
         try {
             if (auto const key = findClass(hive, classesPath)) places.push_back({hive, *key});
         } catch (RegistryError const& error) {
@@ -62,8 +65,8 @@ std::pair<std::vector<Place>, LSTATUS> readableClasses(KeyPath const& classesPat
 }
 
 /// The same; a hive that cannot be read is a failure where nothing is found.
-std::vector<Place> findClasses(KeyPath const& classesPath) {
-    auto [places, unreadable] = readableClasses(classesPath);
+std::vector<Place> findClasses(KeyPath const& classesPath, std::size_t wanted = 2) {
+    auto [places, unreadable] = readableClasses(classesPath, wanted);
     failIf(places.empty() && unreadable != ERROR_SUCCESS, unreadable);
     return places;
 }
@@ -148,11 +151,13 @@ KeyView predefinedView(DWORD number) {
 
 std::vector<Place> placesOf(KeyView const& view) {
     if (view.kind == KeyView::Kind::users) return {};
-    // The root of all classes is there always, in whichever hive.
-    bool const isClassesRoot = view.kind == KeyView::Kind::merged && view.classesPath.empty();
-    if (!isClassesRoot) requireExistence(view.place);
-    if (view.kind == KeyView::Kind::plain) return {view.place};
-    return findClasses(view.classesPath);
+    bool const isMerged = view.kind == KeyView::Kind::merged;
+    auto places = isMerged ? findClasses(view.classesPath) : std::vector{view.place};
+    // The root of all classes is there always; what was found by its path is too.
+    bool const isThere =
+        isMerged && (view.classesPath.empty() || (!places.empty() && places.front() == view.place));
+    if (!isThere) requireExistence(view.place);
+    return places;
 }
 
 std::optional<KeyView> findBelow(KeyView const& view, KeyPath const& path) {
@@ -160,7 +165,7 @@ std::optional<KeyView> findBelow(KeyView const& view, KeyPath const& path) {
     if (view.kind == KeyView::Kind::merged) {
         if (!view.classesPath.empty()) requireExistence(view.place);
         auto const full = joined(view.classesPath, path);
-        auto const places = findClasses(full);
+        auto const places = findClasses(full, 1);
         if (places.empty()) return std::nullopt;
         return KeyView{KeyView::Kind::merged, places.front(), full};
     }
@@ -180,21 +185,17 @@ CreatedKey createBelow(KeyView const& view, KeyPath const& path, std::u16string_
     if (!view.classesPath.empty()) requireExistence(view.place);
     KeyPath const full = joined(view.classesPath, path);
     // Of a new class a hive that cannot be read has nothing to say.
-    CreatedKey result{{KeyView::Kind::merged, {}, full}, false};
-    if (auto const places = readableClasses(full).first; !places.empty()) {
-        result.view.place = places.front();
-    } else {
-        auto const made =
-            createPlain({hiveForNewClass(full), rootKey}, joined(classesRoot(), full), keyClass);
-        result.view.place = made.view.place;
-        result.isNew = made.isNew;
-    }
-    return result;
+    auto const places = readableClasses(full, 1).first;
+    if (!places.empty()) return {{KeyView::Kind::merged, places.front(), full}, false};
+    auto const made =
+        createPlain({hiveForNewClass(full), rootKey}, joined(classesRoot(), full), keyClass);
+    return {{KeyView::Kind::merged, made.view.place, full}, made.isNew};
 }
 
 void refresh(Listing& listing, KeyView const& view, Listed what) {
     auto const places = placesOf(view);
     std::vector<HiveStamp> stamps;
+    stamps.reserve(places.size());
     for (auto const& place : places) {
         stamps.push_back(HiveSession(place.hive, Purpose::read).stamp());
     }

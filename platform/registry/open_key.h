@@ -16,6 +16,7 @@ namespace velk::platform::registry {
 struct Place {
     HiveName hive = HiveName::user;
     KeyId key = rootKey;
+    bool operator==(Place const&) const = default;
 };
 
 /// What a handle stands for.

@@ -104,7 +104,7 @@ std::pair<Descriptor, std::string> OwnedFile::open() const {
 
 bool OwnedFile::canBeReplaced() const {
     auto folder = folder_;
-    struct stat info;
+    struct stat info {};
     while (!folder.empty() && stat(folder.c_str(), &info) != 0) {
         if (errno != ENOENT || folder == "/") return false;
         folder = parentOf(folder);

@@ -94,6 +94,11 @@ void damageBytes(std::string& content, Random& random) {
     }
 }
 
+// Much work for who reads the values of a small file.
+constexpr char const* computedColumn =
+    "UPDATE sqlite_schema SET sql = replace(sql, 'bytes BLOB NOT NULL',"
+    " 'bytes BLOB AS (replace(hex(zeroblob(9000000)), ''0'', ''xy''))')";
+
 /// Rows of the file become others, as SQL writes them.
 std::string damagingSql(Random& random) {
     static char const* const changes[] = {
@@ -106,8 +111,7 @@ std::string damagingSql(Random& random) {
         "UPDATE data SET type = 'text', bytes = 'text'",
         // "./v.s"
         "UPDATE data SET bytes = X'2E002F0076002E0073000000' WHERE length(bytes) > 60",
-        "UPDATE sqlite_schema SET sql = replace(sql, 'bytes BLOB NOT NULL',"
-        " 'bytes BLOB AS (replace(hex(zeroblob(9000000)), ''0'', ''xy''))')",
+        computedColumn,
         "CREATE VIRTUAL TABLE more USING fts5(x)",
         "UPDATE data SET name = randomblob(40000), folded = randomblob(20)",
         "UPDATE keys SET parent = id",
