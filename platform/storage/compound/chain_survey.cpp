@@ -65,6 +65,30 @@ class Walk {
     Next next_;
 };
 
+/// Where chains of sectors begin, and how many sectors of each count.
+struct Start {
+    SectorId first;
+    std::uint64_t most;
+};
+
+/// Whether no sector is led to from two places, and none that is marked free
+/// or not there. Asked of the table as a whole, which is much faster than to
+/// follow every chain; what stands behind the end of a stream counts here too.
+bool fitsTogether(SectorStore& store, std::vector<Start> const& starts) {
+    auto const table = orIfDamaged(std::vector<SectorId>(), [&] { return store.readTable(); });
+    auto const limit = static_cast<std::size_t>(store.sectorLimit());
+    if (table.size() < limit) return false;
+    std::vector<std::uint8_t> isLedTo(limit);
+    auto const leadTo = [&](SectorId sector) {
+        if (sector > lastSectorId) return true;
+        if (sector >= limit || isLedTo[sector] != 0 || table[sector] == freeSector) return false;
+        isLedTo[sector] = 1;
+        return true;
+    };
+    return std::all_of(table.begin(), table.begin() + static_cast<std::ptrdiff_t>(limit), leadTo) &&
+           std::ranges::all_of(starts, [&](Start const& start) { return leadTo(start.first); });
+}
+
 std::vector<Entry> readEntries(SectorStore& store) {
     SectorChain chain(store, store.header().firstDirectorySector());
     std::size_t const each = store.sectorSize();
@@ -114,31 +138,39 @@ Survey surveyChains(SectorStore& store) {
     auto const smallTable = readSmallTable(store);
     auto const entries = readEntries(store);
     auto const linked = linkedEntries(entries);
-    Walk big(store.sectorLimit(), survey.sectors, [&](SectorId sector) {
-        return orIfDamaged(freeSector, [&] { return store.next(sector); });
-    });
     Walk small(smallTable.size(), survey.small,
                [&](SectorId sector) { return smallTable[sector]; });
-    for (SectorId const table : store.tableSectors()) big.follow(table, 1);
-    for (SectorId const list : store.listSectors()) big.follow(list, 1);
-    big.follow(store.header().firstDirectorySector(), toTheEnd);
-    big.follow(store.header().firstMiniFatSector(), toTheEnd);
+    std::vector<Start> owned{{store.header().firstDirectorySector(), toTheEnd},
+                             {store.header().firstMiniFatSector(), toTheEnd}};
+    for (SectorId const table : store.tableSectors()) owned.push_back({table, 1});
+    for (SectorId const list : store.listSectors()) owned.push_back({list, 1});
+    std::vector<Start> loose;
     for (bool const isLinked : {true, false}) {
         if (!isLinked) survey.smallEnd = small.end();
         for (EntryId id = 0; id < entries.size(); ++id) {
             Entry const& entry = entries[id];
-            bool const hasBytes =
-                entry.type != EntryType::unused && entry.type != EntryType::storage;
+            bool const hasBytes = entry.size != 0 && entry.type != EntryType::unused &&
+                                  entry.type != EntryType::storage;
             if (linked[id] != isLinked || !hasBytes) continue;
-            auto const follow = [&](auto& walk, std::uint64_t each) {
-                std::uint64_t const most = partsOf(entry.size, each);
-                isLinked ? walk.follow(entry.firstSector, most)
-                         : walk.followLoose(entry.firstSector, most);
-            };
-            bool const isBig = id == rootEntry || entry.size >= smallestBigStream;
-            isBig ? follow(big, store.sectorSize()) : follow(small, miniSectorSize);
+            SectorId const first = entry.firstSector;
+            if (id == rootEntry || entry.size >= smallestBigStream) {
+                (isLinked ? owned : loose)
+                    .push_back({first, partsOf(entry.size, store.sectorSize())});
+            } else if (isLinked) {
+                small.follow(first, partsOf(entry.size, miniSectorSize));
+            } else {
+                small.followLoose(first, partsOf(entry.size, miniSectorSize));
+            }
         }
     }
+    auto all = owned;
+    all.insert(all.end(), loose.begin(), loose.end());
+    if (fitsTogether(store, all)) return survey;
+    Walk big(store.sectorLimit(), survey.sectors, [&](SectorId sector) {
+        return orIfDamaged(freeSector, [&] { return store.next(sector); });
+    });
+    for (auto const& [first, most] : owned) big.follow(first, most);
+    for (auto const& [first, most] : loose) big.followLoose(first, most);
     return survey;
 }
 

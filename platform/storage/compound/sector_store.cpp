@@ -1,6 +1,7 @@
 #include "platform/storage/compound/sector_store.h"
 
 #include <algorithm>
+#include <span>
 #include <unordered_set>
 
 #include "platform/storage/storage_error.h"
@@ -99,6 +100,24 @@ SectorStore::Page& SectorStore::findPage(std::size_t index) {
 SectorId SectorStore::next(SectorId sector) {
     failIf(sector >= sectorLimit_, STG_E_DOCFILECORRUPT);
     return pageOf(sector).next[sector % pageEntries()];
+}
+
+std::vector<SectorId> SectorStore::readTable() {
+    std::vector<SectorId> table(pageSectors_.size() * pageEntries());
+    auto const bytes = std::as_writable_bytes(std::span(table));
+    std::size_t count = 0;
+    // Those that stand side by side at once.
+    for (std::size_t first = 0; first < pageSectors_.size(); first += count) {
+        SectorId const sector = pageSectors_[first];
+        count = 1;
+        while (first + count < pageSectors_.size() &&
+               pageSectors_[first + count] == sector + count) {
+            ++count;
+        }
+        failIf(sector + std::uint64_t{count} > sectorLimit_, STG_E_DOCFILECORRUPT);
+        read(sector, 0, bytes.subspan(first * sectorSize_, count * sectorSize_));
+    }
+    return table;
 }
 
 void SectorStore::set(SectorId sector, SectorId next, State state) {

@@ -18,8 +18,8 @@ namespace velk::platform::storage {
 /// are free, and the header, written last and in one piece, makes it count.
 /// Until then the file holds the former state, whole. What a change that does
 /// not come to count has written to free sectors is put back, and what it has
-/// added is cut off. Tables are read when they are first needed; all of them
-/// before the first change, which then leaves alone what a survey says.
+/// added is cut off. Tables are read when they are first needed; the first
+/// change asks a survey of all of them what it must leave alone.
 ///
 /// Every member fails with a StorageError. Not thread-safe.
 class SectorStore {
@@ -36,6 +36,8 @@ class SectorStore {
     /// the file does not have.
     SectorId next(SectorId sector);
     void link(SectorId sector, SectorId next);
+    /// The same of all sectors, as the last commit left them, in one go.
+    std::vector<SectorId> readTable();
 
     /// A sector that may be written to, the end of a chain.
     SectorId allocate();
