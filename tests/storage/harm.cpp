@@ -67,10 +67,12 @@ std::string harmBy(Step const& step, Text const& stream, std::string const& befo
     std::erase_if(former, isChanged);
     std::erase_if(present, isChanged);
     std::string harm;
-    for (auto const& [path, element] : former) {
+    for (auto const& each : former) {
+        auto const& [path, element] = each;
         auto const [first, last] = present.equal_range(path);
-        auto const kept = std::find_if(
-            first, last, [&](auto const& each) { return isKept(element, each.second); });
+        auto const kept = std::find_if(first, last, [&](auto const& candidate) {
+            return isKept(each.second, candidate.second);
+        });
         if (kept == last) {
             harm += "lost or changed: " + narrow(path) + "\n";
             continue;
