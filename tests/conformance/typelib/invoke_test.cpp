@@ -265,9 +265,14 @@ TEST(Invoke, GathersVariableArguments) {
     ASSERT_EQ(call.run(3, DISPATCH_METHOD, {integer(11)}), S_OK);
     EXPECT_EQ(call.result.lVal, 1);
     EXPECT_EQ(call.recorder.firstValue, 11);
-    std::vector<VARIANT> const lists[] = {{}, {integer(12), integer(13), integer(14)}};
-    for (auto const& list : lists) {
-        expectDifference(System::wine8, "a variable list takes exactly one argument", [&] {
+    struct Case {
+        std::vector<VARIANT> list;
+        System others;
+    };
+    Case const cases[] = {{{}, System::wine8},
+                          {{integer(12), integer(13), integer(14)}, System::wine}};
+    for (auto const& [list, others] : cases) {
+        expectDifference(others, "a variable list takes exactly one argument", [&, &list = list] {
             ASSERT_EQ(call.run(3, DISPATCH_METHOD, list), S_OK);
             EXPECT_EQ(call.result.lVal, static_cast<LONG>(list.size()));
         });
