@@ -7,9 +7,6 @@
 namespace velk::com {
 namespace {
 
-// Written and deleted again within the transaction.
-constexpr OLECHAR firstValue[] = OLESTR("velk::com::RegistryChange");
-
 [[noreturn]] void throwFailure(char const* what) {
     DWORD const error = GetLastError();
     throwIfError(static_cast<LSTATUS>(error), what);
@@ -24,12 +21,9 @@ RegistryChange::RegistryChange(bool perUser) {
     if (made == INVALID_HANDLE_VALUE) throwFailure("cannot begin a change of the registry");
     transaction_ = made;
     VelkSetThreadTransaction(made);
-    // The hive is the transaction's own from the first write on, and what is
-    // read before may not hold any more then. So it begins with one; who may
-    // not write is told so where that matters.
-    HKEY const hive = perUser ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE;
-    LSTATUS const status = RegSetValueExW(hive, firstValue, 0, REG_NONE, nullptr, 0);
-    if (status == ERROR_SUCCESS) RegDeleteValueW(hive, firstValue);
+    // What is read before the first write shall hold then. Who may not write is
+    // told so where that matters.
+    LSTATUS const status = VelkTakeHive(perUser ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE);
     if (status == ERROR_SUCCESS || status == ERROR_ACCESS_DENIED) return;
     CloseHandle(made);
     throwIfError(status, "cannot begin a change of the registry");

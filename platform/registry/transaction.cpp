@@ -97,3 +97,12 @@ BOOL VelkSetThreadTransaction(HANDLE transaction) {
 HANDLE VelkThreadTransaction() {
     return ofThisThread.handle;
 }
+
+LSTATUS VelkTakeHive(HKEY hive) {
+    return answer([&] {
+        auto* const transaction = Transaction::ofThread();
+        failIf(transaction == nullptr, ERROR_INVALID_HANDLE);
+        failIf(hive != HKEY_LOCAL_MACHINE && hive != HKEY_CURRENT_USER, ERROR_INVALID_PARAMETER);
+        transaction->change(hive == HKEY_LOCAL_MACHINE ? HiveName::machine : HiveName::user, true);
+    });
+}

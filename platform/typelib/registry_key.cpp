@@ -104,13 +104,9 @@ RegistryChange::RegistryChange(HKEY hive) {
     if (made == INVALID_HANDLE_VALUE) throw std::bad_alloc();
     transaction_ = made;
     VelkSetThreadTransaction(made);
-    // From the first write on the hive is the transaction's own, and what is
-    // read before may not hold any more then. What keeps it from being written
-    // is met again by the changes themselves.
-    constexpr LPCWSTR name = u"velk::typelib::RegistryChange";
-    if (RegSetValueExW(hive, name, 0, REG_NONE, nullptr, 0) == ERROR_SUCCESS) {
-        RegDeleteValueW(hive, name);
-    }
+    // What is read before the first write shall hold then. What keeps the hive
+    // from being written is met again by the changes themselves.
+    VelkTakeHive(hive);
 }
 
 RegistryChange::~RegistryChange() {

@@ -106,6 +106,8 @@ TEST(HiveTransactions, AreTheThreadsAndTheProcesssAlone) {
         HANDLE const transaction = begin();
         write(HKEY_CURRENT_USER, OLESTR("Velk.In"));
         Statuses all = {
+            VelkTakeHive(HKEY_CLASSES_ROOT),
+            inAnotherThread([] { return VelkTakeHive(HKEY_CURRENT_USER); }),
             inAnotherThread([&] { return lastError(CommitTransaction(transaction)); }),
             inAnotherThread([&] { return lastError(VelkSetThreadTransaction(transaction)); })};
         pid_t const child = fork();
@@ -121,8 +123,9 @@ TEST(HiveTransactions, AreTheThreadsAndTheProcesssAlone) {
         all.push_back(CreateTransaction(nullptr, &id, 0, 0, 0, 0, nullptr) == INVALID_HANDLE_VALUE);
         return all;
     };
-    EXPECT_EQ(inProcess(folder.path, body), (Statuses{ERROR_INVALID_HANDLE, ERROR_INVALID_HANDLE, 0,
-                                                      0, 0, ERROR_INVALID_HANDLE, 1}));
+    EXPECT_EQ(inProcess(folder.path, body),
+              (Statuses{ERROR_INVALID_PARAMETER, ERROR_INVALID_HANDLE, ERROR_INVALID_HANDLE,
+                        ERROR_INVALID_HANDLE, 0, 0, 0, ERROR_INVALID_HANDLE, 1}));
 }
 
 /// Waits for a file to be there.
