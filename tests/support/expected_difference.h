@@ -22,17 +22,30 @@ System runningSystem() noexcept;
 /// Whether it is that one, or one of those that it stands for.
 bool runsOn(System system) noexcept;
 
-/// Runs `assertions`, of which `system` is known to fail at least one.
+/// Whether the running system has the difference `id` of
+/// tests/data/differences.tsv: its column there holds another text than "=".
+/// Throws std::out_of_range where there is no such row.
+bool hasDifference(std::string_view id);
+
+/// Runs `assertions`, at least one of which fails where the running system has
+/// the difference `id`.
 ///
-/// On every other system they count as if they stood in the test itself. On
-/// `system` their failures are taken as expected: they are counted, and one
-/// line tells `reason`. When all of them pass there, the difference is gone,
-/// and the test fails until the mark is taken off.
+/// Elsewhere they count as if they stood in the test itself. Where it has it
+/// their failures are taken as expected: they are counted, and one line tells
+/// it. When all of them pass there, the difference is gone, and the test fails
+/// until the row says so.
 ///
 /// The failures of other threads than the caller's are never expected. Not
 /// for assertions that crash or hang: those cannot be run at all.
+void expectDifference(std::string_view id, std::function<void()> const& assertions);
+
+/// As above for the difference of one `system`.
 void expectDifference(System system, std::string_view reason,
                       std::function<void()> const& assertions);
+
+/// Counts the difference `id`, which a caller has met by itself. Fails the test
+/// where the running system is not known to have it.
+void countDifference(std::string_view id);
 
 /// How many blocks differed as expected, in this process so far.
 int expectedDifferences() noexcept;

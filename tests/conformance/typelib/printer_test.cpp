@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "baselines.h"
+#include "support/data_table.h"
 #include "support/expected_difference.h"
 #include "typelib_printer.h"
 
@@ -41,7 +41,7 @@ TEST(Printer, PrintsTheApprovedText) {
     std::ostringstream errors;
     ASSERT_EQ(tools::printTypeLibrary(VELK_SHAPES_TLB, out, errors), 0);
     EXPECT_EQ(errors.str(), "");
-    expectApproved("shapes", withHelpContext(withoutStamps(out.str())));
+    expectApproved("typelib/shapes.txt", withHelpContext(withoutStamps(out.str())));
 }
 
 // Names and texts that a terminal would take for orders.
