@@ -11,7 +11,9 @@ namespace sampleserver {
 constexpr GUID sampleId(BYTE number) {
     return {0x5C1A7D20, 0x8E4B, 0x4F60, {0xA2, 0xD3, 0x1B, 0x7C, 0x90, 0xE6, 0xF4, number}};
 }
+/// Version 1.0, in one language.
 inline constexpr GUID sampleLibrary = sampleId(0x01);
+inline constexpr LCID libraryLocale = 0x0409;
 inline constexpr GUID pointId = sampleId(0x03);
 inline constexpr IID sampleInterface = sampleId(0x04);
 inline constexpr IID sampleEvents = sampleId(0x05);

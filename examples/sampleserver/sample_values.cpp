@@ -10,11 +10,11 @@ namespace {
 /// What `Fail` leaves for the call of Invoke that it runs in, if any.
 thread_local com::ExceptionInfo* failureOfCall = nullptr;
 
+com::TypeInfoHolder pointType({&pointId, &sampleLibrary, 1, 0});
+
 com::ComPtr<IRecordInfo> pointInformation() {
-    com::ComPtr<ITypeLib> library;
-    com::throwIfFailed(LoadRegTypeLib(sampleLibrary, 1, 0, LOCALE_USER_DEFAULT, library.put()));
     com::ComPtr<ITypeInfo> type;
-    com::throwIfFailed(library->GetTypeInfoOfGuid(pointId, type.put()));
+    com::throwIfFailed(pointType.get(libraryLocale, type));
     com::ComPtr<IRecordInfo> information;
     com::throwIfFailed(GetRecordInfoFromTypeInfo(type.get(), information.put()));
     return information;

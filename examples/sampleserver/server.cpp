@@ -14,7 +14,6 @@ namespace {
 
 // As server.rc numbers it.
 constexpr WORD registryScript = 101;
-constexpr LCID libraryLocale = 0x0409;
 
 class ServerModule final : public velk::com::DllModule {
   public:
