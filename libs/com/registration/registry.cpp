@@ -1,4 +1,4 @@
-#include "com/registry.h"
+#include "com/registration/registry.h"
 
 #include <limits>
 

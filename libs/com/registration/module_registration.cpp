@@ -1,7 +1,7 @@
 #include <objbase.h>
 
 #include "com/module.h"
-#include "com/registrar.h"
+#include "com/registration/registrar.h"
 
 namespace velk::com {
 namespace {

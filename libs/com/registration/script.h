@@ -1,4 +1,5 @@
-/// A registry script as read.
+/// Registry scripts: where their text comes from, what it says, and how it is
+/// carried out.
 ///
 ///   script      = root { root }
 ///   root        = root-name block
@@ -26,23 +27,28 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include <windows.h>
 
+#include "com/owners.h"
+
 namespace velk::com {
 
+class Registry;
+
 /// Type and bytes of a value as the registry stores them.
-struct ScriptData {
+struct RegistryScriptData {
     DWORD type;
     std::vector<BYTE> bytes;
 };
 
 /// A named value.
-struct ScriptValue {
+struct RegistryScriptValue {
     std::basic_string<OLECHAR> name;
-    ScriptData data;
+    RegistryScriptData data;
 };
 
 /// What becomes of a key.
@@ -54,21 +60,50 @@ enum class KeyRule {
 };
 
 /// A key with its values and the keys below it, each in the script's order.
-struct ScriptKey {
+struct RegistryScriptKey {
     std::basic_string<OLECHAR> name;
     KeyRule rule = KeyRule::normal;
-    std::optional<ScriptData> defaultValue;
-    std::vector<ScriptValue> values;
-    std::vector<ScriptKey> keys;
+    std::optional<RegistryScriptData> defaultValue;
+    std::vector<RegistryScriptValue> values;
+    std::vector<RegistryScriptKey> keys;
 };
 
 /// What stands under one of the predefined keys.
-struct ScriptRoot {
+struct RegistryScriptRoot {
     HKEY root;
-    std::vector<ScriptValue> values;
-    std::vector<ScriptKey> keys;
+    std::vector<RegistryScriptValue> values;
+    std::vector<RegistryScriptKey> keys;
 };
 
-using Script = std::vector<ScriptRoot>;
+using RegistryScript = std::vector<RegistryScriptRoot>;
+
+/// A name that scripts write as %NAME%, and the text that it stands for.
+struct Replacement {
+    std::basic_string<OLECHAR> name;
+    std::basic_string<OLECHAR> value;
+};
+
+/// Script text from bytes: UTF-16, little-endian, when they begin with its
+/// byte-order mark, else UTF-8 with or without one. Throws Error with
+/// HRESULT_FROM_WIN32(ERROR_INVALID_DATA) for bytes that are neither.
+std::basic_string<OLECHAR> decodeScript(std::string_view bytes);
+
+/// The text of resource `id` of type "REGISTRY". Throws Error with the
+/// system's code when `module` has no such resource, or as decodeScript.
+std::basic_string<OLECHAR> loadScript(HMODULE module, WORD id);
+
+/// Reads a whole script. Throws Error with line, column and what was expected
+/// at the first mistake.
+RegistryScript parseScript(TextView text, std::span<Replacement const> replacements);
+
+/// Writes what the script describes. Throws Error with the path of the key at
+/// the first refused operation; what was written before it stays.
+void installScript(RegistryScript const& script, Registry& registry, bool perUser);
+
+/// Takes back what installScript wrote: values are removed, a key marked
+/// "NoRemove" stays, one marked "ForceRemove" goes with everything below it,
+/// any other goes after the keys below it were handled, provided none is left.
+/// What does not exist is no failure. Throws Error as installScript does.
+void removeScript(RegistryScript const& script, Registry& registry, bool perUser);
 
 }  // namespace velk::com

@@ -1,9 +1,8 @@
-#include "com/script_parser.h"
-
 #include <utility>
 
-#include "com/script_data.h"
-#include "com/script_reader.h"
+#include "com/registration/script.h"
+#include "com/registration/script_data.h"
+#include "com/registration/script_reader.h"
 #include "com/utf.h"
 
 namespace velk::com {
@@ -46,8 +45,8 @@ class Parser {
     Parser(TextView text, std::span<Replacement const> replacements)
         : words_(text, replacements), token_(words_.next()) {}
 
-    Script script() {
-        Script result;
+    RegistryScript script() {
+        RegistryScript result;
         do {
             result.push_back(root());
         } while (token_.kind != ScriptTokenKind::end);
@@ -55,18 +54,19 @@ class Parser {
     }
 
   private:
-    ScriptRoot root() {
+    RegistryScriptRoot root() {
         HKEY const key = token_.kind == ScriptTokenKind::word ? findRoot(token_.text) : nullptr;
         if (key == nullptr) {
             expected("a root key (HKCR, HKCU, HKLM, HKU, HKCC or its long name)");
         }
         advance();
-        ScriptRoot result{key, {}, {}};
+        RegistryScriptRoot result{key, {}, {}};
         block(result.values, result.keys, 1);
         return result;
     }
 
-    void block(std::vector<ScriptValue>& values, std::vector<ScriptKey>& keys, unsigned level) {
+    void block(std::vector<RegistryScriptValue>& values, std::vector<RegistryScriptKey>& keys,
+               unsigned level) {
         if (token_.kind != ScriptTokenKind::open) expected("\"{\"");
         ScriptPosition const opened = token_.position;
         if (level > longestPath) {
@@ -89,16 +89,16 @@ class Parser {
         advance();
     }
 
-    ScriptValue value() {
-        ScriptValue result;
+    RegistryScriptValue value() {
+        RegistryScriptValue result;
         result.name = name("the name of a value", longestValueName);
         if (token_.kind != ScriptTokenKind::equals) expected("\"=\"");
         result.data = data();
         return result;
     }
 
-    ScriptKey key(unsigned level) {
-        ScriptKey result;
+    RegistryScriptKey key(unsigned level) {
+        RegistryScriptKey result;
         if (takeKeyword(OLESTR("Delete"))) {
             result.rule = KeyRule::remove;
             result.name = keyName();
@@ -138,14 +138,14 @@ class Parser {
     }
 
     // At "=".
-    ScriptData data() {
+    RegistryScriptData data() {
         advance();
         auto const reader =
             token_.kind == ScriptTokenKind::word ? findDataReader(token_.text) : nullptr;
         if (reader == nullptr) expected("a type (s, e, d, b or m)");
         advance();
         if (!atText()) expected("the data of the value");
-        std::optional<ScriptData> result = reader->read(token_.text);
+        std::optional<RegistryScriptData> result = reader->read(token_.text);
         if (!result) expected(reader->expected);
         advance();
         return *std::move(result);
@@ -177,7 +177,7 @@ class Parser {
 
 }  // namespace
 
-Script parseScript(TextView text, std::span<Replacement const> replacements) {
+RegistryScript parseScript(TextView text, std::span<Replacement const> replacements) {
     return Parser(text, replacements).script();
 }
 

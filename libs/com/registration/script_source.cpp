@@ -1,8 +1,7 @@
-#include "com/script_source.h"
-
 #include <optional>
 
 #include "com/error.h"
+#include "com/registration/script.h"
 #include "com/utf.h"
 
 namespace velk::com {

@@ -1,10 +1,7 @@
-#include "com/registrar.h"
+#include "com/registration/registrar.h"
 
-#include "com/registry.h"
-#include "com/registry_change.h"
-#include "com/script_parser.h"
-#include "com/script_runner.h"
-#include "com/script_source.h"
+#include "com/registration/registry.h"
+#include "com/registration/registry_change.h"
 #include "com/utf.h"
 
 namespace velk::com {
@@ -36,7 +33,7 @@ void Registrar::unregisterResource(HMODULE module, WORD id) {
 }
 
 void Registrar::run(TextView text, bool install) {
-    Script const script = parseScript(text, replacements_);
+    RegistryScript const script = parseScript(text, replacements_);
     auto const carryOut = install ? &installScript : &removeScript;
     if (registry_ != nullptr) {
         carryOut(script, *registry_, perUser_);

@@ -1,6 +1,6 @@
 // A key belongs to a transaction of Windows only when it was opened in it, and
 // the functions that register type libraries open their own.
-#include "com/registry_change.h"
+#include "com/registration/registry_change.h"
 
 namespace velk::com {
 

@@ -2,7 +2,7 @@
 #include <velk_transactions.h>
 
 #include "com/error.h"
-#include "com/registry_change.h"
+#include "com/registration/registry_change.h"
 
 namespace velk::com {
 namespace {

@@ -1,6 +1,6 @@
-#include "com/script_runner.h"
-
 #include "com/error.h"
+#include "com/registration/registry.h"
+#include "com/registration/script.h"
 #include "com/utf.h"
 
 namespace velk::com {
@@ -20,7 +20,7 @@ std::string shown(KeyPath const& key) {
 // HKEY_CLASSES_ROOT shows the user's classes over the machine's, and what is
 // written through it lands where the key happens to stand already: a machine's
 // registration beside a user's would be the user's.
-KeyPath rootPath(ScriptRoot const& root, bool perUser) {
+KeyPath rootPath(RegistryScriptRoot const& root, bool perUser) {
     if (root.root != HKEY_CLASSES_ROOT) return {root.root, {}};
     return {perUser ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE, OLESTR("Software\\Classes")};
 }
@@ -43,7 +43,7 @@ class Installer {
   public:
     explicit Installer(Registry& registry) noexcept : registry_(registry) {}
 
-    void root(ScriptRoot const& root, KeyPath const& path) {
+    void root(RegistryScriptRoot const& root, KeyPath const& path) {
         // What stands below the machine's predefined keys is there; the user's
         // classes may not be yet.
         if (path.root == HKEY_CURRENT_USER && !path.names.empty())
@@ -52,7 +52,7 @@ class Installer {
     }
 
   private:
-    void key(ScriptKey const& key, KeyPath const& parent) {
+    void key(RegistryScriptKey const& key, KeyPath const& parent) {
         KeyPath const path = below(parent, key.name);
         if (key.rule == KeyRule::remove || key.rule == KeyRule::forceRemove) {
             requireGone(registry_.deleteTree(path), "cannot delete ", path);
@@ -63,13 +63,13 @@ class Installer {
         content(key.values, key.keys, path);
     }
 
-    void content(std::vector<ScriptValue> const& values, std::vector<ScriptKey> const& keys,
-                 KeyPath const& path) {
+    void content(std::vector<RegistryScriptValue> const& values,
+                 std::vector<RegistryScriptKey> const& keys, KeyPath const& path) {
         for (auto const& value : values) write(path, value.name, value.data);
         for (auto const& child : keys) key(child, path);
     }
 
-    void write(KeyPath const& path, Text const& name, ScriptData const& data) {
+    void write(KeyPath const& path, Text const& name, RegistryScriptData const& data) {
         LSTATUS const status = registry_.setValue(path, name, data.type, data.bytes);
         if (name.empty()) {
             require(status, "cannot write the default value of ", path);
@@ -85,12 +85,12 @@ class Remover {
   public:
     explicit Remover(Registry& registry) noexcept : registry_(registry) {}
 
-    void root(ScriptRoot const& root, KeyPath const& path) {
+    void root(RegistryScriptRoot const& root, KeyPath const& path) {
         content(root.values, root.keys, path);
     }
 
   private:
-    void key(ScriptKey const& key, KeyPath const& parent) {
+    void key(RegistryScriptKey const& key, KeyPath const& parent) {
         KeyPath const path = below(parent, key.name);
         if (key.rule == KeyRule::remove) return;
         if (key.rule == KeyRule::forceRemove) {
@@ -101,8 +101,8 @@ class Remover {
         if (key.rule == KeyRule::normal) deleteWithoutSubkeys(path);
     }
 
-    void content(std::vector<ScriptValue> const& values, std::vector<ScriptKey> const& keys,
-                 KeyPath const& path) {
+    void content(std::vector<RegistryScriptValue> const& values,
+                 std::vector<RegistryScriptKey> const& keys, KeyPath const& path) {
         for (auto const& value : values) {
             requireGone(registry_.deleteValue(path, value.name), "cannot delete a value of ", path);
         }
@@ -121,18 +121,18 @@ class Remover {
 };
 
 template <typename Runner>
-void run(Script const& script, Registry& registry, bool perUser) {
+void run(RegistryScript const& script, Registry& registry, bool perUser) {
     Runner runner(registry);
     for (auto const& root : script) runner.root(root, rootPath(root, perUser));
 }
 
 }  // namespace
 
-void installScript(Script const& script, Registry& registry, bool perUser) {
+void installScript(RegistryScript const& script, Registry& registry, bool perUser) {
     run<Installer>(script, registry, perUser);
 }
 
-void removeScript(Script const& script, Registry& registry, bool perUser) {
+void removeScript(RegistryScript const& script, Registry& registry, bool perUser) {
     run<Remover>(script, registry, perUser);
 }
 

@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-#include "com/registrar.h"
+#include "com/registration/script.h"
 
 namespace velk::com {
 

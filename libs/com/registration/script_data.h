@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "com/owners.h"
-#include "com/script.h"
+#include "com/registration/script.h"
 
 namespace velk::com {
 
@@ -14,7 +14,7 @@ struct ScriptDataReader {
     /// For messages: what the text should have been.
     char const* expected;
     /// The data, or nothing when the text is not of that type.
-    std::optional<ScriptData> (*read)(TextView text);
+    std::optional<RegistryScriptData> (*read)(TextView text);
 };
 
 /// The reader of a type, given its letter in either case; null for others.

@@ -1,5 +1,6 @@
-#include "com/script_reader.h"
+#include "com/registration/script_reader.h"
 
+#include "com/error.h"
 #include "com/utf.h"
 
 namespace velk::com {

@@ -7,16 +7,9 @@
 
 #include "com/error.h"
 #include "com/owners.h"
+#include "com/registration/script.h"
 
 namespace velk::com {
-
-class Registry;
-
-/// A name that scripts write as %NAME%, and the text that it stands for.
-struct Replacement {
-    std::basic_string<OLECHAR> name;
-    std::basic_string<OLECHAR> value;
-};
 
 /// Carries registry scripts out, or takes back what they wrote.
 ///
@@ -25,7 +18,7 @@ struct Replacement {
 /// with line, column and what was expected for a mistake in the text; the
 /// system's code with the key's path for a refused operation, after which the
 /// entries before it stay unless the system can drop them (RegistryChange).
-/// Not thread-safe. com/script.h has the syntax.
+/// Not thread-safe. script.h has the syntax.
 class Registrar {
   public:
     /// Works on the system's registry.

@@ -1,4 +1,4 @@
-#include "com/script_data.h"
+#include "com/registration/script_data.h"
 
 #include <cstdint>
 #include <limits>
@@ -29,15 +29,15 @@ std::optional<unsigned> digitValue(OLECHAR unit, unsigned base) noexcept {
     return value < base ? std::optional(value) : std::nullopt;
 }
 
-std::optional<ScriptData> readText(TextView text) {
-    return ScriptData{REG_SZ, withNul(text)};
+std::optional<RegistryScriptData> readText(TextView text) {
+    return RegistryScriptData{REG_SZ, withNul(text)};
 }
 
-std::optional<ScriptData> readExpandableText(TextView text) {
-    return ScriptData{REG_EXPAND_SZ, withNul(text)};
+std::optional<RegistryScriptData> readExpandableText(TextView text) {
+    return RegistryScriptData{REG_EXPAND_SZ, withNul(text)};
 }
 
-std::optional<ScriptData> readNumber(TextView text) {
+std::optional<RegistryScriptData> readNumber(TextView text) {
     unsigned base = 10;
     TextView const prefix = text.substr(0, 2);
     if (equalIgnoringCase(prefix, OLESTR("0x")) || equalIgnoringCase(prefix, OLESTR("&H"))) {
@@ -52,16 +52,16 @@ std::optional<ScriptData> readNumber(TextView text) {
         value = value * base + *digit;
         if (value > std::numeric_limits<std::uint32_t>::max()) return std::nullopt;
     }
-    ScriptData result{REG_DWORD, {}};
+    RegistryScriptData result{REG_DWORD, {}};
     for (int shift = 0; shift < 32; shift += 8) {
         result.bytes.push_back(static_cast<BYTE>(value >> shift));
     }
     return result;
 }
 
-std::optional<ScriptData> readBytes(TextView text) {
+std::optional<RegistryScriptData> readBytes(TextView text) {
     if (text.size() % 2 != 0) return std::nullopt;
-    ScriptData result{REG_BINARY, {}};
+    RegistryScriptData result{REG_BINARY, {}};
     for (std::size_t i = 0; i < text.size(); i += 2) {
         auto const high = digitValue(text[i], 16);
         auto const low = digitValue(text[i + 1], 16);
@@ -73,8 +73,8 @@ std::optional<ScriptData> readBytes(TextView text) {
 
 // An empty text would end the list where the registry stores it, so none is
 // kept; the last text may leave its "\0" out.
-std::optional<ScriptData> readList(TextView text) {
-    ScriptData result{REG_MULTI_SZ, {}};
+std::optional<RegistryScriptData> readList(TextView text) {
+    RegistryScriptData result{REG_MULTI_SZ, {}};
     static constexpr OLECHAR separator[] = {'\\', '0'};
     while (!text.empty()) {
         std::size_t const end = text.find(TextView(separator, 2));
