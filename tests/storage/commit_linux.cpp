@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/storage/compound/compound_file.h"
+#include "platform/storage/shared_object.h"
 #include "storage/recorded_file.h"
 
 // A change of a compound file counts wholly or not at all, whenever the machine

@@ -177,7 +177,7 @@ std::vector<Oddity> odditiesOfChains() {
              file.setEntry(file.find(u"Workbook"), CraftedFile::sizeAt, 1 << 30);
              file.setEntry(file.find(u"other"), CraftedFile::sizeAt, 20000);
          },
-         damaged({"overwrite", "lengthen", "shorten", "move stream", "destroy"})},
+         damaged({"overwrite", "lengthen", "shorten", "destroy"})},
         {"StreamsShareTheirSectors", fillUsual,
          [](CraftedFile& file) {
              file.setEntry(file.find(u"other"), CraftedFile::firstAt,
@@ -185,7 +185,7 @@ std::vector<Oddity> odditiesOfChains() {
              file.setEntry(file.find(u"Small 2"), CraftedFile::firstAt,
                            file.first(file.find(u"small")));
          },
-         damaged({"overwrite", "shorten", "move stream", "destroy"})},
+         damaged({"overwrite", "shorten", "destroy"})},
         {"CutInTheLastSector", fillUsual,
          [](CraftedFile& file) { file.bytes().resize(file.bytes().size() - 100); }},
         {"BytesBehindTheEnd", fillUsual, [](CraftedFile& file) { file.bytes() += "behind"; }},

@@ -33,7 +33,7 @@ bool isChangedBy(Step const& step, Text const& stream, std::u16string const& pat
     // To the layer, names end at a zero.
     auto const named = path.substr(0, path.find(u'\0'));
     std::vector<std::u16string> changed{step.changes == nullptr ? stream : step.changes};
-    if (step.changes == nullptr) changed.insert(changed.end(), {renamedStream, movedStream});
+    if (step.changes == nullptr) changed.emplace_back(renamedStream);
     return std::ranges::any_of(changed, [&](std::u16string const& name) {
         auto const whole = name.empty() ? name : u'/' + name;
         return named == whole || (!whole.empty() && path.starts_with(whole + u'/'));

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/storage/compound/file_access.h"
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 
 namespace velk::test {
 
@@ -51,14 +51,14 @@ class RecordedFile final : public platform::storage::FileAccess {
         // A write that fails may have written a part.
         if (fails) step.bytes.resize(step.bytes.size() / 2);
         if (!step.bytes.empty()) applyStep(record_.bytes, step);
-        if (fails) platform::storage::fail(STG_E_MEDIUMFULL);
+        if (fails) platform::fail(STG_E_MEDIUMFULL);
         record_.steps.push_back(std::move(step));
     }
     void truncate(std::uint64_t size) override {
         record_.bytes.resize(static_cast<std::size_t>(size));
     }
     void sync() override {
-        if (isFailing()) platform::storage::fail(STG_E_WRITEFAULT);
+        if (isFailing()) platform::fail(STG_E_WRITEFAULT);
         record_.steps.push_back({});
     }
     bool hasReaders() override { return false; }

@@ -1,6 +1,7 @@
 /// Compound files for tests.
 #pragma once
 
+#include <cstdio>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -94,6 +95,26 @@ inline std::string content(IStream& stream) {
         all.append(part.data(), done);
     }
     return all;
+}
+
+/// The code as tables have it.
+inline std::string codeName(HRESULT code) {
+    struct Named {
+        HRESULT code;
+        char const* name;
+    };
+    for (auto const& named :
+         {Named{S_OK, "ok"}, Named{S_FALSE, "none"}, Named{STG_E_INVALIDFLAG, "invalid flag"},
+          Named{STG_E_ACCESSDENIED, "access denied"}, Named{STG_E_FILENOTFOUND, "not found"},
+          Named{STG_E_FILEALREADYEXISTS, "exists"}, Named{STG_E_INVALIDNAME, "invalid name"},
+          Named{STG_E_INVALIDPARAMETER, "invalid parameter"},
+          Named{STG_E_INVALIDPOINTER, "invalid pointer"},
+          Named{STG_E_INVALIDHEADER, "invalid header"}, Named{STG_E_DOCFILECORRUPT, "corrupt"}}) {
+        if (code == named.code) return named.name;
+    }
+    char text[16];
+    std::snprintf(text, sizeof text, "%08x", static_cast<unsigned>(code));
+    return text;
 }
 
 /// Bytes that tell where they belong.
