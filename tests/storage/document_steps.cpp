@@ -191,10 +191,7 @@ std::vector<Step> const steps{
          return root.RenameElement(name.c_str(), renamedStream);
      },
      nullptr},
-    {"destroy",
-     [](IStorage& root, Text const&) {
-         return root.DestroyElement(renamedStream);
-     },
+    {"destroy", [](IStorage& root, Text const&) { return root.DestroyElement(renamedStream); },
      nullptr},
 };
 

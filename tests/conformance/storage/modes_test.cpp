@@ -1,6 +1,4 @@
 #include <fstream>
-#include <map>
-#include <sstream>
 
 #include "conformance/storage/storage_file.h"
 #include "support/data_table.h"
@@ -10,28 +8,6 @@
 namespace {
 
 using namespace velk::test;
-
-DWORD modeOf(std::string const& words) {
-    std::map<std::string, DWORD> const modes{{"read", STGM_READ},
-                                             {"write", STGM_WRITE},
-                                             {"change", STGM_READWRITE},
-                                             {"both", STGM_WRITE | STGM_READWRITE},
-                                             {"alone", alone},
-                                             {"deny-read", STGM_SHARE_DENY_READ},
-                                             {"deny-write", STGM_SHARE_DENY_WRITE},
-                                             {"deny-none", STGM_SHARE_DENY_NONE},
-                                             {"create", STGM_CREATE},
-                                             {"convert", STGM_CONVERT},
-                                             {"transacted", STGM_TRANSACTED},
-                                             {"priority", STGM_PRIORITY},
-                                             {"swmr", STGM_DIRECT_SWMR},
-                                             {"delete", STGM_DELETEONRELEASE},
-                                             {"odd", 0x100}};
-    DWORD mode = 0;
-    std::istringstream all(words);
-    for (std::string word; all >> word;) mode |= modes.at(word);
-    return mode;
-}
 
 /// What a call answers of a file with the stream "s" and the storage "t".
 HRESULT tryCall(DataRow const& row) {
