@@ -6,15 +6,14 @@
 #include <string>
 #include <vector>
 
-#include <windows.h>
-
 namespace velk::test {
 
 struct Document {
     std::string name;
     std::string bytes;
-    /// By the names of steps, what refuses them; the others succeed.
-    std::map<std::string, HRESULT> refused;
+    /// By the names of steps, what refuses them, as codeName() has it; the
+    /// others succeed.
+    std::map<std::string, std::string> refused;
     /// Nobody says what becomes of the steps.
     bool isSample = false;
     /// Every place of a failure is tried, and not only some.
@@ -26,10 +25,8 @@ inline void PrintTo(Document const& document, std::ostream* out) {
     *out << document.name;
 }
 
-/// Put together byte by byte.
+/// Put together byte by byte, with sectors of 512 and of 4096 bytes, as the
+/// rows of tests/data/storage/documents.tsv say.
 std::vector<Document> craftedDocuments();
-
-/// Those in the folder that VELK_DOCUMENTS names; none when it names none.
-std::vector<Document> sampleDocuments();
 
 }  // namespace velk::test
