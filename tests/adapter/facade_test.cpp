@@ -5,9 +5,9 @@
 #include <limits>
 #include <thread>
 
-#include "conversions.h"
-#include "facade_creation.h"
-#include "host_announcement.h"
+#include "conversion/conversions.h"
+#include "native_to_host/facade.h"
+#include "native_to_host/host_announcement.h"
 #include "support/counting_dispatch.h"
 #include "support/native_values.h"
 #include "support/recording_object.h"

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "conversions.h"
-#include "interfaces.h"
+#include "conversion/conversions.h"
+#include "module/interfaces.h"
 #include "support/native_values.h"
 #include "support/recording_object.h"
 

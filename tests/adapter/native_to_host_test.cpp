@@ -5,8 +5,8 @@
 
 #include "VelkQXTProxy/wrapper_interfaces.h"
 #include "com/error.h"
-#include "conversions.h"
-#include "facade_creation.h"
+#include "conversion/conversions.h"
+#include "native_to_host/facade.h"
 #include "support/counting_dispatch.h"
 #include "support/native_values.h"
 #include "support/recording_object.h"
