@@ -13,7 +13,7 @@ function(velk_type_library target idl output)
   get_filename_component(idl_folder ${idl_path} DIRECTORY)
   add_custom_command(
     OUTPUT ${output}
-    COMMAND ${VELK_WIDL} --win64 -t -o ${output} ${idl_path}
+    COMMAND ${VELK_WIDL} --win64 -I ${PROJECT_SOURCE_DIR}/libs/com/idl -t -o ${output} ${idl_path}
     # Where imports with a folder in their name are looked for.
     WORKING_DIRECTORY ${idl_folder}
     DEPENDS ${idl_path}

@@ -1,6 +1,6 @@
 #include "module/module.h"
 
-#include "com/registrar.h"
+#include "com/registration/registrar.h"
 #include "module/interfaces.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <qglobal.h>
 
 #include "com/error.h"
-#include "com/registry_change.h"
+#include "com/registration/registry_change.h"
 #include "module/exports.h"
 #include "module/process_objects.h"
 #include "module/qt_version.h"
