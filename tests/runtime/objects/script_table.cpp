@@ -150,16 +150,28 @@ mzComPtrC ScriptTable::objectOf(std::string const& cell) {
     return object;
 }
 
+std::string ScriptTable::stateAfter(mzIUnknown* object) const {
+    return tellsState_ ? stateOf(object, objects_) : "";
+}
+
+std::vector<mzComVariantC> ScriptTable::argumentsOf(std::string cell) const {
+    for (auto const& [word, meaning] : words_) {
+        if (auto const at = cell.find(word); at != std::string::npos)
+            cell.replace(at, word.size(), meaning);
+    }
+    return valuesOf(cell, objects_);
+}
+
 std::string ScriptTable::answer(DataRow const& row) {
     mzComPtrC const object = objectOf(row["object"]);
-    std::string const before = stateOf(object.iface(), objects_);
+    std::string const before = stateAfter(object.iface());
     auto const words = wordsOf(row["call"]);
     mzComVariantC value = reference(object.iface());
     std::string text;
     for (std::size_t i = 1; i < words.size(); ++i) {
         if (i > 1) text += " | ";
         text += anonymous(told(object.iface(), words[i] == "()" ? "" : words[i], kindOf(words[0]),
-                               valuesOf(row["args"], objects_), objects_, value));
+                               argumentsOf(row["args"]), objects_, value));
     }
     if (row.has("keep") && !row["keep"].empty()) {
         mzComPtrT<mzIUnknown> kept;
@@ -167,7 +179,7 @@ std::string ScriptTable::answer(DataRow const& row) {
         objects_[row["keep"]] = mzComPtrC(kept.iface());
         text = described(value, objects_);
     }
-    std::string const after = stateOf(object.iface(), objects_);
+    std::string const after = stateAfter(object.iface());
     return after == before ? text : text + " -> " + anonymous(after);
 }
 

@@ -52,10 +52,16 @@ class ScriptTable : public testing::Test {
     Objects objects_;
     /// The name of the folder on drive C that a table calls F:.
     std::string folder_;
+    /// What words in arguments stand for.
+    std::map<std::string, std::string> words_;
+    /// Whether rows tell what they leave in their object. To look at it is to call it.
+    bool tellsState_ = true;
 
   private:
     std::string answer(DataRow const& row);
     std::string anonymous(std::string text) const;
+    std::string stateAfter(mzIUnknown* object) const;
+    std::vector<mzComVariantC> argumentsOf(std::string cell) const;
 };
 
 }  // namespace velk::test
