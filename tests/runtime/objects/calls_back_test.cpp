@@ -16,53 +16,46 @@ using velk::test::Curious;
 using velk::test::reference;
 
 constexpr unsigned method = mzCallMethod;
-constexpr unsigned put = mzCallPropertyPut;
 
 class CallsBack : public testing::Test {
   protected:
-    void SetUp() override {
-        ASSERT_EQ(mzComServerInit(), mzSuccess);
-        ASSERT_EQ(mzComCreateObject("qxttools.array", mzIDispatch::interfaceId(), list_),
-                  mzSuccess);
-        for (int i = 0; i < 100; ++i) callList("Add", method, {i});
-    }
-    void TearDown() override { EXPECT_EQ(mzComServerDone(), mzSuccess); }
-
-    velk::test::Outcome callList(char const* name, unsigned kind,
-                                 std::initializer_list<mzComVariantC> args) {
+    velk::test::Outcome callList(char const* name, std::vector<mzComVariantC> const& args = {},
+                                 unsigned kind = method) {
         return call(list_.iface(), name, kind, args);
     }
-    int count() { return callList("Count", method, {}).integer(); }
+    void fill(int size) {
+        callList("RemoveAll");
+        for (int i = 0; i < size; ++i) callList("Add", {i});
+    }
 
+    velk::test::Servers const servers_;
     mzComPtrT<Curious> const curious_{new Curious};
     mzComVariantC const value_ = reference(curious_->getIUnknown());
-    mzComPtrC list_;
+    mzComPtrC const list_{
+        proxyFactoryC::instance().find("qxttools.array")->creator()->getIUnknown()};
+    mzComPtrT<prxDictionaryObjC> const dictionary_{new prxDictionaryObjC};
 };
 
 TEST_F(CallsBack, AListThatShrinksWhileAValueIsPut) {
-    curious_->onQuestion = [this] { callList("ReDim", method, {0}); };
-    EXPECT_EQ(callList("Item", put, {50, value_}).exception,
+    fill(100);
+    curious_->onQuestion = [this] { callList("ReDim", {0}); };
+    EXPECT_EQ(callList("Item", {50, value_}, mzCallPropertyPut).exception,
               "The index 50 is outside the list of 1 values");
-    curious_->onQuestion = [this] { callList("RemoveAll", method, {}); };
-    EXPECT_EQ(callList("InsertAt", method, {1, value_}).exception,
+    curious_->onQuestion = [this] { fill(0); };
+    EXPECT_EQ(callList("InsertAt", {1, value_}).exception,
               "The index 1 is outside the list of 0 values");
-    curious_->onQuestion = [this] { callList("ReDim", method, {999}); };
-    EXPECT_EQ(callList("InsertAt", method, {0, value_}).code, mzSuccess);
-    EXPECT_EQ(count(), 1001);
+    curious_->onQuestion = [this] { callList("ReDim", {999}); };
+    EXPECT_EQ(callList("InsertAt", {0, value_}).code, mzSuccess);
+    EXPECT_EQ(callList("Count").integer(), 1001);
 }
 
 TEST_F(CallsBack, AListThatIsReplacedWhileItIsSearched) {
-    callList("Item", put, {0, value_});
-    curious_->onQuestion = [] {};  // the value that is looked for
     for (int newSize : {0, 5'000}) {
-        callList("Item", put, {0, value_});
-        curious_->onQuestion = [this, newSize] {
-            callList("RemoveAll", method, {});
-            for (int i = 0; i < newSize; ++i) callList("Add", method, {i});
-        };
-        EXPECT_EQ(callList("Find", method, {4'000}).integer(), newSize == 0 ? -1 : 4'000);
-        EXPECT_EQ(count(), newSize);
-        callList("ReDim", method, {0});
+        fill(1);
+        callList("Item", {0, value_}, mzCallPropertyPut);
+        curious_->onQuestion = [this, newSize] { fill(newSize); };
+        EXPECT_EQ(callList("Find", {4'000}).integer(), newSize == 0 ? -1 : 4'000);
+        EXPECT_EQ(callList("Count").integer(), newSize);
     }
 }
 
@@ -100,15 +93,15 @@ void expectSound(prxDictionaryObjC& dictionary) {
 TEST_F(CallsBack, ADictionaryThatChangesWhileAKeyIsGivenUp) {
     Touchy key;
     mzComVariantC const asKey = reference(&key);
-    std::function<void(prxDictionaryObjC&)> const operations[] = {
+    using Action = std::function<void(prxDictionaryObjC&)>;
+    Action const operations[] = {
         [&](auto& d) { d.setKey(asKey, "renamed"); }, [&](auto& d) { d.getItem(asKey); },
         [&](auto& d) { d.removeKey(asKey); },         [&](auto& d) { d.setItem(asKey, 1); },
         [&](auto& d) { d.addObj(asKey, 1); },         [&](auto& d) { d.exists(asKey); }};
-    std::function<void(prxDictionaryObjC&)> const changes[] = {[](auto& d) { d.delAll(); },
-                                                               [](auto& d) {
-                                                                   for (int i = 0; i < 40; ++i)
-                                                                       d.setItem(i, "grown");
-                                                               }};
+    auto const grow = [](auto& d) {
+        for (int i = 0; i < 40; ++i) d.setItem(i, "grown");
+    };
+    Action const changes[] = {[](auto& d) { d.delAll(); }, grow};
     for (auto const& operation : operations) {
         for (auto const& change : changes) {
             for (int moment = 0; moment < 12; ++moment) {
@@ -128,10 +121,22 @@ TEST_F(CallsBack, ADictionaryThatChangesWhileAKeyIsGivenUp) {
 }
 
 TEST_F(CallsBack, ADictionaryThatGetsTheKeyWhileItIsAdded) {
-    mzComPtrT<prxDictionaryObjC> const dictionary(new prxDictionaryObjC);
-    curious_->onQuestion = [&] { dictionary->addObj("key", 1); };
-    EXPECT_EQ(dictionary->addObj("key", value_), 1);
-    EXPECT_EQ(dictionary->count(), 1);
+    curious_->onQuestion = [&] { dictionary_->addObj("key", 1); };
+    EXPECT_EQ(dictionary_->addObj("key", value_), 1);
+    EXPECT_EQ(dictionary_->count(), 1);
+}
+
+TEST_F(CallsBack, ADictionaryThatGrowsWhileItsItemsEnd) {
+    for (int i = 0; i < 3; ++i) {
+        mzComPtrT<Curious> const item(new Curious);
+        item->onEnd = [&] { dictionary_->addObj(dictionary_->count() + 1000, 1); };
+        dictionary_->addObj(i, reference(item->getIUnknown()));
+    }
+    dictionary_->removeKey(0);
+    dictionary_->setItem(1, 5);
+    EXPECT_EQ(dictionary_->count(), 4);
+    dictionary_->delAll();
+    EXPECT_EQ(dictionary_->count(), 1);
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <atomic>
 #include <stdexcept>
 
+#include <gtest/gtest.h>
+
 namespace velk::test {
 
 namespace {
@@ -18,7 +20,7 @@ std::int64_t threadMark() {
 }  // namespace
 
 Outcome call(mzIUnknown* object, char const* name, unsigned kind,
-             std::initializer_list<mzComVariantC> args) {
+             std::vector<mzComVariantC> const& args) {
     mzComVariantArrayC list;
     for (mzComVariantC const& arg : args) {
         list.append(arg);
@@ -98,9 +100,48 @@ proxyMemberDescListS const* DerivedSample::getStaticProxyTypeInfo() {
         proxyMethod<&DerivedSample::addDouble>("Add", file, 1),
         proxyMethod<&DerivedSample::extra>("Extra", file, 2), proxyMembersEnd()};
     static proxyMemberDescListS const* const bases[] = {Sample::getStaticProxyTypeInfo(), nullptr};
-    static proxyMemberDescListS const record = {
-        "DerivedSample", proxyCastTo<DerivedSample>, bases, members, nullptr, 0, nullptr, file, 1};
+    static proxyMemberDescListS const record = {"DerivedSample",
+                                                proxyCastTo<DerivedSample>,
+                                                bases,
+                                                members,
+                                                "velktest.derived",
+                                                0,
+                                                proxyCreate<DerivedSample>,
+                                                file,
+                                                1};
     return &record;
+}
+
+proxyMemberDescListS const* Overloaded::getStaticProxyTypeInfo() {
+    static proxyMemberDescS const members[] = {
+        proxyMethod<&Overloaded::text>("Any", "", 1),
+        proxyMethod<&Overloaded::number>("Any", "", 2),
+        proxyMethod<&Overloaded::object>("Any", "", 3),
+        proxyMethod<&Overloaded::integer>("Narrow", "", 4),
+        proxyMethod<&Overloaded::object>("Narrow", "", 5),
+        proxyPropertyGet<&Overloaded::property>("Either", "", 6),
+        proxyMethod<&Overloaded::integer>("Either", "", 7),
+        proxyMethod<&Overloaded::same>("Same", "", 8),
+        proxyMembersEnd()};
+    static proxyMemberDescListS const* const bases[] = {nullptr};
+    static proxyMemberDescListS const record = {"Overloaded",
+                                                proxyCastTo<Overloaded>,
+                                                bases,
+                                                members,
+                                                "velktest.overloaded",
+                                                0,
+                                                proxyCreate<Overloaded>,
+                                                "",
+                                                1};
+    return &record;
+}
+
+Servers::Servers() {
+    EXPECT_EQ(mzComServerInit(), mzSuccess);
+}
+
+Servers::~Servers() {
+    EXPECT_EQ(mzComServerDone(), mzSuccess);
 }
 
 }  // namespace velk::test

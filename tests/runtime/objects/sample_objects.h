@@ -1,7 +1,7 @@
 #pragma once
 
-#include <initializer_list>
 #include <string>
+#include <vector>
 
 #include "host/host.h"
 
@@ -22,11 +22,11 @@ struct Outcome {
 };
 
 Outcome call(mzIUnknown* object, char const* name, unsigned kind,
-             std::initializer_list<mzComVariantC> args = {});
+             std::vector<mzComVariantC> const& args = {});
 
 /// For classes that have `mzIUnknown` in more than one base.
 inline Outcome call(proxyObjectC* object, char const* name, unsigned kind,
-                    std::initializer_list<mzComVariantC> args = {}) {
+                    std::vector<mzComVariantC> const& args = {}) {
     return call(object->getIUnknown(), name, kind, args);
 }
 
@@ -76,6 +76,32 @@ class DerivedSample : public Sample {
 
     int addDouble(int amount) { return add(2 * amount); }
     mzComStringC extra() { return "extra"; }
+};
+
+/// Its members share names, kinds and argument counts: the arguments decide.
+class Overloaded : public proxyObjectC {
+  public:
+    proxyMemberDescListS const* getProxyTypeInfo() override { return getStaticProxyTypeInfo(); }
+    static proxyMemberDescListS const* getStaticProxyTypeInfo();
+
+    mzComStringC text(mzComStringC const&) { return "text"; }
+    mzComStringC number(double) { return "number"; }
+    mzComStringC object(mzComPtrT<mzIUnknown> const&) { return "object"; }
+    mzComStringC integer(int) { return "integer"; }
+    mzComStringC property(int) { return "property"; }
+    mzComVariantC same(mzComVariantC const& value) { return value; }
+};
+
+/// Runs the servers for a scope, with the classes above known to scripts.
+class Servers {
+  public:
+    Servers();
+    ~Servers();
+
+  private:
+    proxyAutoRegisterT<Sample> sample_;
+    proxyAutoRegisterT<DerivedSample> derived_;
+    proxyAutoRegisterT<Overloaded> overloaded_;
 };
 
 }  // namespace velk::test
