@@ -113,9 +113,11 @@ TEST(ScriptObject, DescribesItsMembers) {
         EXPECT_STREQ(end->sourceFile, "sample_objects.h");
         EXPECT_EQ(end->line, end - members + 1);
     }
-    EXPECT_EQ(text,
-              "Value 2 0, Value 4 1, Add 1 1, Add 1 2, Plain 1025 0,  2 0,  4 1, Written 2 0, "
-              "Fail 1 1, ThrowStandard 1 0, ThrowNumber 1 0, OnThread 1 1, Self 1 0, ");
+    EXPECT_EQ(
+        text,
+        "Value 2 0, Value 4 1, Add 1 1, Add 1 2, Plain 1025 0,  2 0,  4 1, Written 2 0, "
+        "Fail 1 1, ThrowStandard 1 0, ThrowNumber 1 0, OnThread 1 1, Self 1 0, Forward 1 1, "
+        "Any 1 1, Any 1 1, Any 1 1, Narrow 1 1, Narrow 1 1, Either 2 1, Either 1 1, Same 1 1, ");
     static constexpr char zeros[sizeof(proxyMemberDescS)] = {};
     EXPECT_EQ(std::memcmp(end, zeros, sizeof zeros), 0);
     // The function's own type, then those of its parameters.
