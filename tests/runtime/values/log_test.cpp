@@ -42,7 +42,7 @@ TEST(Logger, ThresholdComesFromTheEnvironment) {
     for (auto const& [text, threshold] : rows) {
         Environment const level("VELK_TRACE_LEVEL", text), nowhere("VELK_TRACE_FILE", "/none/velk");
         StaticLogger logger;
-        ASSERT_EQ(logger.threshold(), StaticLogger::uninitialised);
+        ASSERT_EQ(logger.threshold(), +StaticLogger::uninitialised);
         std::vector<std::jthread> threads;
         for (int i = 0; i < 4; ++i) {
             threads.emplace_back([&] { mzFrameTraceC const frame(logger, "", {"", "", 1}); });
