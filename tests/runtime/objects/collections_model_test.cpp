@@ -112,7 +112,8 @@ class DictionaryMachine {
             "remove", "modes", "clear", "walk", "next", "next", "begin", "?",   "?"};
         std::string const name = names[operation.kind % std::size(names)];
         mzComVariantC const key = pool_.value(operation.place),
-                            wanted = pool_.value(operation.size), item = pool_.item(operation.what);
+                            wanted = operation.size % 4 == 0 ? key : pool_.value(operation.size),
+                            item = pool_.item(operation.what);
         log_ += name + ' ' + pool_.text({key, wanted, item}) + '\n';
         Entry const fresh{key.skipVariable(), item.skipVariable(), lastSerial_ + 1};
         std::size_t const at = find(key), taken = find(wanted), size = entries_.size();

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "curious_object.h"
 #include "threads.h"
 
 // Objects that any thread may use, but only one at a time: who comes while

@@ -12,43 +12,41 @@
 
 namespace {
 
-namespace files = std::filesystem;
-
-std::string contentOf(files::path const& path) {
-    std::stringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
-}
+namespace fs = std::filesystem;
 
 class TraceFile : public testing::Test {
   protected:
     TraceFile() {
-        std::string pattern = (files::temp_directory_path() / "velktraceXXXXXX").string();
+        std::string pattern = (fs::temp_directory_path() / "velktraceXXXXXX").string();
         folder = mkdtemp(pattern.data());
         file = folder / "trace";
         setenv("VELK_TRACE_FILE", file.c_str(), 1);
     }
     ~TraceFile() override {
         unsetenv("VELK_TRACE_FILE");
-        files::remove_all(folder);
+        fs::remove_all(folder);
     }
     static void log() { StaticLogger().log(7, "unit.cpp", "f", 3, "said"); }
+    static std::string contentOf(fs::path const& path) {
+        std::stringstream text;
+        text << std::ifstream(path).rdbuf();
+        return text.str();
+    }
 
-    files::path folder, file;
+    fs::path folder, file;
 };
 
-constexpr auto const* line = "7 unit.cpp:3 f: said\n";
-
 TEST_F(TraceFile, IsMadeForItsOwnerAlone) {
+    std::string const line = "7 unit.cpp:3 f: said\n";
     mode_t const before = umask(0);
     log();
     umask(before);
     EXPECT_EQ(contentOf(file), line);
-    EXPECT_EQ(files::status(file).permissions(), files::perms(0600));
-    files::permissions(file, files::perms(0640));
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0600));
+    fs::permissions(file, fs::perms(0640));
     log();
-    EXPECT_EQ(contentOf(file), std::string(line) + line);
-    EXPECT_EQ(files::status(file).permissions(), files::perms(0640)) << "was there before";
+    EXPECT_EQ(contentOf(file), line + line);
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640)) << "was there before";
 }
 
 TEST_F(TraceFile, IsNoPipe) {
@@ -65,15 +63,14 @@ TEST_F(TraceFile, IsNoPipe) {
 }
 
 TEST_F(TraceFile, IsNoLink) {
-    auto const other = folder / "other";
-    std::ofstream(other) << "kept";
-    files::create_symlink(other, file);
-    log();
-    EXPECT_EQ(contentOf(other), "kept");
-    files::remove(file);
-    files::create_symlink(folder / "missing", file);
-    log();
-    EXPECT_FALSE(files::exists(folder / "missing"));
+    std::ofstream(folder / "other") << "kept";
+    for (char const* target : {"other", "missing"}) {
+        fs::create_symlink(folder / target, file);
+        log();
+        fs::remove(file);
+    }
+    EXPECT_EQ(contentOf(folder / "other"), "kept");
+    EXPECT_FALSE(fs::exists(folder / "missing"));
 }
 
 }  // namespace
