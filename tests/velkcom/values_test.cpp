@@ -1,112 +1,49 @@
 #include <algorithm>
+#include <functional>
 
 #include <gtest/gtest.h>
 
 #include "com/utf.h"
-#include "result_codes.h"
 #include "result_text.h"
+#include "scratch_folder.h"
+#include "support/data_table.h"
 #include "typed_value.h"
 
 namespace velk::velkcom::test {
 namespace {
 
-// Most values print as they are written, so one text shows both directions.
-TEST(Values, PrintAsTheyAreWritten) {
-    char const* const texts[] = {
-        "int:5",
-        "int:-2147483648",
-        "int64:9223372036854775807",
-        "short:-32768",
-        "byte:255",
-        "double:2.5",
-        "double:0.1",
-        "double:1e+300",
-        "single:0.1",
-        "currency:2.5",
-        "decimal:12345678901234567890",
-        "bool:true",
-        "bool:false",
-        "date:2024-02-29 13:45:10",
-        "date:1899-12-30 00:00:00",
-        "string:",
-        "string:int:5",
-        "string:null",
-        "string:\xC3\xA4\xF0\x9F\x98\x80",
-        "empty",
-        "null",
-        "nothing",
-    };
-    for (auto const* text : texts) EXPECT_EQ(resultText(readValue({text}).get()), text);
+using velk::test::DataRow;
+using velk::test::expectTable;
+
+/// What `read` gives, or the mistake that it tells of.
+std::string outcomeOf(std::function<std::string()> const& read) {
+    try {
+        return read();
+    } catch (UsageError const& error) {
+        return error.what();
+    }
 }
 
-TEST(Values, AreGuessedFromPlainWords) {
-    struct Case {
-        char const* written;
-        char const* read;
-    };
-    Case const cases[] = {
-        {"5", "int:5"},
-        {"-5", "int:-5"},
-        {"+5", "int:5"},
-        {"2147483648", "int64:2147483648"},
-        {"9223372036854775808", "double:9223372036854775808"},
-        {"2.5", "double:2.5"},
-        {"-.5", "double:-0.5"},
-        {"1e3", "double:1000"},
-        {"true", "bool:true"},
-        {"False", "string:False"},
-        {"", "string:"},
-        {"-", "string:-"},
-        {"inf", "string:inf"},
-        {"nan", "string:nan"},
-        {"1 2", "string:1 2"},
-        {"http://x", "string:http://x"},
-        {"C:\\x", "string:C:\\x"},
-        {"date:2024-02-29", "date:2024-02-29 00:00:00"},
-        {"date:2024-02-29T13:45", "date:2024-02-29 13:45:00"},
-        {"missing", "error:DISP_E_PARAMNOTFOUND (0x80020004)"},
-        {"error:0x80004005", "error:E_FAIL (0x80004005)"},
-    };
-    for (auto const& entry : cases) {
-        EXPECT_EQ(resultText(readValue({entry.written}).get()), entry.read) << entry.written;
-    }
+TEST(Values, AreReadAndPrinted) {
+    expectTable("velkcom/arguments.tsv", [](DataRow const& row) {
+        return outcomeOf([&] { return resultText(readValue({row["written"]}).get()); });
+    });
     EXPECT_EQ(resultText(readValue({"5", true}).get()), "string:5");
 }
 
-TEST(Values, RefuseWhatIsNotOfTheirType) {
-    char const* const texts[] = {
-        "int:",
-        "int:x",
-        "int:2147483648",
-        "int:1.5",
-        "int64:9223372036854775808",
-        "short:32768",
-        "byte:-1",
-        "byte:256",
-        "double:",
-        "double:x",
-        "double:inf",
-        "double:1e999",
-        "single:",
-        "currency:x",
-        "currency:1e30",
-        "decimal:",
-        "bool:yes",
-        "bool:TRUE",
-        "date:",
-        "date:today",
-        "date:2023-02-29",
-        "date:2024-13-01",
-        "date:2024-2-9",
-        "date:2024-02-29 24:00",
-        "date:2024-02-29 1:00",
-        "date:2024-02-29x",
-        "error:5",
-        "error:0x",
-        "error:0x123456789",
-    };
-    for (auto const* text : texts) EXPECT_THROW(readValue({text}), UsageError) << text;
-    EXPECT_THROW(readValue({"string:\xFF"}), UsageError);
+TEST(MemberPath, IsReadAsSteps) {
+    expectTable("velkcom/members.tsv", [](DataRow const& row) {
+        return outcomeOf([&] {
+            std::string text;
+            for (auto const& step : parseMemberPath(row["member"])) {
+                text += (text.empty() ? "" : " | ") + step.name;
+                for (auto const& argument : step.arguments)
+                    text +=
+                        argument.quoted ? " \"" + argument.text + "\"" : " <" + argument.text + ">";
+            }
+            return text;
+        });
+    });
 }
 
 TEST(Values, OfEveryTypeAreShownWhateverTheyPointTo) {
@@ -222,13 +159,15 @@ TEST(Values, ShowArraysAndReferences) {
     EXPECT_EQ(resultText(value), "array:none");
 }
 
-TEST(ResultCodes, HaveSymbolAndNumber) {
-    auto const unknown = static_cast<HRESULT>(0x8BADF00DU);
-    EXPECT_EQ(describeCode(DISP_E_UNKNOWNNAME), "DISP_E_UNKNOWNNAME (0x80020006)");
-    EXPECT_EQ(describeCode(HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND)),
-              "ERROR_MOD_NOT_FOUND (0x8007007E)");
-    EXPECT_EQ(describeCode(unknown), "0x8BADF00D");
-    EXPECT_EQ(meaningOfCode(unknown), "");
+TEST(Libraries, OfAModuleArePrintedByTheirNumbers) {
+    for (auto const& [number, name] : {std::pair("", "VelkComTestsLib"),
+                                       {"/1", "VelkComTestsLib"},
+                                       {"/2", "Shapes"},
+                                       {"\\2", "Shapes"}}) {
+        auto const printed = run({"typelib", VELKCOM_TWO_LIBRARIES + std::string(number)});
+        EXPECT_EQ(printed.code, 0) << number << printed.errors;
+        EXPECT_NE(printed.out.find(std::string("library ") + name), std::string::npos) << number;
+    }
 }
 
 }  // namespace
