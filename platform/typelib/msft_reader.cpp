@@ -110,6 +110,8 @@ class LibraryReader {
     }
 
     void readInterfaceSizes(TypeModel& model, ByteView record) {
+        // The size of a class is that of a pointer, whatever its alignment.
+        if (model.kind == TKIND_COCLASS) model.instanceSize = sizeof(void*);
         if (model.kind != TKIND_INTERFACE && model.kind != TKIND_DISPATCH) return;
         model.instanceSize = sizeof(void*);
         model.alignment = alignof(void*);
