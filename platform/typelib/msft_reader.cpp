@@ -47,8 +47,6 @@ class LibraryReader {
         if (presence & header::helpModulePresent) {
             model_.helpModule = tables_.string(file.u32(header::size));
         }
-        model_.nameCount = file.u32(header::nameCount);
-        model_.nameCharacters = file.u32(header::nameCharacters);
         model_.custom = tables_.customData(file.u32(header::customData));
         tables_.readImports();
         model_.dispatchReference = tables_.reference(file.u32(header::dispatch));
