@@ -1,6 +1,6 @@
 #include "module.h"
 
-#include "com/registrar.h"
+#include "com/registration/registrar.h"
 #include "interfaces.h"
 
 namespace {

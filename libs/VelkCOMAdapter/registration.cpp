@@ -5,7 +5,7 @@
 #include <qglobal.h>
 
 #include "com/error.h"
-#include "com/registry_change.h"
+#include "com/registration/registry_change.h"
 #include "exports.h"
 #include "process_objects.h"
 #include "qt_version.h"
