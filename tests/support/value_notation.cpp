@@ -1,11 +1,11 @@
-#include "value_notation.h"
+#include "support/value_notation.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <limits>
+#include <cstring>
 
 namespace velk::test {
 namespace {
@@ -224,8 +224,59 @@ void setContent(VARIANT& value, std::string_view text) {
     }
 }
 
-bool hasContent(VARTYPE type) {
-    return type != VT_EMPTY && type != VT_NULL;
+bool hasContent(VARIANT const& value) {
+    return value.vt != VT_EMPTY && value.vt != VT_NULL &&
+           (value.vt != VT_BSTR || value.bstrVal != nullptr);
+}
+
+std::string notationOfArray(SAFEARRAY& array, VARTYPE type) {
+    std::string bounds;
+    ULONG count = 1;
+    for (UINT dimension = 1; dimension <= SafeArrayGetDim(&array); ++dimension) {
+        LONG lower = 0;
+        LONG upper = 0;
+        SafeArrayGetLBound(&array, dimension, &lower);
+        SafeArrayGetUBound(&array, dimension, &upper);
+        bounds +=
+            (dimension == 1 ? "" : ", ") + std::to_string(lower) + ".." + std::to_string(upper);
+        count *= static_cast<ULONG>(upper - lower + 1);
+    }
+    std::string elements;
+    for (ULONG index = 0; index < count; ++index) {
+        auto* const place = static_cast<BYTE*>(array.pvData) + index * array.cbElements;
+        VARIANT element{};
+        if (type == VT_VARIANT) {
+            std::memcpy(&element, place, sizeof element);
+        } else if (type == VT_RECORD) {
+            SafeArrayGetRecordInfo(&array, &element.pRecInfo);
+            element.pvRecord = place;
+        } else {
+            std::memcpy(type == VT_DECIMAL ? &element : static_cast<void*>(&element.llVal), place,
+                        array.cbElements);
+        }
+        if (type != VT_VARIANT) element.vt = type;
+        elements += (index == 0 ? "" : ", ") + notationOf(element);
+        if (type == VT_RECORD) element.pRecInfo->Release();
+    }
+    return '[' + bounds + "]{" + elements + '}';
+}
+
+std::string notationOfRecord(IRecordInfo& info, void* record) {
+    Value name;
+    name->vt = VT_BSTR;
+    BSTR names[64] = {};
+    ULONG count = 64;
+    if (FAILED(info.GetName(&name->bstrVal)) || FAILED(info.GetFieldNames(&count, names)))
+        return "?";
+    std::string fields;
+    for (ULONG index = 0; index < count; ++index) {
+        Value content;
+        HRESULT const result = info.GetField(record, names[index], &content);
+        fields += (index == 0 ? "" : ", ") + narrow(names[index], SysStringLen(names[index])) +
+                  '=' + (result == S_OK ? content.notation() : resultName(result));
+        SysFreeString(names[index]);
+    }
+    return contentOf(*name) + '{' + fields + '}';
 }
 
 }  // namespace
@@ -240,20 +291,30 @@ VARTYPE typeCalled(std::string_view name) {
 Value::Value(std::string_view notation) {
     VariantInit(&content);
     std::size_t const colon = std::min(notation.find(':'), notation.size());
-    content.vt = typeCalled(notation.substr(0, colon));
-    if (!hasContent(content.vt)) return;
-    VARTYPE const type = content.vt;
-    setContent(content, notation.substr(std::min(colon + 1, notation.size())));
+    VARTYPE const type = typeCalled(notation.substr(0, colon));
+    content.vt = type;
+    if (colon != notation.size()) setContent(content, notation.substr(colon + 1));
+    // Last, because a decimal's first word lies where the type does.
     content.vt = type;
 }
 
 std::string Value::notation() const {
-    for (auto const& entry : typeNames) {
-        if (entry.type != content.vt) continue;
-        std::string const name(entry.name);
-        return hasContent(content.vt) ? name + ':' + contentOf(content) : name;
+    return notationOf(content);
+}
+
+std::string notationOf(VARIANT const& value) {
+    auto const type = static_cast<VARTYPE>(value.vt & ~VT_ARRAY);
+    if (value.vt != type) return value.parray ? notationOfArray(*value.parray, type) : "[null]";
+    if (type == VT_RECORD) {
+        return value.pRecInfo && value.pvRecord ? notationOfRecord(*value.pRecInfo, value.pvRecord)
+                                                : "RECORD:null";
     }
-    return "type " + std::to_string(content.vt);
+    for (auto const& entry : typeNames) {
+        if (entry.type != type) continue;
+        std::string const name(entry.name);
+        return hasContent(value) ? name + ':' + contentOf(value) : name;
+    }
+    return "type " + std::to_string(value.vt);
 }
 
 std::basic_string<OLECHAR> wide(std::string_view utf8) {
@@ -299,6 +360,10 @@ std::string resultName(HRESULT result) {
             return "mismatch";
         case DISP_E_BADVARTYPE:
             return "badtype";
+        case DISP_E_BADINDEX:
+            return "index";
+        case DISP_E_ARRAYISLOCKED:
+            return "locked";
         case E_INVALIDARG:
             return "invalid";
         default: {
@@ -307,13 +372,6 @@ std::string resultName(HRESULT result) {
             return std::string(text, std::to_chars(text, std::end(text), code, 16).ptr);
         }
     }
-}
-
-std::string changed(std::string_view source, std::string_view type, LCID lcid, USHORT flags) {
-    Value from(source);
-    Value to;
-    HRESULT const result = VariantChangeTypeEx(&to, &from, lcid, flags, typeCalled(type));
-    return result == S_OK ? to.notation() : resultName(result);
 }
 
 }  // namespace velk::test

@@ -4,7 +4,9 @@
 /// "BSTR:abc" (UTF-8), "BOOL:-1", "ERROR:80020004" (hexadecimal), "CY:1.5",
 /// "DECIMAL:-1.50" (as many decimal places as its scale), "DATE:2.25",
 /// "EMPTY", "NULL", "DISPATCH:null". "R8:inf", "R8:-inf" and "R8:nan" are what
-/// is no finite number.
+/// is no finite number, "BSTR" is a null text. Only written, never read:
+/// "DISPATCH:object", arrays with the elements in the order in which they stand,
+/// "[0..1]{I4:1, I4:2}", and records by their fields, "Spot{x=I4:1, y=R4:2}".
 #pragma once
 
 #include <string>
@@ -28,13 +30,15 @@ class Value {
     VARIANT& operator*() { return content; }
     VARIANT* operator->() { return &content; }
 
-    /// The value in the notation above, floating-point numbers with as many
-    /// digits as tell them from their neighbours.
     std::string notation() const;
 
   private:
     VARIANT content;
 };
+
+/// A value in the notation above, floating-point numbers with as many digits as
+/// tell them from their neighbours.
+std::string notationOf(VARIANT const& value);
 
 /// The code of a type by its name, such as "I4"; a name unknown ends the
 /// program.
@@ -44,12 +48,7 @@ VARTYPE typeCalled(std::string_view name);
 std::basic_string<OLECHAR> wide(std::string_view utf8);
 std::string narrow(OLECHAR const* text, std::size_t length);
 
-/// "OK", or the name of a result code that conversions give.
+/// "OK", the name of a result code that many functions give, or its digits.
 std::string resultName(HRESULT result);
-
-/// What VariantChangeTypeEx makes of a value: its notation, or the name of
-/// the code that it failed with.
-std::string changed(std::string_view source, std::string_view type, LCID lcid = 0x409,
-                    USHORT flags = 0);
 
 }  // namespace velk::test
