@@ -255,13 +255,6 @@ CommonCall const typeCalls[] = {
          ComPtr<ITypeLib> library;
          return LoadRegTypeLib(shapesId, 1, 2, 0x0407, library.put());
      }},
-    {"QueryPathOfRegTypeLib",
-     [] {
-         BSTR path = nullptr;
-         HRESULT const code = QueryPathOfRegTypeLib(shapesId, 1, 2, 0x0407, &path);
-         SysFreeString(path);
-         return code;
-     }},
     {"RegisterTypeLib",
      [] {
          return withLibrary([](ITypeLib& library) {
@@ -308,11 +301,6 @@ CommonCall const typeCalls[] = {
              0x3D1B5C02, 0x7A64, 0x4E0F, {0x9C, 0x53, 0x1F, 0x2A, 0x6B, 0x8E, 0x0D, 0x03}};
          ComPtr<IRecordInfo> record;
          return GetRecordInfoFromGuids(shapesId, 1, 2, 0x0407, point, record.put());
-     }},
-    {"CreateTypeLib2",
-     [] {
-         ComPtr<ICreateTypeLib2> library;
-         return CreateTypeLib2(SYS_WIN64, OLESTR("made.tlb"), library.put());
      }},
 };
 
