@@ -11,7 +11,7 @@
 #include <objbase.h>
 
 #include "code_names.h"
-#include "conformance/automation/value_notation.h"
+#include "support/value_notation.h"
 #include "shapes.h"
 #include "support/data_table.h"
 

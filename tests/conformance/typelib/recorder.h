@@ -5,7 +5,7 @@
 #include <sstream>
 #include <string>
 
-#include "conformance/automation/value_notation.h"
+#include "support/value_notation.h"
 #include "shapes.h"
 
 namespace velk::test {
