@@ -11,8 +11,6 @@
 WINOLEAUTAPI_(BSTR) SysAllocString(OLECHAR const* text);
 WINOLEAUTAPI_(BSTR) SysAllocStringLen(OLECHAR const* text, UINT length);
 WINOLEAUTAPI_(BSTR) SysAllocStringByteLen(LPCSTR bytes, UINT byteLength);
-WINOLEAUTAPI_(INT) SysReAllocString(BSTR* text, OLECHAR const* source);
-WINOLEAUTAPI_(INT) SysReAllocStringLen(BSTR* text, OLECHAR const* source, UINT length);
 WINOLEAUTAPI_(void) SysFreeString(BSTR text);
 WINOLEAUTAPI_(UINT) SysStringLen(BSTR text);
 WINOLEAUTAPI_(UINT) SysStringByteLen(BSTR text);
@@ -39,39 +37,15 @@ WINOLEAUTAPI VariantChangeTypeEx(VARIANTARG* destination, VARIANTARG const* sour
 WINOLEAUTAPI_(INT) SystemTimeToVariantTime(LPSYSTEMTIME time, DOUBLE* date);
 WINOLEAUTAPI_(INT) VariantTimeToSystemTime(DOUBLE date, LPSYSTEMTIME time);
 
-#define VAR_TIMEVALUEONLY 0x1
-#define VAR_DATEVALUEONLY 0x2
-
-// Conversions between one type and text; `flags` takes VARIANT_ flags, for
-// dates VAR_ ones.
-WINOLEAUTAPI VarI4FromStr(LPCOLESTR text, LCID lcid, ULONG flags, LONG* value);
-WINOLEAUTAPI VarR8FromStr(LPCOLESTR text, LCID lcid, ULONG flags, DOUBLE* value);
-WINOLEAUTAPI VarCyFromStr(LPCOLESTR text, LCID lcid, ULONG flags, CY* value);
-WINOLEAUTAPI VarDecFromStr(LPCOLESTR text, LCID lcid, ULONG flags, DECIMAL* value);
-WINOLEAUTAPI VarBoolFromStr(LPCOLESTR text, LCID lcid, ULONG flags, VARIANT_BOOL* value);
-WINOLEAUTAPI VarDateFromStr(LPCOLESTR text, LCID lcid, ULONG flags, DATE* value);
-WINOLEAUTAPI VarBstrFromI4(LONG value, LCID lcid, ULONG flags, BSTR* text);
-WINOLEAUTAPI VarBstrFromR8(DOUBLE value, LCID lcid, ULONG flags, BSTR* text);
-WINOLEAUTAPI VarBstrFromCy(CY value, LCID lcid, ULONG flags, BSTR* text);
-WINOLEAUTAPI VarBstrFromDec(DECIMAL* value, LCID lcid, ULONG flags, BSTR* text);
-WINOLEAUTAPI VarBstrFromBool(VARIANT_BOOL value, LCID lcid, ULONG flags, BSTR* text);
-WINOLEAUTAPI VarBstrFromDate(DATE value, LCID lcid, ULONG flags, BSTR* text);
-
 // Arrays.
-WINOLEAUTAPI SafeArrayAllocDescriptor(UINT dimensions, SAFEARRAY** array);
 WINOLEAUTAPI SafeArrayAllocDescriptorEx(VARTYPE type, UINT dimensions, SAFEARRAY** array);
-WINOLEAUTAPI SafeArrayAllocData(SAFEARRAY* array);
 WINOLEAUTAPI_(SAFEARRAY*) SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds);
 WINOLEAUTAPI_(SAFEARRAY*) SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG elements);
 WINOLEAUTAPI_(SAFEARRAY*)
 SafeArrayCreateEx(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds, PVOID extra);
-WINOLEAUTAPI_(SAFEARRAY*)
-SafeArrayCreateVectorEx(VARTYPE type, LONG lowerBound, ULONG elements, PVOID extra);
 WINOLEAUTAPI SafeArrayDestroy(SAFEARRAY* array);
 WINOLEAUTAPI SafeArrayDestroyData(SAFEARRAY* array);
-WINOLEAUTAPI SafeArrayDestroyDescriptor(SAFEARRAY* array);
 WINOLEAUTAPI SafeArrayCopy(SAFEARRAY* source, SAFEARRAY** copy);
-WINOLEAUTAPI SafeArrayCopyData(SAFEARRAY* source, SAFEARRAY* target);
 WINOLEAUTAPI SafeArrayRedim(SAFEARRAY* array, SAFEARRAYBOUND* bound);
 WINOLEAUTAPI SafeArrayLock(SAFEARRAY* array);
 WINOLEAUTAPI SafeArrayUnlock(SAFEARRAY* array);
@@ -87,7 +61,6 @@ WINOLEAUTAPI SafeArrayGetElement(SAFEARRAY* array, LONG* indices, void* value);
 WINOLEAUTAPI SafeArrayPutElement(SAFEARRAY* array, LONG* indices, void* value);
 WINOLEAUTAPI SafeArraySetRecordInfo(SAFEARRAY* array, IRecordInfo* record);
 WINOLEAUTAPI SafeArrayGetRecordInfo(SAFEARRAY* array, IRecordInfo** record);
-WINOLEAUTAPI SafeArraySetIID(SAFEARRAY* array, REFGUID id);
 WINOLEAUTAPI SafeArrayGetIID(SAFEARRAY* array, GUID* id);
 
 // Type libraries.

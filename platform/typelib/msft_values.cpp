@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/automation/variant_type.h"
 #include "platform/typelib/msft_tables.h"
 #include "platform/typelib/owners.h"
 
@@ -16,33 +17,10 @@ constexpr DWORD inlineValueMask = 0x03ffffff;
 
 // How many bytes a type takes in the value table; 0 where it cannot stand there.
 std::size_t storedSize(VARTYPE type) {
-    switch (type) {
-        case VT_I1:
-        case VT_UI1:
-            return 1;
-        case VT_I2:
-        case VT_UI2:
-        case VT_BOOL:
-            return 2;
-        case VT_I4:
-        case VT_UI4:
-        case VT_INT:
-        case VT_UINT:
-        case VT_R4:
-        case VT_ERROR:
-        case VT_HRESULT:
-        case VT_UNKNOWN:
-        case VT_DISPATCH:
-            return 4;
-        case VT_I8:
-        case VT_UI8:
-        case VT_R8:
-        case VT_CY:
-        case VT_DATE:
-            return 8;
-        default:
-            return 0;
-    }
+    if (type == VT_HRESULT || type == VT_UNKNOWN || type == VT_DISPATCH) return 4;
+    if (type == VT_BSTR || type == VT_INT_PTR || type == VT_UINT_PTR) return 0;
+    std::size_t const size = platform::sizeOfType(type);
+    return size <= sizeof(LONGLONG) ? size : 0;
 }
 
 bool holdsPointer(VARTYPE type) {
