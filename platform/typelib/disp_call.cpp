@@ -2,7 +2,7 @@
 
 #include <deque>
 
-#include "platform/typelib/native_structure.h"
+#include "platform/typelib/invoke/native_structure.h"
 #include "platform/typelib/record_info.h"
 
 namespace velk::typelib {

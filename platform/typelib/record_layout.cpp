@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/typelib/boundary.h"
+#include "platform/typelib/owners.h"
 
 namespace velk::typelib {
 namespace {
