@@ -1,4 +1,4 @@
-#include "name_table.h"
+#include "native_to_host/name_table.h"
 
 #include <gtest/gtest.h>
 

@@ -346,12 +346,14 @@ CommonCall const dataCalls[] = {
      }},
     {"IPropertySetStorage::Create",
      [] {
+         ComPtr<IStorage> root;
          ComPtr<IPropertySetStorage> sets;
          ComPtr<IPropertyStorage> set;
          constexpr DWORD mode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE;
-         HRESULT const code =
-             StgCreateStorageEx(documentPath.c_str(), mode, STGFMT_DOCFILE, 0, nullptr, nullptr,
-                                IID_IPropertySetStorage, sets.putVoid());
+         HRESULT code = StgCreateDocfile(documentPath.c_str(), mode, 0, root.put());
+         if (SUCCEEDED(code)) {
+             code = root->QueryInterface(IID_IPropertySetStorage, sets.putVoid());
+         }
          if (FAILED(code)) return code;
          return sets->Create(FMTID_SummaryInformation, nullptr, PROPSETFLAG_DEFAULT, mode,
                              set.put());
