@@ -101,26 +101,6 @@ WINOLEAUTAPI RegisterTypeLibForUser(ITypeLib* library, LPOLESTR path, LPOLESTR h
 WINOLEAUTAPI UnRegisterTypeLibForUser(REFGUID id, WORD major, WORD minor, LCID lcid,
                                       SYSKIND system);
 
-/// Calls a function whose types only the caller knows.
-///
-/// @param instance    an object with a vtable, which is the first argument; null
-///                    for a function of its own
-/// @param place       offset of the vtable's slot in bytes, or the function's
-///                    address where there is no instance
-/// @param convention  CC_STDCALL or CC_CDECL
-/// @param returnType  what the function returns; VT_EMPTY for nothing
-/// @param types       of the parameters, which the values have to hold: they are
-///                    passed as they are, with VT_BYREF by their pointer, records
-///                    and VARIANTs by value
-/// @param result      gets the returned value; null drops it
-/// @return            E_INVALIDARG for another convention, null pointers and a
-///                    slot without a function, DISP_E_BADVARTYPE for a type that
-///                    cannot be passed or returned, DISP_E_TYPEMISMATCH for a
-///                    record parameter whose value is none. What the function
-///                    itself answers is in `result` only.
-WINOLEAUTAPI DispCallFunc(void* instance, ULONG_PTR place, CALLCONV convention, VARTYPE returnType,
-                          UINT count, VARTYPE* types, VARIANTARG** arguments, VARIANT* result);
-
 // Records.
 
 /// Record information of a record that has an identifier, or of an alias of one.
@@ -129,10 +109,6 @@ WINOLEAUTAPI DispCallFunc(void* instance, ULONG_PTR place, CALLCONV convention, 
 ///         a record without an identifier; DISP_E_BADVARTYPE for a record with
 ///         a field that automation cannot hold
 WINOLEAUTAPI GetRecordInfoFromTypeInfo(ITypeInfo* type, IRecordInfo** record);
-/// The same for a record of a registered library, which is loaded as
-/// LoadRegTypeLib does.
-WINOLEAUTAPI GetRecordInfoFromGuids(REFGUID library, ULONG major, ULONG minor, LCID lcid,
-                                    REFGUID id, IRecordInfo** record);
 
 /// IDispatch over an object, by a type that describes its vtable.
 ///
