@@ -9,8 +9,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "com/registrar.h"
-#include "com/script_source.h"
+#include "com/registration/registrar.h"
+#include "com/registration/script.h"
 #include "memory_registry.h"
 
 namespace {
@@ -81,9 +81,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         require(registry.writes == 0);
         return 0;
     }
-    auto const once = registry.lines();
+    auto const once = registry.table();
     require(outcomeOf(install) == Outcome::done);
-    require(registry.lines() == once);
+    require(registry.table() == once);
     if (input.refuse) registry.allowed = input.allowed;
     require(outcomeOf(remove) == Outcome::done || input.refuse);
     require(outcomeOf(install) == Outcome::done || input.refuse);

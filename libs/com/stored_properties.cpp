@@ -44,7 +44,7 @@ Text localTimeText(FILETIME const& time) {
     return text;
 }
 
-ScriptValue readScriptValue(PROPVARIANT const& value) {
+ScriptForm readScriptForm(PROPVARIANT const& value) {
     switch (value.vt) {
         case VT_I2:
             return std::int32_t{static_cast<std::uint16_t>(value.iVal)};

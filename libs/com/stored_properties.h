@@ -30,13 +30,13 @@ struct ByteText {
 
 /// A property's value in the forms that scripts know; nothing for a value
 /// without such a form.
-using ScriptValue =
+using ScriptForm =
     std::variant<std::monostate, std::int32_t, double, bool, std::basic_string<OLECHAR>, ByteText>;
 
 /// The value as scripts see it. A 16-bit integer is read as unsigned, which is
 /// how code pages are meant; a boolean is true only as VARIANT_TRUE; a time
 /// becomes the text of localTimeText. Throws std::bad_alloc.
-ScriptValue readScriptValue(PROPVARIANT const& value);
+ScriptForm readScriptForm(PROPVARIANT const& value);
 
 /// The time in the current time zone as DD.MM.YYYY hh:mm:ss.zzz, for instance
 /// "05.03.2024 09:07:04.045": in UTC when it cannot be converted to the zone,

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "platform/typelib/record_array.h"
-#include "platform/typelib/vtable_call.h"
+#include "platform/typelib/invoke/vtable_call.h"
 
 namespace velk::typelib {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/typelib/native_structure.h"
+#include "platform/typelib/invoke/native_structure.h"
 #include "platform/typelib/owners.h"
 
 namespace velk::typelib {
@@ -36,7 +36,7 @@ struct FieldType {
 };
 
 /// Immutable once made. All places are addresses inside a record and need not
-/// be aligned. What can fail without a result code fails with a ResultError.
+/// be aligned. What can fail without a result code fails with a Failure.
 class RecordField {
   public:
     RecordField(std::u16string_view name, ULONG offset, FieldType type)

@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "platform/system/live_counts.h"
-#include "platform/typelib/names.h"
+#include "platform/typelib/model/names.h"
 
 namespace velk::typelib {
 namespace {

@@ -1,11 +1,6 @@
 #include "com/dispatch_impl.h"
 
-#include <thread>
-
-#include <gtest/gtest.h>
-
 #include "com/utf.h"
-#include "support/start_gate.h"
 #include "test_module.h"
 
 namespace velk::com::test {
@@ -70,12 +65,25 @@ class DispatchImplTest : public ModuleTest {
         ASSERT_EQ(LoadTypeLibEx(path.c_str(), REGKIND_NONE, library.put()), S_OK) << toUtf8(path);
         ASSERT_EQ(RegisterTypeLib(library.get(), path.data(), nullptr), S_OK);
     }
-    HRESULT idOf(std::basic_string<OLECHAR> name, DISPID& id) {
+    HRESULT idOf(std::basic_string<OLECHAR> name, DISPID& id, LCID locale = libraryLocale) {
         LPOLESTR names[] = {name.data()};
-        return object->GetIDsOfNames(IID_NULL, names, 1, libraryLocale, &id);
+        return object->GetIDsOfNames(IID_NULL, names, 1, locale, &id);
+    }
+    /// The arguments from the last to the first; null for no record of them.
+    HRESULT invoke(DISPID member, WORD flags, std::vector<VARIANT>* arguments) {
+        DISPID put = DISPID_PROPERTYPUT;
+        bool const puts = flags == DISPATCH_PROPERTYPUT;
+        DISPPARAMS parameters{};
+        if (arguments != nullptr)
+            parameters = {arguments->data(), puts ? &put : nullptr,
+                          static_cast<UINT>(arguments->size()), puts ? 1U : 0U};
+        return object->Invoke(member, IID_NULL, libraryLocale, flags,
+                              arguments != nullptr ? &parameters : nullptr,
+                              puts ? nullptr : result.put(), nullptr, nullptr);
     }
 
     ComPtr<IDispatch> object;
+    Variant result;
 };
 
 TEST_F(DispatchImplTest, ChecksWhatItIsGiven) {
@@ -91,94 +99,46 @@ TEST_F(DispatchImplTest, ChecksWhatItIsGiven) {
     EXPECT_EQ(object->GetIDsOfNames(IID_NULL, nullptr, 1, libraryLocale, &id), E_INVALIDARG);
 }
 
-TEST_F(DispatchImplTest, WorksOnceTheLibraryIsRegistered) {
+TEST_F(DispatchImplTest, WorksOnceTheLibraryIsRegisteredInAnyLocale) {
+    constexpr LCID french = 0x040C;
     DISPID id = 0;
     EXPECT_EQ(idOf(OLESTR("Add"), id), TYPE_E_LIBNOTREGISTERED);
-    DISPPARAMS none{};
-    EXPECT_EQ(object->Invoke(1, IID_NULL, libraryLocale, DISPATCH_METHOD, &none, nullptr, nullptr,
-                             nullptr),
-              TYPE_E_LIBNOTREGISTERED);
+    EXPECT_EQ(invoke(1, DISPATCH_METHOD, nullptr), TYPE_E_LIBNOTREGISTERED);
     registerLibrary();
-    EXPECT_EQ(idOf(OLESTR("add"), id), S_OK);
+    EXPECT_EQ(idOf(OLESTR("add"), id, french), S_OK);
     EXPECT_EQ(id, 1);
     EXPECT_EQ(idOf(OLESTR("Missing"), id), DISP_E_UNKNOWNNAME);
-
-    ComPtr<ITypeInfo> first;
-    ComPtr<ITypeInfo> second;
-    ASSERT_EQ(object->GetTypeInfo(0, libraryLocale, first.put()), S_OK);
-    ASSERT_EQ(object->GetTypeInfo(0, libraryLocale, second.put()), S_OK);
-    EXPECT_EQ(first, second) << "the type information is kept";
-}
-
-TEST_F(DispatchImplTest, WorksInTheLocaleOfAnyClient) {
-    registerLibrary();
-    constexpr LCID french = 0x040C;
-    OLECHAR name[] = OLESTR("Add");
-    LPOLESTR names[] = {name};
-    DISPID id = 0;
-    EXPECT_EQ(object->GetIDsOfNames(IID_NULL, names, 1, french, &id), S_OK);
 }
 
 TEST_F(DispatchImplTest, CallsTheMethodsOfTheInterface) {
     registerLibrary();
-    VARIANT arguments[2]{};
+    std::vector<VARIANT> arguments(2);
     arguments[0].vt = VT_I4;
     arguments[0].lVal = 40;
     arguments[1].vt = VT_I2;  // is converted
     arguments[1].iVal = 2;
-    DISPPARAMS two{arguments, nullptr, 2, 0};
-    Variant result;
-    EXPECT_EQ(object->Invoke(1, IID_NULL, libraryLocale, DISPATCH_METHOD, &two, result.address(),
-                             nullptr, nullptr),
-              S_OK);
+    EXPECT_EQ(invoke(1, DISPATCH_METHOD, &arguments), S_OK);
     EXPECT_EQ(result.get().vt, VT_I4);
     EXPECT_EQ(result.get().lVal, 42);
+    arguments.push_back(arguments[0]);
+    EXPECT_EQ(invoke(1, DISPATCH_METHOD, &arguments), DISP_E_BADPARAMCOUNT);
+    EXPECT_EQ(invoke(9, DISPATCH_METHOD, nullptr), DISP_E_MEMBERNOTFOUND);
+    EXPECT_TRUE(FAILED(invoke(3, DISPATCH_METHOD, nullptr)));
 
     Bstr const name = makeBstr(OLESTR("a name"));
-    VARIANT value{};
-    value.vt = VT_BSTR;
-    value.bstrVal = name.get();
-    DISPID put = DISPID_PROPERTYPUT;
-    DISPPARAMS one{&value, &put, 1, 1};
-    EXPECT_EQ(object->Invoke(2, IID_NULL, libraryLocale, DISPATCH_PROPERTYPUT, &one, nullptr,
-                             nullptr, nullptr),
-              S_OK);
+    arguments.resize(1);
+    arguments[0].vt = VT_BSTR;
+    arguments[0].bstrVal = name.get();
+    EXPECT_EQ(invoke(2, DISPATCH_PROPERTYPUT, &arguments), S_OK);
     // No record of arguments means no arguments.
-    EXPECT_EQ(object->Invoke(2, IID_NULL, libraryLocale, DISPATCH_PROPERTYGET, nullptr,
-                             result.put(), nullptr, nullptr),
-              S_OK);
+    EXPECT_EQ(invoke(2, DISPATCH_PROPERTYGET, nullptr), S_OK);
     EXPECT_EQ(viewBstr(result.get().bstrVal), OLESTR("a name"));
-
-    VARIANT many[3]{};
-    for (auto& argument : many) argument.vt = VT_I4;
-    DISPPARAMS three{many, nullptr, 3, 0};
-    EXPECT_EQ(object->Invoke(1, IID_NULL, libraryLocale, DISPATCH_METHOD, &three, nullptr, nullptr,
-                             nullptr),
-              DISP_E_BADPARAMCOUNT);
-    EXPECT_EQ(object->Invoke(9, IID_NULL, libraryLocale, DISPATCH_METHOD, nullptr, nullptr, nullptr,
-                             nullptr),
-              DISP_E_MEMBERNOTFOUND);
-    EXPECT_TRUE(FAILED(object->Invoke(3, IID_NULL, libraryLocale, DISPATCH_METHOD, nullptr, nullptr,
-                                      nullptr, nullptr)));
 }
 
 TEST_F(DispatchImplTest, RacingCallersGetOneTypeInformation) {
     registerLibrary();
-    constexpr int callers = 4;
-    std::vector<ComPtr<ITypeInfo>> found(callers);
-    velk::test::StartGate start(callers);
-    std::vector<std::thread> threads;
-    for (auto& place : found) {
-        threads.emplace_back([&] {
-            start.arriveAndWait();
-            object->GetTypeInfo(0, libraryLocale, place.put());
-        });
-    }
-    for (auto& thread : threads) thread.join();
-    ASSERT_TRUE(found[0]);
-    ComPtr<ITypeInfo> kept;
-    ASSERT_EQ(object->GetTypeInfo(0, libraryLocale, kept.put()), S_OK);
-    for (auto const& place : found) EXPECT_EQ(place, kept);
+    expectOneForAll<ITypeInfo>(
+        [&](ComPtr<ITypeInfo>& place) { object->GetTypeInfo(0, libraryLocale, place.put()); });
 }
 
 }  // namespace

@@ -1,12 +1,6 @@
 #include "com/module.h"
 
-#include <array>
-#include <memory>
-#include <thread>
-
 #include "com/encoded_pointer.h"
-#include "counting_unknown.h"
-#include "support/start_gate.h"
 #include "test_module.h"
 
 namespace velk::com::test {
@@ -14,41 +8,31 @@ namespace {
 
 TEST_F(ModuleTest, GivesClassObjectsOfItsMapOnly) {
     struct Case {
-        char const* name;
-        CLSID const* classId;
-        IID const* id;
+        CLSID const& classId;
+        IID const& id;
         HRESULT expected;
     };
-    Case const cases[] = {
-        {"creatable", &recordedClass, &IID_IClassFactory, S_OK},
-        {"as IUnknown", &recordedClass, &IID_IUnknown, S_OK},
-        {"wrong interface", &recordedClass, &IID_IDispatch, E_NOINTERFACE},
-        {"without class object", &hiddenClass, &IID_IClassFactory, CLASS_E_CLASSNOTAVAILABLE},
-        {"unknown", &libraryOfTests, &IID_IClassFactory, CLASS_E_CLASSNOTAVAILABLE},
-    };
-    for (auto const& entry : cases) {
+    for (auto const& [classId, id, expected] :
+         {Case{recordedClass, IID_IClassFactory, S_OK}, Case{recordedClass, IID_IUnknown, S_OK},
+          Case{recordedClass, IID_IDispatch, E_NOINTERFACE},
+          Case{hiddenClass, IID_IClassFactory, CLASS_E_CLASSNOTAVAILABLE},
+          Case{libraryOfTests, IID_IClassFactory, CLASS_E_CLASSNOTAVAILABLE}}) {
         void* out = &out;
-        EXPECT_EQ(module.getClassObject(*entry.classId, *entry.id, &out), entry.expected)
-            << entry.name;
-        EXPECT_EQ(out != nullptr, SUCCEEDED(entry.expected)) << entry.name;
+        EXPECT_EQ(module.getClassObject(classId, id, &out), expected);
+        EXPECT_EQ(out != nullptr, SUCCEEDED(expected));
         ComPtr<IUnknown>(static_cast<IUnknown*>(out), adopt).reset();
-        EXPECT_EQ(module.GetLockCount(), 0) << entry.name;
+        EXPECT_EQ(module.GetLockCount(), 0);
     }
     EXPECT_EQ(module.getClassObject(recordedClass, IID_IUnknown, nullptr), E_POINTER);
 }
 
 TEST_F(ModuleTest, TheCachedFactoryLocksOnlyWhileOthersHoldIt) {
     EXPECT_EQ(objects[1].cachedClassObject, 0U);
-    ComPtr<IClassFactory> factory;
-    ASSERT_EQ(module.getClassObject(recordedClass, IID_IClassFactory, factory.putVoid()), S_OK);
+    auto factory = classObject();
     EXPECT_NE(objects[1].cachedClassObject, reinterpret_cast<std::uintptr_t>(factory.get()));
     EXPECT_EQ(module.GetLockCount(), 1);
     EXPECT_EQ(module.canUnloadNow(), S_FALSE);
-    ComPtr<IClassFactory> again;
-    ASSERT_EQ(module.getClassObject(recordedClass, IID_IClassFactory, again.putVoid()), S_OK);
-    EXPECT_EQ(factory, again);
-    EXPECT_EQ(module.GetLockCount(), 1);
-    again.reset();
+    EXPECT_EQ(factory, classObject());
     EXPECT_EQ(module.GetLockCount(), 1);
     factory.reset();
     EXPECT_EQ(module.GetLockCount(), 0);
@@ -56,8 +40,7 @@ TEST_F(ModuleTest, TheCachedFactoryLocksOnlyWhileOthersHoldIt) {
 }
 
 TEST_F(ModuleTest, TheFactoryCreatesLocksAndRefuses) {
-    ComPtr<IClassFactory> factory;
-    ASSERT_EQ(module.getClassObject(recordedClass, IID_IClassFactory, factory.putVoid()), S_OK);
+    auto const factory = classObject<IClassFactory>(IID_IClassFactory);
     EXPECT_EQ(factory->LockServer(TRUE), S_OK);
     EXPECT_EQ(module.GetLockCount(), 2);
     EXPECT_EQ(factory->LockServer(FALSE), S_OK);
@@ -76,88 +59,56 @@ TEST_F(ModuleTest, TheFactoryCreatesLocksAndRefuses) {
     EXPECT_EQ(module.GetLockCount(), 1);
 }
 
-HRESULT refuseClassObject(InstanceMaker, REFIID, void** out) noexcept {
-    *out = nullptr;
-    return E_OUTOFMEMORY;
-}
-
 TEST_F(ModuleTest, AFailedClassObjectIsTriedAgain) {
-    objects[1].makeClassObject = refuseClassObject;
+    objects[1].makeClassObject = [](InstanceMaker, REFIID, void**) noexcept { return E_FAIL; };
     ComPtr<IUnknown> factory;
-    EXPECT_EQ(module.getClassObject(recordedClass, IID_IUnknown, factory.putVoid()), E_OUTOFMEMORY);
+    EXPECT_EQ(module.getClassObject(recordedClass, IID_IUnknown, factory.putVoid()), E_FAIL);
     objects[1].makeClassObject = makeCachedClassFactory;
-    EXPECT_EQ(module.getClassObject(recordedClass, IID_IUnknown, factory.putVoid()), S_OK);
+    EXPECT_TRUE(classObject());
 }
 
 TEST_F(ModuleTest, RacingCallersGetOneClassObject) {
-    constexpr int rounds = 50;
-    constexpr int callers = 4;
-    std::array<ComPtr<IUnknown>, callers> found;
-    for (int round = 0; round < rounds; ++round) {
-        {
-            ObjectMapEntry fresh[] = {
-                {&recordedClass, 0, makeCachedClassFactory, createWithOrWithoutOuter<Recorded>}};
-            ComModuleRecord raced(fresh);
-            velk::test::StartGate start(callers);
-            std::vector<std::thread> threads;
-            for (auto& place : found) {
-                threads.emplace_back([&] {
-                    start.arriveAndWait();
-                    raced.getClassObject(recordedClass, IID_IUnknown, place.putVoid());
-                });
-            }
-            for (auto& thread : threads) thread.join();
-            ASSERT_TRUE(found[0]);
-            for (auto const& place : found) EXPECT_EQ(place, found[0]);
-            EXPECT_EQ(module.GetLockCount(), 1);
-            for (auto& place : found) place.reset();
-            EXPECT_EQ(module.GetLockCount(), 0);
-        }
+    for (int round = 0; round < 50; ++round) {
+        ObjectMapEntry fresh[] = {
+            {&recordedClass, 0, makeCachedClassFactory, createWithOrWithoutOuter<Recorded>}};
+        ComModuleRecord raced(fresh);
+        expectOneForAll<IUnknown>([&](ComPtr<IUnknown>& place) {
+            raced.getClassObject(recordedClass, IID_IUnknown, place.putVoid());
+        });
+        EXPECT_EQ(module.GetLockCount(), 0);
     }
 }
 
 TEST_F(ModuleTest, CountsLocksOfManyThreads) {
-    constexpr int threadCount = 4;
-    constexpr int locks = 5000;
-    ComPtr<IClassFactory> factory;
-    ASSERT_EQ(module.getClassObject(recordedClass, IID_IClassFactory, factory.putVoid()), S_OK);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < threadCount; ++i) {
-        threads.emplace_back([&] {
-            for (int n = 0; n < locks; ++n) {
-                factory->LockServer(TRUE);
-                ComPtr<IClassFactory> const held = factory;
-                factory->LockServer(FALSE);
-            }
-        });
-    }
-    for (auto& thread : threads) thread.join();
+    auto const factory = classObject<IClassFactory>(IID_IClassFactory);
+    expectOneForAll<IClassFactory>([&](ComPtr<IClassFactory>& place) {
+        for (int n = 0; n < 5000; ++n) {
+            factory->LockServer(TRUE);
+            place = factory;
+            factory->LockServer(FALSE);
+        }
+    });
     EXPECT_EQ(module.GetLockCount(), 1);
 }
 
-class ModuleEnd : public testing::Test {
-  protected:
-    static void note(void* text) noexcept { plan.events.push_back(static_cast<char const*>(text)); }
-    static void hook(bool starting) noexcept { plan.events.push_back(starting ? "start" : "end"); }
-};
-
-TEST_F(ModuleEnd, RunsHooksThenTermFunctionsThenRefuses) {
-    plan = {};
-    static char first[] = "term 1";
-    static char second[] = "term 2";
+TEST(ModuleEnd, RunsHooksThenTermFunctionsThenRefuses) {
+    plan = events = {};
     ObjectMapEntry objects[] = {{&recordedClass, 0, makeCachedClassFactory,
-                                 createWithOrWithoutOuter<Recorded>, nullptr, hook}};
+                                 createWithOrWithoutOuter<Recorded>, nullptr,
+                                 [](bool starting) noexcept { note(starting ? "start" : "end"); }}};
     ComModuleRecord record(objects);
     EXPECT_EQ(currentModule(), nullptr);
     {
         TestModule module(record, libraryOfTests);
         EXPECT_EQ(currentModule(), &module);
-        EXPECT_EQ(module.addTermFunction(note, first), S_OK);
-        EXPECT_EQ(module.addTermFunction(note, second), S_OK);
+        for (char const* name : {"first", "second"}) {
+            auto const end = [](void* data) noexcept { note(static_cast<char*>(data)); };
+            EXPECT_EQ(module.addTermFunction(end, const_cast<char*>(name)), S_OK);
+        }
         ComPtr<IUnknown> factory;
         EXPECT_EQ(module.getClassObject(recordedClass, IID_IUnknown, factory.putVoid()), S_OK);
     }
-    EXPECT_EQ(plan.events, (Events{"start", "end", "term 2", "term 1"}));
+    EXPECT_EQ(events, "start end second first");
     EXPECT_EQ(currentModule(), nullptr);
     EXPECT_NE(objects[0].cachedClassObject, 0U) << "the record gives the factory back later";
     void* out = &out;
@@ -165,9 +116,8 @@ TEST_F(ModuleEnd, RunsHooksThenTermFunctionsThenRefuses) {
     EXPECT_EQ(out, nullptr);
 }
 
-TEST_F(ModuleEnd, TheRecordGivesItsClassObjectsBack) {
+TEST(ModuleEnd, TheRecordGivesItsClassObjectsBack) {
     static CountingUnknown classObject;
-    classObject.references = 0;
     auto const maker = [](InstanceMaker, REFIID id, void** out) noexcept {
         return classObject.QueryInterface(id, out);
     };
@@ -177,8 +127,6 @@ TEST_F(ModuleEnd, TheRecordGivesItsClassObjectsBack) {
         ComPtr<IUnknown> out;
         EXPECT_EQ(record.getClassObject(recordedClass, IID_IUnknown, out.putVoid()), S_OK);
         EXPECT_EQ(classObject.references, 2U);
-        out.reset();
-        EXPECT_EQ(classObject.references, 1U);
     }
     EXPECT_EQ(classObject.references, 0U);
 }
@@ -189,6 +137,26 @@ TEST(EncodedPointer, ComesBackAndDoesNotShowThePointer) {
     EXPECT_NE(encodePointer(&target), reinterpret_cast<std::uintptr_t>(&target));
     EXPECT_EQ(encodePointer(nullptr), 0U);
     EXPECT_EQ(decodePointer(0), nullptr);
+}
+
+TEST_F(ModuleTest, GivesTheTableOfGlobalInterfacesOfTheProcess) {
+    IGlobalInterfaceTable* early = reinterpret_cast<IGlobalInterfaceTable*>(0x20);
+    EXPECT_EQ(module.GetGITPtr(&early), CO_E_NOTINITIALIZED);
+    EXPECT_EQ(early, nullptr);
+    EXPECT_EQ(module.GetGITPtr(nullptr), E_POINTER);
+    // The failure is not remembered.
+    ASSERT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
+    expectOneForAll<IGlobalInterfaceTable>(
+        [&](ComPtr<IGlobalInterfaceTable>& place) { module.GetGITPtr(place.put()); });
+    ComPtr<IGlobalInterfaceTable> table, created;
+    ASSERT_EQ(module.GetGITPtr(table.put()), S_OK);
+    ASSERT_EQ(CoCreateInstance(CLSID_StdGlobalInterfaceTable, nullptr, CLSCTX_INPROC_SERVER,
+                               IID_IGlobalInterfaceTable, created.putVoid()),
+              S_OK);
+    EXPECT_EQ(table, created);
+    table.reset();
+    created.reset();
+    CoUninitialize();
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "com/registry_change.h"
+#include "com/registration/registry_change.h"
 #include "support/installed_module.h"
 #include "support/registry_dump.h"
 

@@ -50,7 +50,7 @@ mzComVariantC propVariantToHost(PROPVARIANT const& value) {
                 return mzComVariantC(content);
             }
         },
-        com::readScriptValue(value));
+        com::readScriptForm(value));
 }
 
 bool hostToPropVariant(mzComVariantC const& value, com::PropVariant& result) {

@@ -120,7 +120,7 @@ void appendProperty(std::string& out, ListedSet const& set, com::StoredProperty 
     out += ", \"type\": ";
     appendQuoted(out, typeName(property.type));
     out += ", \"value\": ";
-    std::visit(JsonValue{out, property.value.get()}, com::readScriptValue(property.value.get()));
+    std::visit(JsonValue{out, property.value.get()}, com::readScriptForm(property.value.get()));
     out += "}";
 }
 

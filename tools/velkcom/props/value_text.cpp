@@ -203,7 +203,7 @@ std::optional<VARTYPE> typeFromName(std::string const& name) {
 }
 
 std::string valueText(PROPVARIANT const& value) {
-    return std::visit(TextOfScriptValue{value}, com::readScriptValue(value));
+    return std::visit(TextOfScriptValue{value}, com::readScriptForm(value));
 }
 
 }  // namespace velk::velkcom
