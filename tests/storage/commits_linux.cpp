@@ -133,9 +133,8 @@ TEST(Commits, StoragesWithoutEndAreDestroyedToo) {
     constexpr std::size_t depth = 200'000;
     CraftedFile file(4096);
     for (std::size_t i = 0; i < depth; ++i) file.add(u"s", {}, CraftedFile::storage, i);
-    file.build();
     FilePlace const place;
-    place.put(file.bytes());
+    place.put(file.build());
     {
         auto const root = place.open();
         EXPECT_EQ(root->DestroyElement(OLESTR("s")), S_OK);

@@ -1,12 +1,20 @@
 #include "storage/crafted_file.h"
 
 #include <algorithm>
+#include <map>
 #include <numeric>
+#include <sstream>
+#include <stdexcept>
+
+#include "com/utf.h"
 
 namespace velk::test {
 namespace {
 
 constexpr std::size_t entrySize = 128, smallSize = 64, smallestBig = 4096, headerLists = 109;
+// Where an entry has what.
+constexpr std::size_t typeAt = 66, leftAt = 68, rightAt = 72, childAt = 76, firstAt = 116,
+                      sizeAt = 120;
 constexpr CraftedFile::Sector tableSector = 0xFFFFFFFD, listSector = 0xFFFFFFFC;
 
 void put(std::string& bytes, std::size_t at, std::uint64_t value, std::size_t size) {
@@ -25,15 +33,9 @@ void CraftedFile::set(std::size_t at, std::uint64_t value, std::size_t size) {
     put(bytes_, at, value, size);
 }
 
-std::size_t CraftedFile::add(std::u16string const& name, std::string const& bytes, unsigned type,
-                             std::size_t parent) {
-    elements_.push_back({name, bytes, type, parent});
-    return elements_.size() - 1;
-}
-
-std::size_t CraftedFile::find(std::u16string const& name) const {
-    auto const found = std::ranges::find(elements_, name, &Element::name);
-    return static_cast<std::size_t>(found - elements_.begin());
+std::size_t CraftedFile::find(std::string const& name) const {
+    auto const found = std::ranges::find(elements_, elementName(name), &Element::name);
+    return name == "root" ? 0 : static_cast<std::size_t>(found - elements_.begin());
 }
 
 std::size_t CraftedFile::lastStorage(std::u16string const& name) const {
@@ -74,9 +76,9 @@ void CraftedFile::placeSmall() {
     elements_[0].first = place(container);
     elements_[0].last = static_cast<Sector>(next_.size() - 1);
     smallNext_.resize((smallNext_.size() + each_ / 4 - 1) / (each_ / 4) * (each_ / 4), freeSector);
-    smallTableAt_ = place(numbers(smallNext_));
-    setHeader(60, smallTableAt_);
-    setHeader(64, static_cast<Sector>(smallNext_.size() * 4 / each_));
+    small_ = place(numbers(smallNext_));
+    set(60, small_);
+    set(64, static_cast<Sector>(smallNext_.size() * 4 / each_));
 }
 
 std::string CraftedFile::entries() const {
@@ -139,18 +141,18 @@ void CraftedFile::placeTables() {
         list_ = place(numbers(inLists));
         std::fill_n(next_.begin() + list_, lists, listSector);
     }
-    tableAt_ = static_cast<Sector>(next_.size());
+    table_ = static_cast<Sector>(next_.size());
     auto table = next_;
     table.resize(next_.size() + tables_, tableSector);
     table.resize(tables_ * perTable, freeSector);
     place(numbers(table));
-    setHeader(44, static_cast<Sector>(tables_));
-    setHeader(68, list_);
-    setHeader(72, static_cast<Sector>(lists));
+    set(44, static_cast<Sector>(tables_));
+    set(68, list_);
+    set(72, static_cast<Sector>(lists));
     bytes_.replace(76, headerLists * 4, numbers(inHeader));
 }
 
-void CraftedFile::build() {
+std::string CraftedFile::build(std::string const& damage) {
     bool const isLarge = each_ != 512;
     bytes_.assign(each_, 0);
     bytes_.replace(0, 8, "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1");
@@ -160,7 +162,7 @@ void CraftedFile::build() {
     set(30, isLarge ? 12 : 9, 2);
     set(32, 6, 2);
     set(56, smallestBig);
-    setHeader(60, endOfChain);
+    set(60, endOfChain);
     for (Element& element : elements_) {
         if (element.bytes.size() < smallestBig) continue;
         element.first = place(element.bytes);
@@ -168,13 +170,84 @@ void CraftedFile::build() {
     }
     placeSmall();
     directory_ = place(entries());
-    setHeader(48, directory_);
-    if (isLarge) setHeader(40, static_cast<Sector>(next_.size() - directory_));
+    set(48, directory_);
+    if (isLarge) set(40, static_cast<Sector>(next_.size() - directory_));
     // Free ones, in which there are bytes.
     std::size_t const used = next_.size();
     place(std::string(2 * each_, 'f'));
     std::fill(next_.begin() + static_cast<std::ptrdiff_t>(used), next_.end(), freeSector);
     placeTables();
+    for (auto const& statement : partsOf(damage, ';')) apply(statement);
+    return bytes_;
+}
+
+CraftedFile::Sector CraftedFile::placeOf(std::string const& words) const {
+    std::size_t const space = std::min(words.find(' '), words.size());
+    auto const what = words.substr(0, space);
+    if (space < words.size()) {
+        std::size_t const number = find(words.substr(space + 1));
+        Element const& element = elements_.at(number);
+        return what == "first"  ? element.first
+               : what == "last" ? element.last
+                                : static_cast<Sector>(number);
+    }
+    std::map<std::string, Sector> const places{{"directory", directory_},
+                                               {"table", table_},
+                                               {"list", list_},
+                                               {"small", small_},
+                                               {"free", freeSector}};
+    std::size_t const sign = what.find_first_of("+-");
+    auto const place = places.find(what.substr(0, sign));
+    if (place == places.end()) return static_cast<Sector>(std::stoul(what));
+    return place->second +
+           static_cast<Sector>(sign == what.npos ? 0 : std::stoi(what.substr(sign)));
+}
+
+void CraftedFile::apply(std::string const& statement) {
+    std::map<std::string, std::size_t> const fields{{"type", typeAt},   {"left", leftAt},
+                                                    {"right", rightAt}, {"child", childAt},
+                                                    {"first", firstAt}, {"size", sizeAt}};
+    std::size_t const equals = statement.find('=');
+    auto const target = statement.substr(0, equals), value = statement.substr(equals + 1);
+    auto const begins = [&](std::string const& word) { return target.starts_with(word); };
+    auto const setNext = [&](Sector table, std::size_t word) {
+        set((std::size_t{table} + 1) * each_ + std::size_t{4} * placeOf(target.substr(word)),
+            placeOf(value));
+    };
+    if (begins("entry ")) {
+        std::size_t const colon = target.find(':'), field = fields.at(target.substr(colon + 1));
+        set((std::size_t{directory_} + 1) * each_ + find(target.substr(6, colon - 6)) * entrySize +
+                field,
+            placeOf(value), field == typeAt ? 1 : 4);
+    } else if (begins("next ")) {
+        setNext(table_, 5);
+    } else if (begins("small next ")) {
+        setNext(small_, 11);
+    } else if (begins("header ")) {
+        set(std::stoul(target.substr(7)), placeOf(value));
+    } else if (target == "cut") {
+        bytes_.resize(bytes_.size() - std::stoul(value));
+    } else if (target == "more") {
+        bytes_ += value;
+    } else {
+        throw std::runtime_error("no such damage: " + statement);
+    }
+}
+
+std::vector<std::string> partsOf(std::string const& text, char separator) {
+    std::vector<std::string> parts;
+    std::istringstream all(text);
+    for (std::string part; std::getline(all >> std::ws, part, separator);) {
+        part.resize(part.find_last_not_of(' ') + 1);
+        parts.push_back(part);
+    }
+    return parts;
+}
+
+std::u16string elementName(std::string const& notation) {
+    if (notation == "S") return u"\5SummaryInformation";
+    if (notation == "D") return u"\5DocumentSummaryInformation";
+    return *com::fromUtf8(notation);
 }
 
 }  // namespace velk::test
