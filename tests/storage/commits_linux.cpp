@@ -130,7 +130,7 @@ TEST(Commits, OfLargeFilesCostWhatTheChangeCosts) {
 
 /// A file that no client would make: each storage in the one before.
 TEST(Commits, StoragesWithoutEndAreDestroyedToo) {
-    constexpr std::size_t depth = 200'000;
+    constexpr std::size_t depth = 100'000;
     CraftedFile file(4096);
     for (std::size_t i = 0; i < depth; ++i) file.add(u"s", {}, CraftedFile::storage, i);
     FilePlace const place;

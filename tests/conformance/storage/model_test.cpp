@@ -94,6 +94,7 @@ class Session {
         if (node == nullptr) return;
         ULARGE_INTEGER size;
         size.QuadPart = sizeOf(operation.size);
+        if (size.QuadPart == 0 && isTransacted_ && hasDifference("stream-emptied")) return;
         std::size_t const former = std::min(node->bytes.size(), sizeOf(operation.size));
         expectSuccess(handle->stream->SetSize(size), "resize");
         node->bytes.resize(sizeOf(operation.size));
@@ -183,7 +184,6 @@ class Session {
     void commit(Operation const&) {
         expectSuccess(root_.storage->Commit(STGC_DEFAULT), "commit");
         committed_ = model_;
-        if (hasDifference("commit-twice")) root_.inner.clear();
     }
 
     void revert(Operation const&) {

@@ -68,15 +68,15 @@ class Session {
 
     void create(Operation const& operation) {
         std::size_t const number = setOf(operation);
-        bool const replaces = operation.what % 2 == 0, isThere = kept_.contains(number);
+        bool const replaces = operation.what % 2 == 0 || hasDifference("storage-modes");
+        bool const isThere = kept_.contains(number);
         DWORD flags = operation.size % 2 == 0 ? PROPSETFLAG_DEFAULT : PROPSETFLAG_ANSI;
         if (operation.size % 3 == 0 && !hasDifference("property-names-case")) {
             flags |= PROPSETFLAG_CASE_SENSITIVE;
         }
         if (isHeld(number) && hasDifference("open-set-replaced")) return;
         PropertySet set;
-        // Others make no set without the flag.
-        DWORD const mode = change | (replaces || !isThere ? STGM_CREATE : 0);
+        DWORD const mode = change | (replaces ? STGM_CREATE : 0);
         HRESULT const expected = isHeld(number)         ? STG_E_ACCESSDENIED
                                  : isThere && !replaces ? STG_E_FILEALREADYEXISTS
                                                         : S_OK;
