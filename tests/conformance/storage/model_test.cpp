@@ -76,8 +76,9 @@ class Session {
         auto const [node, handle] = streamOf(operation);
         if (node == nullptr) return;
         auto const made = pattern(sizeOf(operation.size) % 21000, operation.size);
-        // Some begin behind the end: what is between is zero.
+        // Some begin where a sector does, some behind the end: what is between is zero.
         std::size_t at = operation.size * 7 % (node->bytes.size() + 200);
+        if (operation.kind / 32 % 2 == 0) at -= at % 512;
         if (hasDifference("stream-gap")) at = std::min(at, node->bytes.size());
         seekTo(*node, *handle, at, operation.kind / 64);
         ULONG done = 0;

@@ -227,13 +227,12 @@ class Session {
     }
 
     /// A type that the set keeps on this system.
-    static VARTYPE typeOf(unsigned number, SetModel const& model) {
+    static VARTYPE typeOf(unsigned number) {
         for (std::size_t i = number;; ++i) {
             auto const& [type, size, letters] = valueKinds()[i % valueKinds().size()];
             std::string const ways = letters;
             if (hasDifference("property-types")) {
-                bool const isNarrow = type == VT_LPSTR && (model.flags & PROPSETFLAG_ANSI) != 0;
-                if (isNarrow || ways.find('w') != ways.npos) return type;
+                if (ways.find('w') != ways.npos) return type;
                 continue;
             }
             char const way = ways[number / 32 % ways.size()];
@@ -246,7 +245,7 @@ class Session {
     /// cannot be written: then neither is. Gives its text.
     std::string write(OpenSet& open, PROPSPEC const& specifier, Operation const& operation) {
         PropVariant value;
-        makeValue(typeOf(operation.size, open.model), operation.size, *value.address());
+        makeValue(typeOf(operation.size), operation.size, *value.address());
         PROPSPEC const both[] = {specifier, byId(PID_CODEPAGE)};
         PROPVARIANT const values[] = {value.get(), number(7)};
         if (operation.size % 8 == 0 && !hasDifference("property-types")) {
