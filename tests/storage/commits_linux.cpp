@@ -8,7 +8,6 @@
 
 #include "storage/compound_reader.h"
 #include "storage/crafted_documents.h"
-#include "storage/crafted_file.h"
 #include "storage/document_steps.h"
 #include "storage/failing_disk.h"
 #include "storage/harm.h"
@@ -135,11 +134,8 @@ TEST(Commits, OfLargeFilesCostWhatTheChangeCosts) {
 
 /// A file that no client would make: each storage in the one before.
 TEST(Commits, StoragesWithoutEndAreDestroyedToo) {
-    constexpr std::size_t depth = 100'000;
-    CraftedFile file(4096);
-    for (std::size_t i = 0; i < depth; ++i) file.add(u"s", {}, CraftedFile::storage, i);
     FilePlace const place;
-    place.put(file.build());
+    place.put(craftedFile("nested"));
     {
         auto const root = place.open();
         EXPECT_EQ(root->DestroyElement(OLESTR("s")), S_OK);
