@@ -1,7 +1,6 @@
 /// What the objects of structured storage have in common.
 #pragma once
 
-#include <algorithm>
 #include <atomic>
 #include <vector>
 
@@ -72,24 +71,10 @@ class StatusEnumerator final : public SharedObject<Interface, id> {
         if (done != nullptr) *done = made;
         return made == count ? S_OK : S_FALSE;
     }
-    HRESULT STDMETHODCALLTYPE Skip(ULONG count) noexcept override {
-        auto const skipped = std::min<std::size_t>(count, all_.size() - at_);
-        at_ += skipped;
-        return skipped == count ? S_OK : S_FALSE;
-    }
-    HRESULT STDMETHODCALLTYPE Reset() noexcept override {
-        at_ = 0;
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE Clone(Interface** clone) noexcept override {
-        if (clone == nullptr) return STG_E_INVALIDPOINTER;
-        *clone = nullptr;
-        return answer([&] {
-            auto* const copy = new StatusEnumerator(all_);
-            copy->at_ = at_;
-            *clone = copy;
-        });
-    }
+    /// Nobody goes another way than from the first to the last: E_NOTIMPL.
+    HRESULT STDMETHODCALLTYPE Skip(ULONG) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Reset() noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Clone(Interface**) noexcept override { return E_NOTIMPL; }
 
   private:
     std::vector<Status> const all_;

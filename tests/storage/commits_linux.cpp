@@ -1,9 +1,13 @@
 #include <algorithm>
+#include <csignal>
+#include <cstdlib>
 #include <random>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "storage/compound_reader.h"
 #include "storage/crafted_documents.h"
-#include "storage/crafted_file.h"
 #include "storage/document_steps.h"
 #include "storage/failing_disk.h"
 #include "storage/harm.h"
@@ -130,17 +134,49 @@ TEST(Commits, OfLargeFilesCostWhatTheChangeCosts) {
 
 /// A file that no client would make: each storage in the one before.
 TEST(Commits, StoragesWithoutEndAreDestroyedToo) {
-    constexpr std::size_t depth = 200'000;
-    CraftedFile file(4096);
-    for (std::size_t i = 0; i < depth; ++i) file.add(u"s", {}, CraftedFile::storage, i);
-    file.build();
     FilePlace const place;
-    place.put(file.bytes());
+    place.put(craftedFile("nested"));
     {
         auto const root = place.open();
         EXPECT_EQ(root->DestroyElement(OLESTR("s")), S_OK);
     }
     EXPECT_EQ(elementsOf(place.bytes()).size(), 1U) << "more than the root is left";
+}
+
+/// How often the writer is killed: VELK_KILLS, or 100 times.
+int kills() {
+    char const* const wanted = std::getenv("VELK_KILLS");
+    return wanted == nullptr ? 100 : std::atoi(wanted);
+}
+
+TEST(Commits, CountWhollyOrNotAtAllWhenTheWriterIsKilled) {
+    constexpr unsigned states = 200;
+    FilePlace const place;
+    place.create();
+    writeStream(place, OLESTR("s"), pattern(30000, 0));
+    int const rounds = kills();
+    ASSERT_GT(rounds, 0);
+    for (int round = 0; round < rounds; ++round) {
+        pid_t const writer = fork();
+        ASSERT_GE(writer, 0);
+        for (unsigned seed = 1; writer == 0; ++seed) {
+            auto const root = place.open(modeOf("change deny-write swmr"));
+            write(*openStream(*root.get(), OLESTR("s"), change).get(),
+                  pattern(30000, seed % states));
+            EXPECT_EQ(root->Commit(STGC_DEFAULT), S_OK);
+        }
+        usleep(static_cast<useconds_t>(200 + 97 * (round % 100)));
+        kill(writer, SIGKILL);
+        int outcome = 0;
+        ASSERT_EQ(waitpid(writer, &outcome, 0), writer);
+        ASSERT_TRUE(WIFSIGNALED(outcome)) << "the writer ended by itself";
+        auto const root = place.open(look);
+        auto const found = content(*openStream(*root.get(), OLESTR("s")).get());
+        ASSERT_TRUE(elementsOf(place.bytes()).find(u"/s")->second.bytes == found) << round;
+        unsigned seed = 0;
+        while (seed < states && found != pattern(30000, seed)) ++seed;
+        ASSERT_LT(seed, states) << "half a change, round " << round;
+    }
 }
 
 }  // namespace

@@ -25,8 +25,11 @@ inline void PrintTo(Document const& document, std::ostream* out) {
     *out << document.name;
 }
 
-/// Put together byte by byte, with sectors of 512 and of 4096 bytes, as the
-/// rows of tests/data/storage/documents.tsv say.
+/// A file that make_documents.py has put together.
+std::string craftedFile(std::string const& name);
+
+/// Its documents, with sectors of 512 and of 4096 bytes, as the rows of
+/// tests/data/storage/documents.tsv say.
 std::vector<Document> craftedDocuments();
 
 }  // namespace velk::test

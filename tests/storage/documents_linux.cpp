@@ -115,7 +115,7 @@ void Documents::takeStep(Step const& step, Way way, std::string const& original)
     } else {
         EXPECT_EQ(harmBy(step, stream_, before, after), "");
         EXPECT_EQ(lostProperties(step, original, after), "");
-        if (step.measure != nullptr) {
+        if (step.set != nullptr) {
             auto const root = place_.open();
             ASSERT_TRUE(root);
             EXPECT_EQ(step.measure(*root.get()), step.expected);

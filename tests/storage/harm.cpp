@@ -4,21 +4,10 @@
 #include <map>
 #include <vector>
 
+#include "com/utf.h"
+
 namespace velk::test {
 namespace {
-
-std::string narrow(std::u16string const& text) {
-    std::string made;
-    for (char16_t const unit : text) {
-        made += unit >= 0x20 && unit < 0x7F ? static_cast<char>(unit) : '?';
-    }
-    return made;
-}
-
-std::u16string upper(std::u16string text) {
-    for (auto& unit : text) unit -= unit >= u'a' && unit <= u'z' ? 32 : 0;
-    return text;
-}
 
 /// What the file did not have before may be zeros.
 bool isKept(Element const& former, Element const& now) {
@@ -94,9 +83,9 @@ std::map<PropertyPlace, std::string> propertiesIn(std::string const& stream) {
 }  // namespace
 
 bool isSharedName(Elements const& elements, std::u16string const& path) {
-    auto const name = upper(path);
-    return std::ranges::count_if(elements,
-                                 [&](auto const& each) { return upper(each.first) == name; }) > 1;
+    auto const name = upperName(path);
+    return std::ranges::count_if(
+               elements, [&](auto const& each) { return upperName(each.first) == name; }) > 1;
 }
 
 Text biggestStream(Elements const& elements) {
@@ -125,13 +114,13 @@ std::string harmBy(Step const& step, Text const& stream, std::string const& befo
             return isKept(each.second, candidate.second);
         });
         if (kept == last) {
-            harm += "lost or changed: " + narrow(path) + "\n";
+            harm += "lost or changed: " + com::toUtf8(path) + "\n";
             continue;
         }
-        if (element.isFound && !kept->second.isFound) harm += "hidden: " + narrow(path) + "\n";
+        if (element.isFound && !kept->second.isFound) harm += "hidden: " + com::toUtf8(path) + "\n";
         present.erase(kept);
     }
-    for (auto const& [path, element] : present) harm += "new: " + narrow(path) + "\n";
+    for (auto const& [path, element] : present) harm += "new: " + com::toUtf8(path) + "\n";
     return harm;
 }
 

@@ -27,12 +27,13 @@ MiniStore& CompoundFile::small() {
     return *small_;
 }
 
-void CompoundFile::create(FileAccess& file, std::size_t sectorSize) {
+void CompoundFile::create(FileAccess& file) {
+    constexpr std::size_t sectorSize = 512;
     // The header, one sector of the table and one of the directory.
     std::vector<std::byte> bytes(3 * sectorSize);
     MutableBytes const table = MutableBytes(bytes).subspan(sectorSize, sectorSize);
     MutableBytes const entries = MutableBytes(bytes).subspan(2 * sectorSize);
-    Header header = Header::ofNewFile(sectorSize);
+    Header header = Header::ofNewFile();
     header.setFatSectors(1);
     header.setDifat(0, 0);
     header.setDirectory(1, 1);

@@ -33,8 +33,8 @@ class CompoundFile {
     CompoundFile& operator=(CompoundFile const&) = delete;
     ~CompoundFile() { close(); }
 
-    /// Writes an empty compound file. `sectorSize` is 512 or 4096 bytes.
-    static void create(FileAccess& file, std::size_t sectorSize);
+    /// Writes an empty compound file, with sectors of 512 bytes.
+    static void create(FileAccess& file);
 
     std::recursive_mutex& lock() noexcept { return lock_; }
     bool isWritable() const noexcept { return isWritable_; }
@@ -42,7 +42,6 @@ class CompoundFile {
     bool isOpen() const noexcept { return file_ != nullptr; }
     /// STG_E_REVERTED after a revert() that failed.
     Directory& directory();
-    std::size_t sectorSize() const noexcept { return store_.sectorSize(); }
 
     std::uint64_t streamSize(EntryId stream) { return content(stream).size(); }
     /// Reads up to the end of the stream; gives the number of bytes.

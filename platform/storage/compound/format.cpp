@@ -17,13 +17,6 @@ constexpr std::size_t nameLengthAt = 64, typeAt = 66, colourAt = 67, leftAt = 68
                       childAt = 76, classAt = 80, stateAt = 96, createdAt = 100, modifiedAt = 108,
                       firstAt = 116, sizeAt = 120;
 
-template <typename Number>
-std::uint16_t shiftOf(Number size) {
-    std::uint16_t shift = 0;
-    while ((Number{1} << shift) < size) ++shift;
-    return shift;
-}
-
 EntryType typeOf(std::byte value) {
     switch (std::to_integer<int>(value)) {
         case 1:
@@ -60,14 +53,14 @@ void writeName(std::u16string const& name, bool isUsed, MutableBytes bytes) {
 
 }  // namespace
 
-Header Header::ofNewFile(std::size_t sectorSize) {
+Header Header::ofNewFile() {
     Header header;
     std::memcpy(header.bytes_.data(), signature.data(), signature.size());
     writeNumber<std::uint16_t>(header.bytes_, 24, 0x3E);
-    writeNumber<std::uint16_t>(header.bytes_, 26, sectorSize == 4096 ? 4 : 3);
+    writeNumber<std::uint16_t>(header.bytes_, 26, 3);
     writeNumber<std::uint16_t>(header.bytes_, 28, byteOrder);
-    writeNumber<std::uint16_t>(header.bytes_, 30, shiftOf(sectorSize));
-    writeNumber<std::uint16_t>(header.bytes_, 32, shiftOf(miniSectorSize));
+    writeNumber<std::uint16_t>(header.bytes_, 30, 9);
+    writeNumber<std::uint16_t>(header.bytes_, 32, 6);
     writeNumber<std::uint32_t>(header.bytes_, 56, static_cast<std::uint32_t>(smallestBigStream));
     header.setDirectory(endOfChain, 0);
     header.setMiniFat(endOfChain, 0);

@@ -48,7 +48,7 @@ Storage createFile(OLECHAR const* name, DWORD mode) {
         path, replaces ? DiskFile::Disposition::createAlways : DiskFile::Disposition::createNew,
         sharingOf(mode));
     if (isTemporary || (mode & STGM_DELETEONRELEASE) != 0) file->removeOnClose();
-    CompoundFile::create(*file, 512);
+    CompoundFile::create(*file);
     auto opened = std::make_shared<CompoundFile>(std::move(file), true, !isTransacted(mode));
     Storage made;
     *made.target() =
