@@ -3,7 +3,7 @@
 #include <new>
 
 #include "ktmw32.h"
-#include "platform/system/memory_failure.h"
+#include "platform/system/boundary.h"
 #include "platform/typelib/owners.h"
 #include "velk_transactions.h"
 #include "winbase.h"

@@ -1,14 +1,16 @@
-#include "platform/com/guid_text.h"
+#include "platform/com/identifiers.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 
 #include <objbase.h>
 #include <sys/random.h>
+#include <winreg.h>
 
-#include "platform/com/prog_ids.h"
+#include "platform/system/boundary.h"
+#include "platform/system/utf16.h"
 
 namespace velk::platform::com {
 namespace {
@@ -29,13 +31,43 @@ int digitValue(char16_t digit) {
     return -1;
 }
 
-/// The text as memory that the caller frees.
-HRESULT handOut(std::u16string_view text, LPOLESTR* target) {
-    auto* const copy = static_cast<LPOLESTR>(CoTaskMemAlloc((text.size() + 1) * sizeof(OLECHAR)));
-    if (copy == nullptr) return E_OUTOFMEMORY;
-    copy[text.copy(copy, text.size())] = 0;
-    *target = copy;
-    return S_OK;
+// A version that names another as the current one, and so on, may run in a circle.
+constexpr int longestVersionChain = 8;
+
+/// A text below HKEY_CLASSES_ROOT, with the environment's variables put in.
+/// Nothing when there is none, or one that is longer than any path.
+std::optional<std::u16string> classesText(std::u16string const& key,
+                                          char16_t const* name = nullptr) {
+    std::u16string buffer(PATH_MAX, u'\0');
+    auto size = static_cast<DWORD>(buffer.size() * sizeof(WCHAR));
+    LSTATUS const status = unlessOutOfMemory(RegGetValueW(
+        HKEY_CLASSES_ROOT, key.c_str(), name, RRF_RT_REG_SZ, nullptr, buffer.data(), &size));
+    switch (status) {
+        case ERROR_SUCCESS:
+            return std::u16string(buffer.c_str());
+        case ERROR_FILE_NOT_FOUND:
+        case ERROR_UNSUPPORTED_TYPE:
+        case ERROR_MORE_DATA:
+        case ERROR_INVALID_DATA:
+        case ERROR_INVALID_PARAMETER:
+            return std::nullopt;
+        default:
+            fail(REGDB_E_READREGDB);
+    }
+}
+
+/// The class of a programmatic id, or of the current version that it names.
+std::optional<CLSID> classOfProgId(std::u16string_view progId) {
+    std::u16string version(progId);
+    for (int step = 0; step < longestVersionChain; ++step) {
+        // A separator would lead to some other key.
+        if (version.empty() || version.find(u'\\') != version.npos) return std::nullopt;
+        if (auto const text = classesText(version + u"\\CLSID")) return guidOfText(*text);
+        auto const current = classesText(version + u"\\CurVer");
+        if (!current) return std::nullopt;
+        version = *current;
+    }
+    return std::nullopt;
 }
 
 }  // namespace
@@ -71,8 +103,19 @@ std::optional<GUID> guidOfText(std::u16string_view text) {
     return id;
 }
 
+std::optional<ModuleOfClass> moduleOfClass(REFCLSID id) {
+    auto const key = u"CLSID\\" + textOfGuid(id) + u"\\InprocServer32";
+    auto path = classesText(key);
+    if (!path || path->empty()) return std::nullopt;
+    auto const model = classesText(key, u"ThreadingModel").value_or(std::u16string());
+    bool const free = equalNoAsciiCase(model, u"Both") || equalNoAsciiCase(model, u"Free") ||
+                      equalNoAsciiCase(model, u"Neutral");
+    return ModuleOfClass{std::move(*path), !free};
+}
+
 }  // namespace velk::platform::com
 
+using namespace velk::platform;
 using namespace velk::platform::com;
 
 HRESULT CoCreateGuid(GUID* id) {
@@ -113,55 +156,19 @@ HRESULT IIDFromString(LPCOLESTR text, IID* id) {
     return S_OK;
 }
 
-HRESULT StringFromCLSID(REFCLSID id, LPOLESTR* text) {
-    if (text == nullptr) return E_INVALIDARG;
-    *text = nullptr;
-    try {
-        return handOut(textOfGuid(id), text);
-    } catch (...) {
-        return E_OUTOFMEMORY;
-    }
-}
-
-HRESULT StringFromIID(REFIID id, LPOLESTR* text) {
-    return StringFromCLSID(id, text);
-}
-
 INT StringFromGUID2(REFGUID id, LPOLESTR text, INT capacity) {
     constexpr auto needed = static_cast<INT>(guidTextLength + 1);
     if (text == nullptr || capacity < needed) return 0;
-    try {
-        text[textOfGuid(id).copy(text, guidTextLength)] = 0;
-        return needed;
-    } catch (...) {
-        return 0;
-    }
+    HRESULT const code = guarded([&] { text[textOfGuid(id).copy(text, guidTextLength)] = 0; });
+    return SUCCEEDED(code) ? needed : 0;
 }
 
 HRESULT CLSIDFromProgID(LPCOLESTR progId, CLSID* id) {
     if (progId == nullptr || id == nullptr) return E_INVALIDARG;
     *id = CLSID_NULL;
-    try {
+    return guarded([&] {
         auto const found = classOfProgId(progId);
-        if (!found) return CO_E_CLASSSTRING;
+        require(found.has_value(), CO_E_CLASSSTRING);
         *id = *found;
-        return S_OK;
-    } catch (RegistryUnreadable const&) {
-        return REGDB_E_READREGDB;
-    } catch (...) {
-        return E_OUTOFMEMORY;
-    }
-}
-
-HRESULT ProgIDFromCLSID(REFCLSID id, LPOLESTR* progId) {
-    if (progId == nullptr) return E_INVALIDARG;
-    *progId = nullptr;
-    try {
-        auto const found = progIdOfClass(id);
-        return found ? handOut(*found, progId) : REGDB_E_CLASSNOTREG;
-    } catch (RegistryUnreadable const&) {
-        return REGDB_E_READREGDB;
-    } catch (...) {
-        return E_OUTOFMEMORY;
-    }
+    });
 }
