@@ -11,39 +11,20 @@
 
 #include <QCoreApplication>
 
-#include "module/interfaces.h"
-#include "support/loaded_module.h"
-#include "support/native_values.h"
-#include "support/recording_object.h"
+#include "host/host.h"
+#include "support/proxy.h"
 #include "support/start_gate.h"
 
 namespace {
 
 using namespace std::chrono_literals;
 using namespace velk::test;
-using velk::com::Bstr;
 using velk::com::ComPtr;
 using velk::com::makeBstr;
 using Clock = std::chrono::steady_clock;
 
 // No answer takes longer than this on a loaded machine, whatever the others do.
 constexpr auto mostOfAnAnswer = 4s;
-
-ComPtr<IVelkCOMProxy> makeProxy(LoadedModule const& module) {
-    ComPtr<IVelkCOMProxy> made;
-    EXPECT_EQ(module.classFactory(CLSID_VelkCOMProxy)
-                  ->CreateInstance(nullptr, IID_IVelkCOMProxy, made.putVoid()),
-              S_OK);
-    return made;
-}
-
-HRESULT create(IVelkCOMProxy& proxy) {
-    ComPtr<IDispatch> made;
-    HRESULT const code =
-        proxy.CreateObject(makeBstr(OLESTR("scripting.dictionary")).get(), made.put());
-    EXPECT_EQ(code == S_OK, static_cast<bool>(made));
-    return code;
-}
 
 HRESULT find(IVelkCOMProxy& proxy) {
     ComPtr<IDispatch> found;
@@ -58,7 +39,7 @@ struct Operation {
 };
 
 constexpr Operation operations[] = {
-    {"CreateObject", &create, S_OK},
+    {"CreateObject", [](IVelkCOMProxy& proxy) { return create(proxy); }, S_OK},
     {"GetObject", &find, S_FALSE},
     {"InitApplication",
      [](IVelkCOMProxy& proxy) { return proxy.InitApplication(nullptr, nullptr); }, S_OK},
@@ -97,14 +78,7 @@ TEST(ApplicationRuns, ClientsInRandomOrderGetTheirAnswers) {
     }
 }
 
-class Runs : public testing::Test {
-  protected:
-    void SetUp() override { proxy = makeProxy(module); }
-    void TearDown() override { proxy->TerminateApplication(); }
-
-    LoadedModule const module;
-    ComPtr<IVelkCOMProxy> proxy;
-};
+class Runs : public WithProxy {};
 
 TEST_F(Runs, AnEndWaitsForNoApplicationThatBeginsAfterIt) {
     for (int round = 0; round < 20; ++round) {

@@ -10,13 +10,11 @@
 #include <thread>
 
 #include "host/host.h"
-#include "module/interfaces.h"
-#include "support/loaded_module.h"
+#include "support/proxy.h"
 
 namespace {
 
 using namespace velk::test;
-using velk::com::ComPtr;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool addressSpaceCanBeLimited = false;
@@ -24,13 +22,10 @@ constexpr bool addressSpaceCanBeLimited = false;
 constexpr bool addressSpaceCanBeLimited = true;
 #endif
 
-/// A loaded module that nobody frees, and a proxy of it.
+/// A proxy of a loaded module that nobody frees.
 IVelkCOMProxy* keptProxy() {
     static LoadedModule const* const module = new LoadedModule;
-    ComPtr<IVelkCOMProxy> proxy;
-    module->classFactory(CLSID_VelkCOMProxy)
-        ->CreateInstance(nullptr, IID_IVelkCOMProxy, proxy.putVoid());
-    return proxy.detach();
+    return makeProxy(*module).detach();
 }
 
 /// No thread gets a stack any more.
@@ -78,9 +73,7 @@ class SlowStart : public mzComServerStateEventC {
     bool right = false;
     {
         LoadedModule const module;
-        ComPtr<IVelkCOMProxy> proxy;
-        module.classFactory(CLSID_VelkCOMProxy)
-            ->CreateInstance(nullptr, IID_IVelkCOMProxy, proxy.putVoid());
+        auto proxy = makeProxy(module);
         IDispatch* out = nullptr;
         right = proxy->CreateObject(nullptr, &out) == S_FALSE;
         proxy.reset();

@@ -1,75 +1,51 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <thread>
 
 #include <QCoreApplication>
 
-#include "module/interfaces.h"
-#include "support/loaded_module.h"
+#include "support/data_table.h"
 #include "support/native_values.h"
+#include "support/proxy.h"
 #include "support/recording_object.h"
 
 namespace {
 
+using namespace std::chrono_literals;
 using namespace velk::test;
-using velk::com::Bstr;
 using velk::com::ComPtr;
 using velk::com::makeBstr;
 
-class Proxy : public testing::Test {
-  protected:
-    void SetUp() override { proxy = makeProxy(); }
-    void TearDown() override { proxy->TerminateApplication(); }
+class Proxy : public WithProxy {};
 
-    ComPtr<IVelkCOMProxy> makeProxy() const {
-        ComPtr<IVelkCOMProxy> made;
-        EXPECT_EQ(module.classFactory(CLSID_VelkCOMProxy)
-                      ->CreateInstance(nullptr, IID_IVelkCOMProxy, made.putVoid()),
-                  S_OK);
-        return made;
-    }
+std::string application() {
+    return QCoreApplication::instance() ? QCoreApplication::applicationName().toStdString() + ' ' +
+                                              QCoreApplication::applicationVersion().toStdString()
+                                        : "none";
+}
 
-    ComPtr<IDispatch> create(velk::com::TextView progId, HRESULT expected = S_OK) const {
-        ComPtr<IDispatch> made;
-        EXPECT_EQ(proxy->CreateObject(makeBstr(progId).get(), made.put()), expected);
-        return made;
-    }
-
-    LoadedModule const module;
-    ComPtr<IVelkCOMProxy> proxy;
-};
-
-TEST_F(Proxy, FirstObjectStartsTheAnonymousApplication) {
-    EXPECT_EQ(QCoreApplication::instance(), nullptr);
-    auto const dictionary = create(OLESTR("scripting.dictionary"));
-    ASSERT_TRUE(dictionary);
-    EXPECT_EQ(QCoreApplication::applicationName(), "anonymous");
-    EXPECT_EQ(QCoreApplication::applicationVersion(), "1.0");
-    Arguments entry{integerValue(1), integerValue(11)};
-    EXPECT_EQ(invoke(*dictionary.get(), idOf(*dictionary.get(), OLESTR("Add")), DISPATCH_METHOD,
-                     entry.get())
-                  .code,
+TEST_F(Proxy, ObjectsAreThoseOfTheHost) {
+    ComPtr<IDispatch> made;
+    ASSERT_EQ(proxy->CreateObject(makeBstr(OLESTR("scripting.dictionary")).get(), made.put()),
               S_OK);
-    EXPECT_EQ(invoke(*dictionary.get(), idOf(*dictionary.get(), OLESTR("Count")),
-                     DISPATCH_PROPERTYGET, nullptr)
-                  .result.get()
-                  .lVal,
-              1);
+    Arguments entry{integerValue(1), integerValue(11)};
+    IDispatch& dictionary = *made.get();
+    invoke(dictionary, idOf(dictionary, OLESTR("Add")), DISPATCH_METHOD, entry.get());
+    auto const count =
+        invoke(dictionary, idOf(dictionary, OLESTR("Count")), DISPATCH_PROPERTYGET, nullptr);
+    EXPECT_EQ(count.result.get().lVal, 1);
 }
 
 TEST_F(Proxy, UnknownObjectsAreFalseAndWriteNothing) {
     IDispatch* const marker = proxy.get();
+    IDispatch* out = marker;
     for (velk::com::TextView const name :
          {velk::com::TextView(OLESTR("no.such.object")), velk::com::TextView(OLESTR("")),
           velk::com::TextView(OLESTR("\x416\xd800\0x"), 4)}) {
-        Bstr const text = makeBstr(name);
-        IDispatch* out = marker;
+        auto const text = makeBstr(name);
         EXPECT_EQ(proxy->CreateObject(text.get(), &out), S_FALSE);
         EXPECT_EQ(proxy->GetObject(text.get(), &out), S_FALSE);
-        EXPECT_EQ(out, marker);
     }
-    IDispatch* out = marker;
     EXPECT_EQ(proxy->CreateObject(nullptr, &out), S_FALSE);
     EXPECT_EQ(proxy->GetObject(nullptr, &out), S_FALSE);
     EXPECT_EQ(out, marker);
@@ -92,46 +68,29 @@ TEST_F(Proxy, RunningObjectIsFoundAndStillFalse) {
     EXPECT_EQ(running->references(), 1U);
 }
 
-TEST_F(Proxy, NameAndVersionCountFromTheNextStart) {
-    EXPECT_EQ(
-        proxy->InitApplication(makeBstr(OLESTR("first")).get(), makeBstr(OLESTR("1.5")).get()),
-        S_OK);
-    EXPECT_EQ(QCoreApplication::applicationName(), "first");
-    EXPECT_EQ(QCoreApplication::applicationVersion(), "1.5");
-    EXPECT_EQ(proxy->InitApplication(makeBstr(OLESTR("second")).get(), nullptr), S_OK);
-    EXPECT_EQ(QCoreApplication::applicationName(), "first");
-    EXPECT_EQ(proxy->TerminateApplication(), S_OK);
-    EXPECT_EQ(QCoreApplication::instance(), nullptr);
-    EXPECT_TRUE(create(OLESTR("scripting.dictionary")));
-    EXPECT_EQ(QCoreApplication::applicationName(), "second");
-    EXPECT_EQ(QCoreApplication::applicationVersion(), "");
-}
-
-TEST_F(Proxy, ProxiesShareOneApplication) {
-    auto const other = makeProxy();
-    proxy->InitApplication(nullptr, nullptr);
-    auto* const application = QCoreApplication::instance();
-    other->InitApplication(nullptr, nullptr);
-    EXPECT_EQ(QCoreApplication::instance(), application);
+TEST_F(Proxy, NameAndVersionCountFromTheNextStartForAllProxies) {
+    auto const init = [&](OLECHAR const* name, BSTR version) {
+        EXPECT_EQ(proxy->InitApplication(makeBstr(name).get(), version), S_OK);
+        return application();
+    };
+    EXPECT_EQ(application(), "none");
+    EXPECT_EQ(create(*proxy.get()), S_OK);
+    EXPECT_EQ(application(), "anonymous 1.0");
+    auto* const first = QCoreApplication::instance();
+    auto const version = makeBstr(OLESTR("1.5"));
+    EXPECT_EQ(init(OLESTR("first"), version.get()), "anonymous 1.0");
+    auto const other = makeProxy(module);
+    EXPECT_EQ(create(*other.get()), S_OK);
+    EXPECT_EQ(QCoreApplication::instance(), first);
     EXPECT_EQ(other->TerminateApplication(), S_OK);
-    EXPECT_EQ(QCoreApplication::instance(), nullptr);
+    EXPECT_EQ(application(), "none");
     auto const before = std::chrono::steady_clock::now();
     EXPECT_EQ(proxy->TerminateApplication(), S_OK);
-    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(400));
-}
-
-TEST_F(Proxy, ClientsThatComeTogetherStartOneApplication) {
-    std::vector<std::thread> clients;
-    for (int index = 0; index < 4; ++index) {
-        clients.emplace_back([this] {
-            auto const own = makeProxy();
-            ComPtr<IDispatch> made;
-            EXPECT_EQ(own->CreateObject(makeBstr(OLESTR("scripting.dictionary")).get(), made.put()),
-                      S_OK);
-        });
-    }
-    for (auto& client : clients) client.join();
-    EXPECT_NE(QCoreApplication::instance(), nullptr);
+    EXPECT_LT(std::chrono::steady_clock::now() - before, 400ms);
+    EXPECT_EQ(create(*proxy.get()), S_OK);
+    EXPECT_EQ(application(), "first 1.5");
+    proxy->TerminateApplication();
+    EXPECT_EQ(init(OLESTR("second"), nullptr), "second ");
 }
 
 TEST_F(Proxy, ApplicationOfTheProcessIsUsed) {
@@ -141,8 +100,8 @@ TEST_F(Proxy, ApplicationOfTheProcessIsUsed) {
     PApplication application(argumentCount, arguments, PApplication::serverMode);
     ASSERT_TRUE(application.initApplication("own", "velk", "common", false));
     auto const before = std::chrono::steady_clock::now();
-    EXPECT_TRUE(create(OLESTR("scripting.dictionary")));
-    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(400));
+    EXPECT_EQ(create(*proxy.get()), S_OK);
+    EXPECT_LT(std::chrono::steady_clock::now() - before, 400ms);
     EXPECT_EQ(proxy->TerminateApplication(), S_OK);
     EXPECT_EQ(QCoreApplication::instance(), &application);
 }
@@ -150,37 +109,15 @@ TEST_F(Proxy, ApplicationOfTheProcessIsUsed) {
 TEST_F(Proxy, TracesItsSteps) {
     proxy->InitApplication(nullptr, nullptr);
     mzLogCaptureC const capture(codeTrackLogger, mzTraceLevel);
-    create(OLESTR("scripting.dictionary"));
-    create(OLESTR("no.such.object"), S_FALSE);
-    makeProxy();
-    struct Row {
-        char const* message;
-        char const* function;
-    };
-    static constexpr char createText[] =
-        "long __cdecl CVelkCOMProxy::CreateObject(unsigned short *,struct IDispatch **)";
-    static constexpr char makeText[] = "__cdecl CVelkCOMProxy::CVelkCOMProxy(void)";
-    static constexpr char endText[] = "__cdecl CVelkCOMProxy::~CVelkCOMProxy(void)";
-    constexpr Row expected[] = {
-        {"Enter Frame CreateObject", createText},
-        {"MZCOM create was ok", createText},
-        {"Create Object ok", createText},
-        {"Leave Frame CreateObject", createText},
-        {"Enter Frame CreateObject", createText},
-        {"Leave Frame CreateObject", createText},
-        {"Enter Frame CVelkCOMProxy::CVelkCOMProxy", makeText},
-        {"Leave Frame CVelkCOMProxy::CVelkCOMProxy", makeText},
-        {"Enter Frame CVelkCOMProxy::~CVelkCOMProxy", endText},
-        {"Leave Frame CVelkCOMProxy::~CVelkCOMProxy", endText},
-    };
-    auto const records = capture.records();
-    ASSERT_EQ(records.size(), std::size(expected));
-    for (std::size_t index = 0; index < records.size(); ++index) {
-        EXPECT_EQ(records[index].message, expected[index].message);
-        EXPECT_EQ(records[index].function, expected[index].function);
-        EXPECT_EQ(records[index].level, 5000);
-        EXPECT_EQ(records[index].file.rfind("VelkCOMProxy.", 0), 0U);
+    create(*proxy.get());
+    create(*proxy.get(), OLESTR("no.such.object"));
+    makeProxy(module);
+    std::string text;
+    for (auto const& record : capture.records()) {
+        text += std::to_string(record.level) + ' ' + record.file.substr(0, record.file.find('.')) +
+                ": " + record.message + "\n    " + record.function + '\n';
     }
+    expectApproved("bridge/proxy_trace.txt", text);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "VelkQXTProxy/array_access.h"
+#include "VelkQXTProxy/value_members.h"
 
 #include <array>
 #include <limits>

@@ -5,7 +5,6 @@
 #include "VelkQXTProxy/wrapper_interfaces.h"
 #include "com/owners.h"
 #include "conversion/conversions.h"
-#include "conversion/variant_references.h"
 #include "host/exception.h"
 #include "host/symbol_ref.h"
 

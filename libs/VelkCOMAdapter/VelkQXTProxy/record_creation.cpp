@@ -1,4 +1,4 @@
-#include "VelkQXTProxy/record_creation.h"
+#include "VelkQXTProxy/value_members.h"
 
 #include "VelkQXTProxy/call_failure.h"
 #include "VelkQXTProxy/script_values.h"

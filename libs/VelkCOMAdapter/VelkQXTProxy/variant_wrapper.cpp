@@ -2,12 +2,9 @@
 
 #include <new>
 
-#include "VelkQXTProxy/array_access.h"
 #include "VelkQXTProxy/call_failure.h"
-#include "VelkQXTProxy/record_access.h"
-#include "VelkQXTProxy/record_creation.h"
 #include "VelkQXTProxy/script_values.h"
-#include "VelkQXTProxy/type_change.h"
+#include "VelkQXTProxy/value_members.h"
 #include "com/error.h"
 #include "conversion/conversions.h"
 #include "host/proxy_member.h"

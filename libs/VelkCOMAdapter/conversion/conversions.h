@@ -51,3 +51,21 @@ bool convertMZCOMVariant2MSCOMVariant(mzComVariantC const& src, VARIANT& dst, un
 /// Throws com::Error with the failure of copying a value that is to be wrapped.
 bool convertMSCOMVariant2MZCOMVariant(VARIANT const& src, mzComVariantC& dst,
                                       bool followVariantRefs, bool wrapUnsupported);
+
+namespace velk::adapter {
+
+/// The value at the end of a chain of references to VARIANTs; null when the
+/// chain ends at a null pointer or runs in a circle.
+inline VARIANT const* followReferences(VARIANT const* value) noexcept {
+    // The trailing pointer goes half as fast: in a circle the two meet.
+    VARIANT const* trailing = value;
+    for (bool trailingMoves = false; value && value->vt == (VT_BYREF | VT_VARIANT);
+         trailingMoves = !trailingMoves) {
+        value = value->pvarVal;
+        if (trailingMoves) trailing = trailing->pvarVal;
+        if (value == trailing) return nullptr;
+    }
+    return value;
+}
+
+}  // namespace velk::adapter

@@ -5,7 +5,6 @@
 #include "com/error.h"
 #include "com/owners.h"
 #include "conversion/conversions.h"
-#include "conversion/variant_references.h"
 #include "native_to_host/facade.h"
 
 namespace {

@@ -10,12 +10,24 @@
 #include "module/process_objects.h"
 #include "module/qt_version.h"
 #include "module/resources/resource.h"
-#include "module/thread_locale.h"
 #include "module/type_library.h"
 
 namespace {
 
-using velk::adapter::SystemLocaleScope;
+/// Sets the system's default locale for the calling thread, and the former one
+/// again at the end.
+class SystemLocaleScope {
+  public:
+    SystemLocaleScope() noexcept : former_(GetThreadLocale()) {
+        SetThreadLocale(LOCALE_SYSTEM_DEFAULT);
+    }
+    ~SystemLocaleScope() { SetThreadLocale(former_); }
+    SystemLocaleScope(SystemLocaleScope const&) = delete;
+    SystemLocaleScope& operator=(SystemLocaleScope const&) = delete;
+
+  private:
+    LCID former_;
+};
 
 // For the current user only. Set by the first "user" and never cleared: what
 // was registered for the user must be found again when it is unregistered.
