@@ -12,7 +12,6 @@
 #include "host/coinit.h"
 #include "host/critical_section.h"
 #include "host/read_write_lock.h"
-#include "host/read_write_spin_lock.h"
 #include "host/sleep.h"
 #include "host/thread.h"
 #include "host/tls.h"
