@@ -6,16 +6,8 @@
 
 // The script classes and the values, as their tables in tests/data/runtime tell.
 
+namespace velk::test {
 namespace {
-
-using velk::test::call;
-using velk::test::DataRow;
-using velk::test::described;
-using velk::test::expectTable;
-using velk::test::Objects;
-using velk::test::Sample;
-using velk::test::ScriptTable;
-using velk::test::valuesOf;
 
 TEST_F(ScriptTable, Members) {
     check("runtime/members.tsv");
@@ -76,9 +68,7 @@ TEST(Keys, ThatAreEqual) {
 
 std::string objectOf(mzComVariantC const& value, Objects const& objects) {
     mzComPtrT<mzIUnknown> object;
-    return value.getExt(object) == mzSuccess
-               ? described(velk::test::reference(object.iface()), objects)
-               : "-";
+    return value.getExt(object) == mzSuccess ? described(reference(object.iface()), objects) : "-";
 }
 
 /// What one of the reads gives, `-` when the value cannot be read so, which
@@ -163,3 +153,4 @@ TEST(Texts, OfIntegers) {
 }
 
 }  // namespace
+}  // namespace velk::test
