@@ -5,18 +5,15 @@
 // Values that run code while a collection works with them, and that code
 // changes the very collection.
 
+namespace velk::test {
 namespace {
-
-using velk::test::call;
-using velk::test::Curious;
-using velk::test::reference;
 
 constexpr unsigned method = mzCallMethod;
 
 class CallsBack : public testing::Test {
   protected:
-    velk::test::Outcome callList(char const* name, std::vector<mzComVariantC> const& args = {},
-                                 unsigned kind = method) {
+    Outcome callList(char const* name, std::vector<mzComVariantC> const& args = {},
+                     unsigned kind = method) {
         return call(list_.iface(), name, kind, args);
     }
     void fill(int size) {
@@ -24,11 +21,10 @@ class CallsBack : public testing::Test {
         for (int i = 0; i < size; ++i) callList("Add", {i});
     }
 
-    velk::test::Servers const servers_;
+    Servers const servers_;
     mzComPtrT<Curious> const curious_{new Curious};
     mzComVariantC const value_ = reference(curious_->getIUnknown());
-    mzComPtrC const list_{
-        proxyFactoryC::instance().find("qxttools.array")->creator()->getIUnknown()};
+    mzComPtrC const list_ = newArray();
     mzComPtrT<prxDictionaryObjC> const dictionary_{new prxDictionaryObjC};
 };
 
@@ -115,3 +111,4 @@ TEST_F(CallsBack, ADictionaryThatGrowsWhileItsItemsEnd) {
 }
 
 }  // namespace
+}  // namespace velk::test

@@ -8,16 +8,10 @@
 // matters most of the races is what the thread checker says of them; their
 // assertions see that nothing got lost.
 
+namespace velk::test {
 namespace {
 
 using namespace std::chrono_literals;
-using velk::test::call;
-using velk::test::inParallel;
-using velk::test::isTrue;
-using velk::test::Outcome;
-using velk::test::Owner;
-using velk::test::reference;
-using velk::test::Sample;
 using Clock = std::chrono::steady_clock;
 
 constexpr unsigned method = mzCallMethod;
@@ -38,7 +32,7 @@ class Slow : public Sample {
         static proxyMemberDescS const members[] = {proxyMethod<&Slow::wait>("Wait", "", 1),
                                                    proxyMembersEnd()};
         static proxyMemberDescListS const* const bases[] = {nullptr};
-        static auto const record = velk::test::recordOf<Slow>("Slow", nullptr, members, bases);
+        static auto const record = recordOf<Slow>("Slow", nullptr, members, bases);
         return &record;
     }
 
@@ -129,7 +123,7 @@ TEST(Routing, SleepLastsAsLongAsAsked) {
 }
 
 TEST(Races, RegistrationBesideLookUpAndCreation) {
-    velk::test::Servers const servers;
+    Servers const servers;
     inParallel(4, [&](int index) {
         for (int round = 0; round < 300; ++round) {
             if (index == 0) {
@@ -194,7 +188,7 @@ TEST(Races, ManyCallersOfOneServingThread) {
 TEST(Races, ThreadsThatCallEachOther) {
     std::atomic<Sample*> objects[2] = {nullptr, nullptr};
     std::atomic<int> done{0};
-    velk::test::StartGate ready(2);
+    StartGate ready(2);
     inParallel(2, [&](int index) {
         mzComPtrT<Sample> const mine(new Sample);
         objects[index] = mine.iface();
@@ -223,3 +217,4 @@ TEST(Races, ThreadsThatEndWhileTheyAreCalled) {
 }
 
 }  // namespace
+}  // namespace velk::test

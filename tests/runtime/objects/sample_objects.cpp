@@ -24,6 +24,10 @@ mzComVariantC reference(mzIUnknown* object) {
     return value;
 }
 
+mzComPtrC newArray() {
+    return mzComPtrC(proxyFactoryC::instance().find("qxttools.array")->creator()->getIUnknown());
+}
+
 proxyMemberDescListS const* Sample::getStaticProxyTypeInfo() {
     static char const* const file = "sample_objects.h";
     static proxyMemberDescS const members[] = {

@@ -38,6 +38,9 @@ inline Outcome call(proxyObjectC* object, char const* name, unsigned kind,
 /// A variant that refers to an object.
 mzComVariantC reference(mzIUnknown* object);
 
+/// A new "qxttools.array" while the servers run.
+mzComPtrC newArray();
+
 /// The record of a class; null for `scriptName` where scripts do not create it.
 template <class Class>
 proxyMemberDescListS recordOf(char const* name, char const* scriptName,

@@ -129,15 +129,6 @@ TEST(ModuleSingleton, WhoAsksWaitsForTheDestructionToEnd) {
     Singleton::cleanup();
 }
 
-TEST(Exchange, ChangesOnlyWhatItExpects) {
-    int word = 3;
-    EXPECT_FALSE(mzThreadSafeExchangeInt(&word, 2, 9));
-    EXPECT_EQ(word, 3);
-    EXPECT_TRUE(mzThreadSafeExchangeInt(&word, 3, 9));
-    EXPECT_EQ(word, 9);
-    EXPECT_FALSE(mzThreadSafeExchangeInt(nullptr, 0, 0));
-}
-
 std::atomic<int> destroyedSum = 0;
 
 int newSumSlot() {

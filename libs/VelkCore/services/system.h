@@ -1,4 +1,4 @@
-/// Where the loggers get their settings from, and where their lines go.
+/// What the services ask of the system.
 #pragma once
 
 #include <string_view>
@@ -12,5 +12,9 @@ char const* logSetting(char const* name);
 /// open only meanwhile, so that several processes can share it. A line that
 /// cannot be written is dropped.
 void writeLogLine(std::string_view line);
+
+/// Identifies the loaded module (program or shared library) that contains the
+/// address; null when none does.
+void const* moduleOfAddress(void const* address) noexcept;
 
 }  // namespace velk::core

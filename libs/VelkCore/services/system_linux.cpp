@@ -1,6 +1,8 @@
+#include <dlfcn.h>
+
 #include <velk_trace.h>
 
-#include "services/log_output.h"
+#include "services/system.h"
 
 namespace velk::core {
 
@@ -10,6 +12,11 @@ char const* logSetting(char const* name) {
 
 void writeLogLine(std::string_view line) {
     VelkWriteTrace(line.data(), static_cast<DWORD>(line.size()));
+}
+
+void const* moduleOfAddress(void const* address) noexcept {
+    Dl_info info{};
+    return dladdr(address, &info) != 0 ? info.dli_fbase : nullptr;
 }
 
 }  // namespace velk::core
