@@ -4,8 +4,6 @@
 #include <deque>
 #include <vector>
 
-#include <gtest/gtest.h>
-
 #include "code_names.h"
 #include "recorder.h"
 #include "support/data_table.h"
@@ -14,17 +12,10 @@
 namespace velk::test {
 namespace {
 
-template <typename Interface>
-Owned<Interface> queried(IUnknown* object, IID const& id) {
-    void* found = nullptr;
-    EXPECT_EQ(object->QueryInterface(id, &found), S_OK);
-    return Owned<Interface>(static_cast<Interface*>(found));
-}
-
-Owned<IUnknown> dispatchOver(Recorder& recorder, ITypeInfo* type, IUnknown* outer = nullptr) {
-    IUnknown* object = nullptr;
-    EXPECT_EQ(CreateStdDispatch(outer, &recorder, type, &object), S_OK);
-    return Owned<IUnknown>(object);
+ComPtr<IUnknown> dispatchOver(Recorder& recorder, ITypeInfo& type, IUnknown* outer = nullptr) {
+    ComPtr<IUnknown> object;
+    EXPECT_EQ(CreateStdDispatch(outer, &recorder, &type, object.put()), S_OK);
+    return object;
 }
 
 // The arguments of a row: values, "&" before those that are passed by reference
@@ -114,13 +105,10 @@ std::string resultText(VARIANT const& result, Recorder& other) {
 class Call {
   public:
     explicit Call(DataRow const& row)
-        : library_(row["type"] == "IAlone" ? loadLibrary(VELK_ALONE_TLB) : loadShapes()),
-          type_(typeNamed(library_.get(), wide(row["type"]).c_str())) {
-        if (row["by"].ends_with("vtable")) type_ = otherView(type_.get());
-        if (row["by"].starts_with("dispatch")) {
-            object_ = dispatchOver(recorder_, type_.get());
-            dispatch_ = queried<IDispatch>(object_.get(), IID_IDispatch);
-        }
+        : type_(typeNamed(*loadShapes(row["type"] == "IAlone" ? VELK_ALONE_TLB : VELK_SHAPES_TLB),
+                          row["type"])) {
+        if (row["by"] != "dispatch") return;
+        dispatch_ = dispatchOver(recorder_, *type_).query<IDispatch>(IID_IDispatch);
     }
 
     std::string answer(DataRow const& row) {
@@ -166,10 +154,8 @@ class Call {
 
     Recorder recorder_;
     Recorder other_;
-    Owned<ITypeLib> library_;
-    Owned<ITypeInfo> type_;
-    Owned<IUnknown> object_;
-    Owned<IDispatch> dispatch_;
+    ComPtr<ITypeInfo> type_;
+    ComPtr<IDispatch> dispatch_;
 };
 
 TEST(Invoke, ReachesMembers) {
@@ -178,52 +164,45 @@ TEST(Invoke, ReachesMembers) {
 
 class StdDispatch : public testing::Test {
   protected:
-    Owned<ITypeLib> library = loadShapes();
-    Owned<ITypeInfo> type = typeNamed(library.get(), OLESTR("IRecorder"));
+    ComPtr<ITypeInfo> type = typeNamed(*loadShapes(), "IRecorder");
     Recorder recorder;
 };
 
-TEST_F(StdDispatch, KeepsItsTypeAndHandsItOut) {
-    auto const object = dispatchOver(recorder, type.get());
+TEST_F(StdDispatch, HasOneIdentityAndKeepsItsType) {
+    auto const object = dispatchOver(recorder, *type);
     type.reset();
-    library.reset();
-    auto const dispatch = queried<IDispatch>(object.get(), IID_IDispatch);
+    auto const dispatch = object.query<IDispatch>(IID_IDispatch);
     EXPECT_EQ(recorder.references, 1U);
-    UINT count = 0;
-    EXPECT_EQ(dispatch->GetTypeInfoCount(&count), S_OK);
-    EXPECT_EQ(count, 1U);
-    ITypeInfo* given = nullptr;
-    ASSERT_EQ(dispatch->GetTypeInfo(0, 0, &given), S_OK);
-    EXPECT_EQ(nameOf(Owned<ITypeInfo>(given).get()), OLESTR("IRecorder"));
-    EXPECT_EQ(dispatch->GetTypeInfo(1, 0, &given), DISP_E_BADINDEX);
-    EXPECT_EQ(given, nullptr);
-}
-
-TEST_F(StdDispatch, HasOneIdentityAlone) {
-    auto const object = dispatchOver(recorder, type.get());
-    auto const dispatch = queried<IDispatch>(object.get(), IID_IDispatch);
-    EXPECT_EQ(queried<IUnknown>(dispatch.get(), IID_IUnknown), object);
+    EXPECT_EQ(dispatch.query<IUnknown>(IID_IUnknown).get(), object.get());
     void* other = object.get();
     EXPECT_EQ(object->QueryInterface(IID_ITypeInfo, &other), E_NOINTERFACE);
     EXPECT_EQ(other, nullptr);
+    UINT count = 0;
+    EXPECT_EQ(dispatch->GetTypeInfoCount(&count), S_OK);
+    EXPECT_EQ(count, 1U);
+    ASSERT_EQ(dispatch->GetTypeInfo(0, 0, type.put()), S_OK);
+    EXPECT_EQ(nameOf(*type), "IRecorder");
+    ITypeInfo* none = type.get();
+    EXPECT_EQ(dispatch->GetTypeInfo(1, 0, &none), DISP_E_BADINDEX);
+    EXPECT_EQ(none, nullptr);
 }
 
 // The recorder stands outside: its count and its interfaces are those that a
 // client of the inner IDispatch sees.
 TEST_F(StdDispatch, DelegatesToItsOuterObject) {
-    auto const inner = dispatchOver(recorder, type.get(), &recorder);
+    auto const inner = dispatchOver(recorder, *type, &recorder);
     EXPECT_EQ(recorder.references, 1U);
-    auto const dispatch = queried<IDispatch>(inner.get(), IID_IDispatch);
+    auto const dispatch = inner.query<IDispatch>(IID_IDispatch);
     EXPECT_NE(static_cast<IUnknown*>(dispatch.get()), &recorder);
     expectDifference("standard-dispatch-aggregation", [&] {
         EXPECT_EQ(recorder.references, 2U);
-        auto const identity = queried<IUnknown>(dispatch.get(), IID_IUnknown);
+        auto const identity = dispatch.query<IUnknown>(IID_IUnknown);
         EXPECT_EQ(identity.get(), &recorder);
         EXPECT_EQ(recorder.references, 3U);
     });
     // The inner identity answers for itself.
     ULONG const before = recorder.references;
-    EXPECT_EQ(queried<IUnknown>(inner.get(), IID_IUnknown), inner);
+    EXPECT_EQ(inner.query<IUnknown>(IID_IUnknown).get(), inner.get());
     EXPECT_EQ(recorder.references, before);
 }
 
@@ -233,8 +212,8 @@ TEST_F(StdDispatch, RefusesWhatIsMissing) {
     EXPECT_EQ(CreateStdDispatch(nullptr, &recorder, nullptr, &none), E_INVALIDARG);
     EXPECT_EQ(CreateStdDispatch(nullptr, &recorder, type.get(), nullptr), E_INVALIDARG);
     EXPECT_EQ(none, nullptr);
-    auto const object = dispatchOver(recorder, type.get());
-    auto const dispatch = queried<IDispatch>(object.get(), IID_IDispatch);
+    auto const object = dispatchOver(recorder, *type);
+    auto const dispatch = object.query<IDispatch>(IID_IDispatch);
     Wide name = OLESTR("Add");
     LPOLESTR names[] = {name.data()};
     DISPID member = 0;

@@ -6,13 +6,8 @@
 #include <string>
 
 #include "shapes.h"
-#include "support/value_notation.h"
 
 namespace velk::test {
-
-inline std::string narrowText(BSTR text) {
-    return text ? narrow(text, SysStringLen(text)) : "null";
-}
 
 /// Has the vtable of IRecorder as its description lays it out. Lives on the stack
 /// of a test; the count of references is asserted there.
@@ -46,7 +41,7 @@ class Recorder : public IDispatch {
         return note("get_Title");
     }
     virtual HRESULT STDMETHODCALLTYPE put_Title(BSTR text) {
-        return note("put_Title", narrowText(text));
+        return note("put_Title", textOf(text));
     }
     virtual HRESULT STDMETHODCALLTYPE Count(SAFEARRAY* list, LONG* total) {
         LONG upper = -1;
@@ -67,7 +62,7 @@ class Recorder : public IDispatch {
                     shade, price);
     }
     virtual HRESULT STDMETHODCALLTYPE References(LONG* number, BSTR* text, VARIANT* any) {
-        note("References", *number, narrowText(*text), notationOf(*any));
+        note("References", *number, textOf(*text), notationOf(*any));
         *number += 1;
         SysFreeString(*text);
         *text = SysAllocString(OLESTR("out"));

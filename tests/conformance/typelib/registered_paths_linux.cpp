@@ -70,10 +70,9 @@ TEST(RegisteredLibraries, AreTheRegisteredFileOrNothing) {
         Wide path = units(row["registered"]);
         if (path.starts_with(u'*')) path.replace(0, 1, folder.at("").u16string());
         RegisteredLibrary const registered(path);
-        ITypeLib* found = nullptr;
-        HRESULT const result = LoadRegTypeLib(shapesId(0x01), 1, 2, 0x0407, &found);
-        EXPECT_EQ(found != nullptr, result == S_OK);
-        if (found != nullptr) found->Release();
+        ComPtr<ITypeLib> found;
+        HRESULT const result = LoadRegTypeLib(shapesId(0x01), 1, 2, 0x0407, found.put());
+        EXPECT_EQ(bool(found), result == S_OK);
         return codeName(result);
     });
 }

@@ -1,7 +1,5 @@
 // Libraries written to the registry, found again and removed.
 
-#include <gtest/gtest.h>
-
 #include "shapes.h"
 #include "support/expected_difference.h"
 
@@ -11,10 +9,9 @@ namespace {
 constexpr LCID german = 0x0407;
 
 HRESULT found(BYTE id, WORD major, WORD minor, ITypeLib* expected) {
-    ITypeLib* library = nullptr;
-    HRESULT const result = LoadRegTypeLib(shapesId(id), major, minor, german, &library);
-    EXPECT_EQ(library, result == S_OK ? expected : nullptr);
-    if (library) library->Release();
+    ComPtr<ITypeLib> library;
+    HRESULT const result = LoadRegTypeLib(shapesId(id), major, minor, german, library.put());
+    EXPECT_EQ(library.get(), result == S_OK ? expected : nullptr);
     return result;
 }
 
