@@ -7,7 +7,9 @@ cd "$ROOT"
 
 # What a person should read goes to standard error, so that results alone
 # stand on standard output.
-say() { printf '\033[1m==>\033[0m %s\n' "$*" >&2; }
+say() {
+  if [ -t 2 ]; then printf "\033[1m==>\033[0m %s\n" "$*" >&2; else printf "==> %s\n" "$*" >&2; fi
+}
 
 # configure PRESET and build TARGET...
 build() {

@@ -13,8 +13,8 @@ inline constexpr char facadeText[] = "facade Invoke, a text in and out";
 inline constexpr char facadeLife[] = "create, bind and release a facade";
 inline constexpr char lastMember[] = "invokeByName, last of 30 members";
 inline constexpr char fewNames[] = "GetIDsOfNames among 100 names";
-inline constexpr char manyNames[] = "GetIDsOfNames among 1,000,000 names";
-inline constexpr char manyNamesRepeated[] = "GetIDsOfNames of 100 names among 1,000,000";
+inline constexpr char manyNames[] = "GetIDsOfNames of 100 names among 10,000";
+inline constexpr char allOfManyNames[] = "GetIDsOfNames of 10,000 names in turn";
 inline constexpr char oneThread[] = "facade Invoke on 1 thread";
 inline constexpr char twoThreads[] = "facade Invoke on 2 threads";
 inline constexpr char oneThreadDirect[] = "invokeByName on 1 thread";
@@ -39,7 +39,7 @@ void registerWrapperBenchmarks();
 void registerThreadBenchmarks();
 /// `folder` must stay while the benchmarks run.
 void registerProgramBenchmarks(std::filesystem::path const& folder);
-/// These fill the name table of the process, the second with a million names:
+/// These fill the name table of the process, the second with 10,000 names:
 /// they run after all others, in this order.
 void registerFewNamesBenchmark();
 void registerManyNamesBenchmarks();

@@ -47,7 +47,7 @@ void showFailure(ScriptObject& adapter, ScriptObject& sample) {
 }  // namespace
 
 void tourSample(ScriptObject& adapter) {
-    ScriptObject sample(adapter.call("CreateObject", {"VelkTest.Sample"}));
+    ScriptObject sample(adapter.call("CreateObject", {"VelkSample.Sample"}));
     std::cout << "a method:      Add(20, 22) is " << textOf(sample.call("Add", {20, 22})) << "\n";
     sample.put("Item", {"colour", "blue"});
     std::cout << "a property:    Item(\"colour\") is " << textOf(sample.get("Item", {"colour"}))

@@ -148,15 +148,6 @@ void addElements(IStorage& storage) {
     }
 }
 
-/// Into another file.
-void copyAll(IStorage& root) {
-    FileBytes bytes;
-    MemoryFile fresh(bytes);
-    CompoundFile::create(fresh, 512);
-    Storage other;
-    if (SUCCEEDED(open(bytes, change, other))) root.CopyTo(0, nullptr, nullptr, other.get());
-}
-
 void changeAll(FileBytes& bytes, DWORD mode) {
     Storage root;
     if (FAILED(open(bytes, mode, root))) return;
@@ -167,7 +158,6 @@ void changeAll(FileBytes& bytes, DWORD mode) {
     addElements(*root.get());
     root->Commit(STGC_DEFAULT);
     addElements(*root.get());
-    copyAll(*root.get());
     root->DestroyElement(u"new");
     if (isTransacted(mode)) root->Revert();
     root->Commit(STGC_DEFAULT);

@@ -25,10 +25,10 @@ Interface** into(HeldObject<Interface>& held) {
 
 void addStream(IStorage& storage, OLECHAR const* name, std::size_t size) {
     HeldObject<IStream> stream;
-    succeed(storage.CreateStream(name, change, 0, 0, into(stream)));
+    check(storage.CreateStream(name, change, 0, 0, into(stream)));
     std::string bytes(size, 0);
     for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>(i * 3 + i / 61);
-    succeed(stream->Write(bytes.data(), static_cast<ULONG>(size), nullptr));
+    check(stream->Write(bytes.data(), static_cast<ULONG>(size), nullptr));
 }
 
 void addNothing(IStorage&) {}
@@ -46,22 +46,22 @@ void addBigStream(IStorage& root) {
 
 void addNestedStorages(IStorage& root) {
     HeldObject<IStorage> outer, inner;
-    succeed(root.CreateStorage(u"outer", change, 0, 0, into(outer)));
-    succeed(outer->CreateStorage(u"inner", change, 0, 0, into(inner)));
+    check(root.CreateStorage(u"outer", change, 0, 0, into(outer)));
+    check(outer->CreateStorage(u"inner", change, 0, 0, into(inner)));
     addStream(*inner.get(), u"deep", 100);
     for (char16_t name = u'a'; name < u'i'; ++name) {
         addStream(*outer.get(), std::u16string(1, name).c_str(), 10);
     }
-    succeed(inner->SetClass(IID_IStorage));
-    succeed(outer->SetStateBits(5, 7));
+    check(inner->SetClass(IID_IStorage));
+    check(outer->SetStateBits(5, 7));
 }
 
 /// Leaves free sectors behind.
 void addAndDestroy(IStorage& root) {
     addBigStream(root);
-    succeed(root.Commit(STGC_DEFAULT));
-    succeed(root.DestroyElement(u"big"));
-    succeed(root.DestroyElement(u"longer"));
+    check(root.Commit(STGC_DEFAULT));
+    check(root.DestroyElement(u"big"));
+    check(root.DestroyElement(u"longer"));
 }
 
 FileBytes fileOf(std::size_t sectorSize, void (*fill)(IStorage&)) {
@@ -73,7 +73,7 @@ FileBytes fileOf(std::size_t sectorSize, void (*fill)(IStorage&)) {
         new StorageObject(std::make_shared<CompoundFile>(std::make_unique<MemoryFile>(bytes), true),
                           STGM_READWRITE | STGM_SHARE_EXCLUSIVE, u"seed"));
     fill(*root.get());
-    succeed(root->Commit(STGC_DEFAULT));
+    check(root->Commit(STGC_DEFAULT));
     root = {};
     return bytes;
 }

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "platform/storage/compound/file_access.h"
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 
 namespace velk::fuzz {
 
@@ -26,7 +26,7 @@ class MemoryFile final : public storage::FileAccess {
         std::copy_n(bytes_.begin() + static_cast<std::ptrdiff_t>(offset), count, target.begin());
     }
     void write(std::uint64_t offset, storage::Bytes source) override {
-        storage::failIf(offset > largest - source.size(), STG_E_MEDIUMFULL);
+        platform::require(offset <= largest - source.size(), STG_E_MEDIUMFULL);
         auto const end = static_cast<std::size_t>(offset) + source.size();
         if (bytes_.size() < end) bytes_.resize(end);
         std::copy(source.begin(), source.end(),

@@ -110,14 +110,12 @@ int readAll(IPropertyStorage& set, bool copies) {
         }
         CoTaskMemFree(entry.lpwstrName);
         PROPSPEC const specifier = byId(entry.propid);
-        PROPVARIANT value{}, copy{};
+        PROPVARIANT value{};
         if (set.ReadMultiple(1, &specifier, &value) != S_OK) continue;
         ++readable;
-        if (FAILED(PropVariantCopy(&copy, &value))) std::abort();
         PROPSPEC const other = byId(entry.propid ^ 0x10000);
-        if (copies) set.WriteMultiple(1, &other, &copy, PID_FIRST_USABLE);
+        if (copies) set.WriteMultiple(1, &other, &value, PID_FIRST_USABLE);
         PropVariantClear(&value);
-        PropVariantClear(&copy);
     }
     return readable;
 }

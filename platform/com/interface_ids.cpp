@@ -30,15 +30,21 @@ constinit IID const IID_IGlobalInterfaceTable = publishedId(0x00000146);
 constinit CLSID const CLSID_StdGlobalInterfaceTable = publishedId(0x00000323);
 constinit IID const IID_IDispatch = publishedId(0x00020400);
 constinit IID const IID_ITypeInfo = publishedId(0x00020401);
+constinit IID const IID_IEnumVARIANT = publishedId(0x00020404);
 constinit IID const IID_ITypeLib = publishedId(0x00020402);
 constinit IID const IID_ITypeComp = publishedId(0x00020403);
 constinit IID const IID_ICreateTypeInfo = publishedId(0x00020405);
-constinit IID const IID_ICreateTypeLib = publishedId(0x00020406);
-constinit IID const IID_ICreateTypeInfo2 = publishedId(0x0002040E);
-constinit IID const IID_ICreateTypeLib2 = publishedId(0x0002040F);
 constinit IID const IID_ITypeLib2 = publishedId(0x00020411);
 constinit IID const IID_ITypeInfo2 = publishedId(0x00020412);
 constinit IID const IID_ISequentialStream = {
     0x0C733A30, 0x2A1C, 0x11CE, {0xAD, 0xE5, 0x00, 0xAA, 0x00, 0x44, 0x77, 0x3D}};
 constinit IID const IID_IProvideClassInfo = {
     0xB196B283, 0xBAB4, 0x101A, {0xB6, 0x9C, 0x00, 0xAA, 0x00, 0x34, 0x1D, 0x07}};
+constinit IID const IID_IConnectionPointContainer = {
+    0xB196B284, 0xBAB4, 0x101A, {0xB6, 0x9C, 0x00, 0xAA, 0x00, 0x34, 0x1D, 0x07}};
+constinit IID const IID_IEnumConnectionPoints = {
+    0xB196B285, 0xBAB4, 0x101A, {0xB6, 0x9C, 0x00, 0xAA, 0x00, 0x34, 0x1D, 0x07}};
+constinit IID const IID_IConnectionPoint = {
+    0xB196B286, 0xBAB4, 0x101A, {0xB6, 0x9C, 0x00, 0xAA, 0x00, 0x34, 0x1D, 0x07}};
+constinit IID const IID_IEnumConnections = {
+    0xB196B287, 0xBAB4, 0x101A, {0xB6, 0x9C, 0x00, 0xAA, 0x00, 0x34, 0x1D, 0x07}};

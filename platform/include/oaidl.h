@@ -372,6 +372,7 @@ static_assert(sizeof(EXCEPINFO) == 64 && offsetof(EXCEPINFO, scode) == 56);
 #define DISPATCH_PROPERTYPUTREF 0x8
 
 EXTERN_C VELK_LAYER_EXPORT IID const IID_IDispatch;
+EXTERN_C VELK_LAYER_EXPORT IID const IID_IEnumVARIANT;
 struct IDispatch : IUnknown {
     virtual HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* pctinfo) = 0;
     virtual HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT iTInfo, LCID lcid, ITypeInfo** ppTInfo) = 0;
@@ -520,6 +521,15 @@ struct IRecordInfo : IUnknown {
     virtual PVOID STDMETHODCALLTYPE RecordCreate() = 0;
     virtual HRESULT STDMETHODCALLTYPE RecordCreateCopy(PVOID pvSource, PVOID* ppvDest) = 0;
     virtual HRESULT STDMETHODCALLTYPE RecordDestroy(PVOID pvRecord) = 0;
+};
+
+/// The elements of a collection, each a VARIANT of the caller's.
+struct IEnumVARIANT : IUnknown {
+    /// S_FALSE when there were fewer than `celt`.
+    virtual HRESULT STDMETHODCALLTYPE Next(ULONG celt, VARIANT* rgVar, ULONG* pCeltFetched) = 0;
+    virtual HRESULT STDMETHODCALLTYPE Skip(ULONG celt) = 0;
+    virtual HRESULT STDMETHODCALLTYPE Reset() = 0;
+    virtual HRESULT STDMETHODCALLTYPE Clone(IEnumVARIANT** ppEnum) = 0;
 };
 
 #include "oaidl_create.h"

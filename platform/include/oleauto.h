@@ -95,26 +95,11 @@ enum REGKIND { REGKIND_DEFAULT, REGKIND_REGISTER, REGKIND_NONE };
 WINOLEAUTAPI LoadTypeLib(LPCOLESTR file, ITypeLib** library);
 WINOLEAUTAPI LoadTypeLibEx(LPCOLESTR file, REGKIND kind, ITypeLib** library);
 WINOLEAUTAPI LoadRegTypeLib(REFGUID id, WORD major, WORD minor, LCID lcid, ITypeLib** library);
-WINOLEAUTAPI QueryPathOfRegTypeLib(REFGUID id, USHORT major, USHORT minor, LCID lcid, BSTR* path);
 WINOLEAUTAPI RegisterTypeLib(ITypeLib* library, LPCOLESTR path, LPCOLESTR helpFolder);
 WINOLEAUTAPI UnRegisterTypeLib(REFGUID id, WORD major, WORD minor, LCID lcid, SYSKIND system);
 WINOLEAUTAPI RegisterTypeLibForUser(ITypeLib* library, LPOLESTR path, LPOLESTR helpFolder);
 WINOLEAUTAPI UnRegisterTypeLibForUser(REFGUID id, WORD major, WORD minor, LCID lcid,
                                       SYSKIND system);
-/// A library without types, in memory only: `file` is never written, and
-/// SaveAllChanges says so.
-///
-/// @param system  for whom the library is; sizes and offsets are those of this
-///                process whatever it says
-/// @return        E_INVALIDARG for a null pointer or an unknown system
-WINOLEAUTAPI CreateTypeLib2(SYSKIND system, LPCOLESTR file, ICreateTypeLib2** library);
-/// The same by the older interface.
-WINOLEAUTAPI CreateTypeLib(SYSKIND system, LPCOLESTR file, ICreateTypeLib** library);
-WINOLEAUTAPI_(ULONG) LHashValOfNameSys(SYSKIND system, LCID lcid, OLECHAR const* name);
-WINOLEAUTAPI DispGetIDsOfNames(ITypeInfo* type, LPOLESTR* names, UINT count, DISPID* ids);
-WINOLEAUTAPI DispInvoke(void* instance, ITypeInfo* type, DISPID member, WORD flags,
-                        DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
-                        UINT* argumentError);
 
 /// Calls a function whose types only the caller knows.
 ///

@@ -4,15 +4,6 @@
 
 namespace velk::typelib {
 
-HRESULT copyCustomValue(CustomData items, REFGUID id, VARIANT* value) {
-    require(value, E_INVALIDARG);
-    VariantInit(value);
-    for (auto const& item : items) {
-        if (item.id == id) return VariantCopy(value, &item.value);
-    }
-    return S_OK;
-}
-
 HRESULT copyCustomData(CustomData items, CUSTDATA* data) {
     require(data, E_INVALIDARG);
     *data = {};

@@ -6,9 +6,6 @@
 
 namespace velk::typelib {
 
-/// A copy of the value of an identifier; empty where there is none.
-HRESULT copyCustomValue(CustomData items, REFGUID id, VARIANT* value);
-
 /// Copies of all items in task memory.
 HRESULT copyCustomData(CustomData items, CUSTDATA* data);
 

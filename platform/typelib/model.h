@@ -1,12 +1,10 @@
 /// What a type library says, in memory.
 ///
-/// A model is filled by a reader and never changes once a library object
-/// stands over it, or is filled bit by bit by the creator of its library. What
-/// types point at lives in the arena of the LibraryModel; texts with a null data
-/// pointer are absent.
+/// A model is filled by a reader and never changes afterwards. What types point
+/// at lives in the arena of the LibraryModel; texts with a null data pointer are
+/// absent.
 #pragma once
 
-#include <deque>
 #include <memory>
 #include <memory_resource>
 #include <span>
@@ -74,7 +72,6 @@ struct FunctionModel {
     CustomData custom;
     Text entryName;
     WORD entryOrdinal = 0;
-    Text marshalling;
 };
 
 struct VariableModel {
@@ -107,22 +104,13 @@ struct TypeModel {
     WORD vtableSize = 0;
     /// Functions that the vtable inherits, as the library's compiler counted them.
     WORD inheritedFunctions = 0;
-    /// Limit of the alignment of a record's fields; 0 where `alignment` tells it.
-    WORD packing = 0;
     TYPEDESC alias{};
     Text moduleName;
-    Text schema;
-    Text marshalling;
-    USHORT idlFlags = 0;
     Documentation documentation;
     CustomData custom;
     std::span<FunctionModel const> functions;
     std::span<VariableModel> variables;
     std::span<ImplementedModel const> implemented;
-    /// Whether a dual type is usually seen as a vtable: those made in memory are.
-    bool vtableFirst = false;
-    /// Whether the type was taken out of its library, which keeps its place.
-    bool deleted = false;
 
     bool dual() const { return kind == TKIND_DISPATCH && (flags & TYPEFLAG_FDUAL); }
 };
@@ -178,15 +166,11 @@ class LibraryModel {
     Text helpModule;
     Documentation documentation;
     CustomData custom;
-    /// Types never move, so that library objects may point at them.
-    std::deque<TypeModel> types;
+    std::vector<TypeModel> types;
     std::span<ImportedLibrary> importedLibraries;
     std::span<ImportedType> importedTypes;
     /// The reference to IDispatch that dispatch interfaces implement.
     HREFTYPE dispatchReference = noReference;
-    /// How many names the library has, and their characters.
-    ULONG nameCount = 0;
-    ULONG nameCharacters = 0;
 
   private:
     std::pmr::monotonic_buffer_resource arena_{4096};

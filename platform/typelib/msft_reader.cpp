@@ -47,8 +47,6 @@ class LibraryReader {
         if (presence & header::helpModulePresent) {
             model_.helpModule = tables_.string(file.u32(header::size));
         }
-        model_.nameCount = file.u32(header::nameCount);
-        model_.nameCharacters = file.u32(header::nameCharacters);
         model_.custom = tables_.customData(file.u32(header::customData));
         tables_.readImports();
         model_.dispatchReference = tables_.reference(file.u32(header::dispatch));
@@ -110,6 +108,8 @@ class LibraryReader {
     }
 
     void readInterfaceSizes(TypeModel& model, ByteView record) {
+        // The size of a class is that of a pointer, whatever its alignment.
+        if (model.kind == TKIND_COCLASS) model.instanceSize = sizeof(void*);
         if (model.kind != TKIND_INTERFACE && model.kind != TKIND_DISPATCH) return;
         model.instanceSize = sizeof(void*);
         model.alignment = alignof(void*);

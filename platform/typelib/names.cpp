@@ -61,7 +61,6 @@ std::size_t LibraryIndex::GuidHash::operator()(GUID const& id) const noexcept {
 LibraryIndex::LibraryIndex(LibraryModel const& model) : typeCount_(model.types.size()) {
     for (std::size_t i = 0; i < model.types.size(); ++i) {
         auto const& type = model.types[i];
-        if (type.deleted) continue;
         auto const add = [&](Text name, MEMBERID member) {
             if (name.empty()) return;
             auto& list = byName_[folded(name)];
@@ -71,14 +70,7 @@ LibraryIndex::LibraryIndex(LibraryModel const& model) : typeCount_(model.types.s
             if (!known) list.push_back({i, member, name});
         };
         add(type.name, MEMBERID_NIL);
-        for (auto const& function : type.functions) {
-            add(function.name, function.id);
-            for (auto const& parameter : function.parameters) {
-                if (!parameter.name.empty()) {
-                    parameters_.emplace(folded(parameter.name), parameter.name);
-                }
-            }
-        }
+        for (auto const& function : type.functions) add(function.name, function.id);
         for (auto const& variable : type.variables) add(variable.name, variable.id);
         if (type.id != GUID_NULL) byId_.emplace(type.id, i);
     }
@@ -88,24 +80,6 @@ std::vector<LibraryIndex::Occurrence> const& LibraryIndex::named(
     std::u16string const& foldedName) const {
     auto const found = byName_.find(foldedName);
     return found == byName_.end() ? noOccurrences : found->second;
-}
-
-Text LibraryIndex::parameterNamed(std::u16string const& foldedName) const {
-    auto const found = parameters_.find(foldedName);
-    return found == parameters_.end() ? Text() : found->second;
-}
-
-NameStatistics LibraryIndex::statistics() const {
-    NameStatistics result;
-    auto const count = [&result](std::u16string const& name) {
-        ++result.names;
-        result.characters += static_cast<ULONG>(name.size());
-    };
-    for (auto const& entry : byName_) count(entry.first);
-    for (auto const& entry : parameters_) {
-        if (!byName_.contains(entry.first)) count(entry.first);
-    }
-    return result;
 }
 
 std::size_t LibraryIndex::identified(REFGUID id) const {

@@ -34,12 +34,6 @@ class MemberIndex {
     std::unordered_map<MEMBERID, std::vector<MemberPlace>> byId_;
 };
 
-/// How many different names there are, and their characters altogether.
-struct NameStatistics {
-    ULONG names = 0;
-    ULONG characters = 0;
-};
-
 /// Where names occur in a library.
 class LibraryIndex {
   public:
@@ -53,12 +47,8 @@ class LibraryIndex {
 
     /// Types and members of a name, in the order of the library.
     std::vector<Occurrence> const& named(std::u16string const& foldedName) const;
-    /// The spelling of a parameter's name; absent where no parameter has it.
-    Text parameterNamed(std::u16string const& foldedName) const;
     /// The index of the type of an identifier; the number of types where there is none.
     std::size_t identified(REFGUID id) const;
-
-    NameStatistics statistics() const;
 
   private:
     struct GuidHash {
@@ -66,7 +56,6 @@ class LibraryIndex {
     };
 
     std::unordered_map<std::u16string, std::vector<Occurrence>> byName_;
-    std::unordered_map<std::u16string, Text> parameters_;
     std::unordered_map<GUID, std::size_t, GuidHash> byId_;
     std::size_t typeCount_;
 };

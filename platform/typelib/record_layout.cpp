@@ -13,6 +13,11 @@ constexpr ULONGLONG largest = 0x7fffffff;
 // Records within records deeper than this occur in damaged files only.
 constexpr int deepestRecord = 64;
 
+struct Extent {
+    ULONG size = 0;
+    ULONG alignment = 1;
+};
+
 Extent basicExtent(VARTYPE type) {
     switch (type) {
         case VT_EMPTY:
@@ -45,11 +50,7 @@ Extent basicExtent(VARTYPE type) {
 
 class RecordLayouter {
   public:
-    using Foreign = std::function<Extent(HREFTYPE)>;
-
-    // With `foreign`, whatever a damaged file may say is an error.
-    explicit RecordLayouter(LibraryModel& model, Foreign const* foreign = nullptr)
-        : model_(model), foreign_(foreign), states_(model.types.size()) {}
+    explicit RecordLayouter(LibraryModel& model) : model_(model), states_(model.types.size()) {}
 
     void run() {
         for (std::size_t i = 0; i < model_.types.size(); ++i) layOut(i);
@@ -65,20 +66,12 @@ class RecordLayouter {
             states_[index] = State::done;
             --depth_;
         }
-        if (states_[index] != State::done) {
-            require(!foreign_, TYPE_E_CIRCULARTYPE);
-            return {};
-        }
+        if (states_[index] != State::done) return {};
         return {type.instanceSize, std::max<ULONG>(type.alignment, 1)};
     }
 
   private:
     enum class State { untouched, running, done };
-
-    ULONGLONG limited(ULONGLONG size) const {
-        require(size <= largest || !foreign_, TYPE_E_SIZETOOBIG);
-        return std::min(size, largest);
-    }
 
     void take(TypeModel& type, Extent layout) {
         type.instanceSize = layout.size;
@@ -88,8 +81,7 @@ class RecordLayouter {
     void layOutFields(TypeModel& type) {
         bool const unite = type.kind == TKIND_UNION;
         // The file's alignment limits the fields', as the compiler's packing did.
-        ULONG const stored = type.alignment == 4 ? 8 : std::max<ULONG>(type.alignment, 1);
-        ULONG const packing = type.packing ? type.packing : stored;
+        ULONG const packing = type.alignment == 4 ? 8 : std::max<ULONG>(type.alignment, 1);
         ULONGLONG size = 0;
         ULONG alignment = 1;
         for (auto& field : type.variables) {
@@ -97,11 +89,12 @@ class RecordLayouter {
             ULONG const own = std::min(layout.alignment, packing);
             alignment = std::max(alignment, own);
             ULONGLONG const at = unite ? 0 : (size + own - 1) / own * own;
-            field.offset = static_cast<ULONG>(limited(at));
-            size = limited(unite ? std::max<ULONGLONG>(size, layout.size) : at + layout.size);
+            field.offset = static_cast<ULONG>(std::min(at, largest));
+            size = std::min(unite ? std::max<ULONGLONG>(size, layout.size) : at + layout.size,
+                            largest);
         }
         size = (size + alignment - 1) / alignment * alignment;
-        take(type, {static_cast<ULONG>(limited(size)), alignment});
+        take(type, {static_cast<ULONG>(std::min(size, largest)), alignment});
     }
 
     Extent of(TYPEDESC const& type) {
@@ -112,24 +105,21 @@ class RecordLayouter {
 
     Extent ofReference(HREFTYPE reference) {
         if (kindOfReference(reference) != ReferenceKind::local) {
-            return foreign_ ? (*foreign_)(reference) : basicExtent(VT_USERDEFINED);
+            return basicExtent(VT_USERDEFINED);
         }
-        std::size_t const index = indexOfReference(reference);
-        require(!model_.types[index].deleted, TYPE_E_UNDEFINEDTYPE);
-        return layOut(index);
+        return layOut(indexOfReference(reference));
     }
 
     Extent ofArray(ARRAYDESC const& array) {
         Extent const element = of(array.tdescElem);
         ULONGLONG size = element.size;
         for (USHORT i = 0; i < array.cDims; ++i) {
-            size = limited(size * array.rgbounds[i].cElements);
+            size = std::min(largest, size * array.rgbounds[i].cElements);
         }
         return {static_cast<ULONG>(size), element.alignment};
     }
 
     LibraryModel& model_;
-    Foreign const* foreign_;
     std::vector<State> states_;
     int depth_ = 0;
 };
@@ -138,11 +128,6 @@ class RecordLayouter {
 
 void layOutRecords(LibraryModel& model) {
     RecordLayouter(model).run();
-}
-
-void layOutRecord(LibraryModel& model, std::size_t place,
-                  std::function<Extent(HREFTYPE)> const& foreign) {
-    RecordLayouter(model, &foreign).layOut(place);
 }
 
 }  // namespace velk::typelib

@@ -128,13 +128,6 @@ Reference<TypeLibrary> loadRegisteredLibrary(REFGUID id, WORD major, WORD minor,
 
 }  // namespace velk::typelib
 
-HRESULT QueryPathOfRegTypeLib(REFGUID id, USHORT major, USHORT minor, LCID lcid, BSTR* path) {
-    using namespace velk::typelib;
-    if (!path) return E_INVALIDARG;
-    *path = nullptr;
-    return guarded([&] { *path = Bstr(registeredPath(id, major, minor, lcid)).release(); });
-}
-
 HRESULT LoadRegTypeLib(REFGUID id, WORD major, WORD minor, LCID lcid, ITypeLib** library) {
     using namespace velk::typelib;
     if (!library) return E_INVALIDARG;

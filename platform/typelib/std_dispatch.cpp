@@ -39,7 +39,7 @@ class StandardDispatch final : public IDispatch {
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID,
                                             DISPID* ids) noexcept override {
         if (riid != GUID_NULL) return E_INVALIDARG;
-        return DispGetIDsOfNames(type_.get(), names, count, ids);
+        return type_->GetIDsOfNames(names, count, ids);
     }
     HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID riid, LCID, WORD flags,
                                      DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
@@ -47,8 +47,8 @@ class StandardDispatch final : public IDispatch {
         if (riid != GUID_NULL) return DISP_E_UNKNOWNINTERFACE;
         // The member may let go of the last reference to this object.
         Reference<ITypeInfo> const type(type_);
-        return DispInvoke(instance_, type.get(), member, flags, parameters, result, exception,
-                          argumentError);
+        if (!parameters) return E_INVALIDARG;
+        return type->Invoke(instance_, member, flags, parameters, result, exception, argumentError);
     }
 
   private:

@@ -98,13 +98,13 @@ HRESULT TypeInfo::GetTypeAttr(TYPEATTR** attributes) noexcept {
         description->cImplTypes = static_cast<WORD>(model_.implemented.size());
         description->cbSizeVft = view_ == View::dispatch ? dispatchVtableSize : model_.vtableSize;
         description->cbAlignment = model_.alignment;
-        description->wTypeFlags = publishedFlags();
+        // A dispinterface is never said to be for automation, even where it is
+        // one view of a dual interface that is.
+        auto const hidden = kind() == TKIND_DISPATCH ? TYPEFLAG_FOLEAUTOMATION : 0;
+        description->wTypeFlags = static_cast<WORD>(model_.flags & ~hidden);
         description->wMajorVerNum = model_.majorVersion;
         description->wMinorVerNum = model_.minorVersion;
         description->tdescAlias = model_.alias;
-        description->idldescType.wIDLFlags = model_.idlFlags;
-        // The published field is not const, but nobody writes to it.
-        description->lpstrSchema = const_cast<LPOLESTR>(model_.schema.data());
         *attributes = description.release();
     });
 }

@@ -23,14 +23,9 @@ HRESULT TypeInfo::QueryInterface(REFIID riid, void** object) noexcept {
     *object = nullptr;
     if (riid == IID_IUnknown || riid == IID_ITypeInfo || riid == IID_ITypeInfo2) {
         *object = static_cast<ITypeInfo2*>(this);
-    } else if (riid == IID_ITypeComp) {
-        *object = static_cast<ITypeComp*>(this);
     } else if (riid == ownClass) {
         *object = this;
-    } else {
-        *object = editor_ ? editor_->editingInterface(riid) : nullptr;
-    }
-    if (!*object && record_ && riid == IID_ICreateTypeInfo) {
+    } else if (record_ && riid == IID_ICreateTypeInfo) {
         *object = static_cast<ICreateTypeInfo*>(record_.get());
     }
     if (!*object) return E_NOINTERFACE;
@@ -53,17 +48,9 @@ ULONG TypeInfo::Release() noexcept {
     return left;
 }
 
-HRESULT TypeInfo::GetTypeComp(ITypeComp** binder) noexcept {
-    if (!binder) return E_INVALIDARG;
-    *binder = this;
-    AddRef();
-    return S_OK;
-}
-
 HRESULT TypeInfo::GetContainingTypeLib(ITypeLib** library, UINT* index) noexcept {
     if (!library && !index) return E_INVALIDARG;
-    if (model_.deleted) return TYPE_E_ELEMENTNOTFOUND;
-    if (index) *index = static_cast<UINT>(library_.publishedIndexOf(index_));
+    if (index) *index = static_cast<UINT>(index_);
     if (library) {
         *library = &library_;
         library_.AddRef();
@@ -97,19 +84,16 @@ HRESULT TypeInfo::GetRefTypeOfImplType(UINT index, HREFTYPE* reference) noexcept
     // -1 asks for the other view of a dual interface.
     if (index == static_cast<UINT>(-1)) {
         if (view_ == View::plain) return TYPE_E_ELEMENTNOTFOUND;
-        *reference =
-            makeReference(isUsualView() ? ReferenceKind::otherView : ReferenceKind::local, index_);
+        *reference = makeReference(
+            view_ == View::dispatch ? ReferenceKind::otherView : ReferenceKind::local, index_);
         return S_OK;
     }
     return guarded([&] { *reference = implementedAt(index).reference; });
 }
 
-bool TypeInfo::isUsualView() const {
-    return view_ == View::plain || (view_ == View::vtable) == model_.vtableFirst;
-}
-
 HREFTYPE TypeInfo::ownReference() const {
-    return makeReference(isUsualView() ? ReferenceKind::local : ReferenceKind::otherView, index_);
+    return makeReference(view_ == View::vtable ? ReferenceKind::otherView : ReferenceKind::local,
+                         index_);
 }
 
 Reference<TypeInfo> TypeInfo::own(ITypeInfo& type) {
@@ -121,29 +105,6 @@ Reference<TypeInfo> TypeInfo::own(ITypeInfo& type) {
 HRESULT TypeInfo::GetImplTypeFlags(UINT index, INT* flags) noexcept {
     if (!flags) return E_INVALIDARG;
     return guarded([&] { *flags = implementedAt(index).flags; });
-}
-
-HRESULT TypeInfo::GetTypeKind(TYPEKIND* kindOut) noexcept {
-    if (!kindOut) return E_INVALIDARG;
-    *kindOut = kind();
-    return S_OK;
-}
-
-// A dispinterface is never said to be for automation, even where it is one
-// view of a dual interface that is.
-WORD TypeInfo::publishedFlags() const {
-    auto const hidden = kind() == TKIND_DISPATCH ? TYPEFLAG_FOLEAUTOMATION : 0;
-    return static_cast<WORD>(model_.flags & ~hidden);
-}
-
-HRESULT TypeInfo::GetTypeFlags(ULONG* flags) noexcept {
-    if (!flags) return E_INVALIDARG;
-    *flags = publishedFlags();
-    return S_OK;
-}
-
-HRESULT TypeInfo::GetCustData(REFGUID id, VARIANT* value) noexcept {
-    return guarded([&] { return copyCustomValue(model_.custom, id, value); });
 }
 
 HRESULT TypeInfo::GetAllCustData(CUSTDATA* data) noexcept {
@@ -160,36 +121,17 @@ CustomData TypeInfo::parameterCustomData(UINT function, UINT parameter) {
     return place.model->parameters[parameter].custom;
 }
 
-HRESULT TypeInfo::GetFuncCustData(UINT index, REFGUID id, VARIANT* value) noexcept {
-    return guarded([&] { return copyCustomValue(functionCustomData(index), id, value); });
-}
-
 HRESULT TypeInfo::GetAllFuncCustData(UINT index, CUSTDATA* data) noexcept {
     return guarded([&] { return copyCustomData(functionCustomData(index), data); });
-}
-
-HRESULT TypeInfo::GetParamCustData(UINT function, UINT parameter, REFGUID id,
-                                   VARIANT* value) noexcept {
-    return guarded(
-        [&] { return copyCustomValue(parameterCustomData(function, parameter), id, value); });
 }
 
 HRESULT TypeInfo::GetAllParamCustData(UINT function, UINT parameter, CUSTDATA* data) noexcept {
     return guarded([&] { return copyCustomData(parameterCustomData(function, parameter), data); });
 }
 
-HRESULT TypeInfo::GetVarCustData(UINT index, REFGUID id, VARIANT* value) noexcept {
-    if (index >= model_.variables.size()) return TYPE_E_ELEMENTNOTFOUND;
-    return guarded([&] { return copyCustomValue(model_.variables[index].custom, id, value); });
-}
-
 HRESULT TypeInfo::GetAllVarCustData(UINT index, CUSTDATA* data) noexcept {
     if (index >= model_.variables.size()) return TYPE_E_ELEMENTNOTFOUND;
     return guarded([&] { return copyCustomData(model_.variables[index].custom, data); });
-}
-
-HRESULT TypeInfo::GetImplTypeCustData(UINT index, REFGUID id, VARIANT* value) noexcept {
-    return guarded([&] { return copyCustomValue(implementedAt(index).custom, id, value); });
 }
 
 HRESULT TypeInfo::GetAllImplTypeCustData(UINT index, CUSTDATA* data) noexcept {

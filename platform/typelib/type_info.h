@@ -29,14 +29,16 @@ struct MemberFound {
     VariableModel const* variable = nullptr;
 };
 
-/// ITypeInfo2 and ITypeComp over one type of a model. Thread-safe.
+/// ITypeInfo2 over one type of a model. Thread-safe. What no caller needs, the
+/// binding of names, the making of instances and single items of custom data
+/// among it, is not implemented.
 ///
 /// The dispatch view of a dual interface lists all functions of its vtable,
 /// inherited ones first, as an automation client calls them: a result of type
 /// HRESULT gives way to the parameter that is the return value, and locale
 /// parameters are left out. The vtable view lists the type's own functions as
 /// they are.
-class TypeInfo final : public ITypeInfo2, public ITypeComp {
+class TypeInfo final : public ITypeInfo2 {
   public:
     TypeInfo(TypeLibrary& library, TypeModel const& model, std::size_t index, View view);
 
@@ -51,12 +53,6 @@ class TypeInfo final : public ITypeInfo2, public ITypeComp {
     HREFTYPE ownReference() const;
     /// `type` as an object of this class; null for one of another's making.
     static Reference<TypeInfo> own(ITypeInfo& type);
-
-    /// For the editor: shows another side from now on.
-    void show(View view) { view_ = view; }
-    /// For the editor: members have changed.
-    void forgetMembers() { members_.forget(); }
-    void attach(std::unique_ptr<Editor> editor) { editor_ = std::move(editor); }
 
     /// How many functions this view lists.
     UINT functionCount() const;
@@ -75,7 +71,7 @@ class TypeInfo final : public ITypeInfo2, public ITypeComp {
     ULONG STDMETHODCALLTYPE Release() noexcept override;
 
     HRESULT STDMETHODCALLTYPE GetTypeAttr(TYPEATTR** attributes) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetTypeComp(ITypeComp** binder) noexcept override;
+    HRESULT STDMETHODCALLTYPE GetTypeComp(ITypeComp**) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetFuncDesc(UINT index, FUNCDESC** function) noexcept override;
     HRESULT STDMETHODCALLTYPE GetVarDesc(UINT index, VARDESC** variable) noexcept override;
     HRESULT STDMETHODCALLTYPE GetNames(MEMBERID member, BSTR* names, UINT capacity,
@@ -94,31 +90,39 @@ class TypeInfo final : public ITypeInfo2, public ITypeComp {
                                           BSTR* name, WORD* ordinal) noexcept override;
     HRESULT STDMETHODCALLTYPE GetRefTypeInfo(HREFTYPE reference,
                                              ITypeInfo** type) noexcept override;
-    HRESULT STDMETHODCALLTYPE AddressOfMember(MEMBERID member, INVOKEKIND invocation,
-                                              PVOID* address) noexcept override;
-    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID riid,
-                                             PVOID* object) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetMops(MEMBERID member, BSTR* text) noexcept override;
+    HRESULT STDMETHODCALLTYPE AddressOfMember(MEMBERID, INVOKEKIND, PVOID*) noexcept override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID, PVOID*) noexcept override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE GetMops(MEMBERID, BSTR*) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetContainingTypeLib(ITypeLib** library,
                                                    UINT* index) noexcept override;
     void STDMETHODCALLTYPE ReleaseTypeAttr(TYPEATTR* attributes) noexcept override;
     void STDMETHODCALLTYPE ReleaseFuncDesc(FUNCDESC* function) noexcept override;
     void STDMETHODCALLTYPE ReleaseVarDesc(VARDESC* variable) noexcept override;
 
-    HRESULT STDMETHODCALLTYPE GetTypeKind(TYPEKIND* kind) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetTypeFlags(ULONG* flags) noexcept override;
+    HRESULT STDMETHODCALLTYPE GetTypeKind(TYPEKIND*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeFlags(ULONG*) noexcept override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetFuncIndexOfMemId(MEMBERID member, INVOKEKIND invocation,
                                                   UINT* index) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetVarIndexOfMemId(MEMBERID member, UINT* index) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetCustData(REFGUID id, VARIANT* value) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetFuncCustData(UINT index, REFGUID id,
-                                              VARIANT* value) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetParamCustData(UINT function, UINT parameter, REFGUID id,
-                                               VARIANT* value) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetVarCustData(UINT index, REFGUID id,
-                                             VARIANT* value) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetImplTypeCustData(UINT index, REFGUID id,
-                                                  VARIANT* value) noexcept override;
+    HRESULT STDMETHODCALLTYPE GetVarIndexOfMemId(MEMBERID, UINT*) noexcept override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE GetCustData(REFGUID, VARIANT*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetFuncCustData(UINT, REFGUID, VARIANT*) noexcept override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE GetParamCustData(UINT, UINT, REFGUID, VARIANT*) noexcept override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE GetVarCustData(UINT, REFGUID, VARIANT*) noexcept override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE GetImplTypeCustData(UINT, REFGUID, VARIANT*) noexcept override {
+        return E_NOTIMPL;
+    }
     HRESULT STDMETHODCALLTYPE GetDocumentation2(MEMBERID member, LCID lcid, BSTR* help,
                                                 DWORD* context, BSTR* module) noexcept override;
     HRESULT STDMETHODCALLTYPE GetAllCustData(CUSTDATA* data) noexcept override;
@@ -128,29 +132,19 @@ class TypeInfo final : public ITypeInfo2, public ITypeComp {
     HRESULT STDMETHODCALLTYPE GetAllVarCustData(UINT index, CUSTDATA* data) noexcept override;
     HRESULT STDMETHODCALLTYPE GetAllImplTypeCustData(UINT index, CUSTDATA* data) noexcept override;
 
-    HRESULT STDMETHODCALLTYPE Bind(LPOLESTR name, ULONG hash, WORD flags, ITypeInfo** type,
-                                   DESCKIND* kind, BINDPTR* found) noexcept override;
-    HRESULT STDMETHODCALLTYPE BindType(LPOLESTR name, ULONG hash, ITypeInfo** type,
-                                       ITypeComp** binder) noexcept override;
-
-    /// A function's description as this view shows it.
-    FUNCDESC* describe(FunctionPlace const& place);
-
   private:
+    FUNCDESC* describe(FunctionPlace const& place);
     FunctionPlace flattenedFunction(UINT index, int depth);
     ImplementedModel implementedAt(UINT index) const;
     CustomData functionCustomData(UINT index);
     CustomData parameterCustomData(UINT function, UINT parameter);
-    WORD publishedFlags() const;
-    bool isUsualView() const;
 
     TypeLibrary& library_;
     TypeModel const& model_;
-    std::size_t index_;
-    View view_;
+    std::size_t const index_;
+    View const view_;
     std::atomic<ULONG> references_{0};
     Lazy<MemberIndex> members_;
-    std::unique_ptr<Editor> editor_;
     /// Only of records that the library gives no identifier.
     std::unique_ptr<LoadedRecord> record_;
 };

@@ -9,19 +9,6 @@
 #include "platform/typelib/type_info.h"
 
 namespace velk::typelib {
-namespace {
-
-View usualView(TypeModel const& type) {
-    if (!type.dual()) return View::plain;
-    return type.vtableFirst ? View::vtable : View::dispatch;
-}
-
-View otherView(TypeModel const& type) {
-    return type.vtableFirst ? View::dispatch : View::vtable;
-}
-
-}  // namespace
-
 Reference<TypeLibrary> TypeLibrary::create(std::unique_ptr<LibraryModel const> model,
                                            std::u16string path) {
     return Reference<TypeLibrary>::adopt(new TypeLibrary(std::move(model), std::move(path)));
@@ -31,50 +18,14 @@ TypeLibrary::TypeLibrary(std::unique_ptr<LibraryModel const> model, std::u16stri
     : model_(std::move(model)),
       path_(std::move(path)),
       imported_(model_->importedLibraries.size()) {
-    while (types_.size() < model_->types.size()) showNextType();
+    for (auto const& type : model_->types) {
+        auto const place = types_.size();
+        auto const usual = type.dual() ? View::dispatch : View::plain;
+        types_.push_back(std::make_unique<TypeInfo>(*this, type, place, usual));
+        otherViews_.push_back(
+            type.dual() ? std::make_unique<TypeInfo>(*this, type, place, View::vtable) : nullptr);
+    }
     platform::countLive(VELK_LIVE_TYPE_LIBRARY, 1);
-}
-
-// Both lists grow or none does.
-TypeInfo& TypeLibrary::showNextType() {
-    std::size_t const place = types_.size();
-    auto const& type = model_->types[place];
-    types_.reserve(place + 1);
-    otherViews_.reserve(place + 1);
-    auto info = std::make_unique<TypeInfo>(*this, type, place, usualView(type));
-    auto other =
-        type.dual() ? std::make_unique<TypeInfo>(*this, type, place, otherView(type)) : nullptr;
-    types_.push_back(std::move(info));
-    otherViews_.push_back(std::move(other));
-    return *types_.back();
-}
-
-// A view that was handed out stays, even if the type is dual no more.
-void TypeLibrary::updateViews(std::size_t place) {
-    auto const& type = model_->types[place];
-    if (type.dual() && !otherViews_[place]) {
-        otherViews_[place] = std::make_unique<TypeInfo>(*this, type, place, otherView(type));
-    }
-    types_[place]->show(usualView(type));
-}
-
-std::size_t TypeLibrary::placeOf(std::size_t published) const {
-    std::size_t const count = model_->types.size();
-    if (!editor_) return published;
-    for (std::size_t place = 0; place < count; ++place) {
-        if (model_->types[place].deleted) continue;
-        if (published == 0) return place;
-        --published;
-    }
-    return count;
-}
-
-std::size_t TypeLibrary::publishedIndexOf(std::size_t place) const {
-    if (!editor_) return place;
-    auto const begin = model_->types.begin();
-    auto const deleted = std::count_if(begin, begin + static_cast<std::ptrdiff_t>(place),
-                                       [](auto const& type) { return type.deleted; });
-    return place - static_cast<std::size_t>(deleted);
 }
 
 TypeLibrary::~TypeLibrary() {
@@ -91,12 +42,9 @@ HRESULT TypeLibrary::QueryInterface(REFIID riid, void** object) noexcept {
     *object = nullptr;
     if (riid == IID_IUnknown || riid == IID_ITypeLib || riid == IID_ITypeLib2) {
         *object = static_cast<ITypeLib2*>(this);
-    } else if (riid == IID_ITypeComp) {
-        *object = static_cast<ITypeComp*>(this);
     } else {
-        *object = editor_ ? editor_->editingInterface(riid) : nullptr;
+        return E_NOINTERFACE;
     }
-    if (!*object) return E_NOINTERFACE;
     AddRef();
     return S_OK;
 }
@@ -120,18 +68,18 @@ ULONG TypeLibrary::Release() noexcept {
 }
 
 UINT TypeLibrary::GetTypeInfoCount() noexcept {
-    return static_cast<UINT>(publishedIndexOf(types_.size()));
+    return static_cast<UINT>(types_.size());
 }
 
 HRESULT TypeLibrary::GetTypeInfo(UINT index, ITypeInfo** out) noexcept {
     if (!out) return E_INVALIDARG;
     *out = nullptr;
-    return guarded([&] { *out = type(placeOf(index)).release(); });
+    return guarded([&] { *out = type(index).release(); });
 }
 
 HRESULT TypeLibrary::GetTypeInfoType(UINT index, TYPEKIND* kind) noexcept {
     if (!kind) return E_INVALIDARG;
-    return guarded([&] { *kind = type(placeOf(index))->kind(); });
+    return guarded([&] { *kind = type(index)->kind(); });
 }
 
 HRESULT TypeLibrary::GetTypeInfoOfGuid(REFGUID id, ITypeInfo** out) noexcept {
@@ -150,7 +98,7 @@ HRESULT TypeLibrary::GetLibAttr(TLIBATTR** attributes) noexcept {
         description->syskind = model_->system;
         description->wMajorVerNum = model_->majorVersion;
         description->wMinorVerNum = model_->minorVersion;
-        description->wLibFlags = model_->flags | (editor_ ? 0 : LIBFLAG_FHASDISKIMAGE);
+        description->wLibFlags = model_->flags | LIBFLAG_FHASDISKIMAGE;
         *attributes = description.release();
     });
 }
@@ -159,18 +107,11 @@ void TypeLibrary::ReleaseTLibAttr(TLIBATTR* attributes) noexcept {
     giveBack(attributes);
 }
 
-HRESULT TypeLibrary::GetTypeComp(ITypeComp** binder) noexcept {
-    if (!binder) return E_INVALIDARG;
-    *binder = this;
-    AddRef();
-    return S_OK;
-}
-
 HRESULT TypeLibrary::GetDocumentation(INT index, BSTR* name, BSTR* help, DWORD* context,
                                       BSTR* helpFile) noexcept {
     return guarded([&] {
         if (index >= 0) {
-            return type(placeOf(static_cast<std::size_t>(index)))
+            return type(static_cast<std::size_t>(index))
                 ->GetDocumentation(MEMBERID_NIL, name, help, context, helpFile);
         }
         require(index == -1, TYPE_E_ELEMENTNOTFOUND);
@@ -189,7 +130,7 @@ HRESULT TypeLibrary::GetDocumentation2(INT index, LCID lcid, BSTR* help, DWORD* 
                                        BSTR* module) noexcept {
     return guarded([&] {
         if (index >= 0) {
-            return type(placeOf(static_cast<std::size_t>(index)))
+            return type(static_cast<std::size_t>(index))
                 ->GetDocumentation2(MEMBERID_NIL, lcid, help, context, module);
         }
         require(index == -1, TYPE_E_ELEMENTNOTFOUND);
@@ -199,20 +140,6 @@ HRESULT TypeLibrary::GetDocumentation2(INT index, LCID lcid, BSTR* help, DWORD* 
         if (context) *context = model_->documentation.stringContext;
         if (module) *module = moduleText.release();
         return S_OK;
-    });
-}
-
-HRESULT TypeLibrary::IsName(LPOLESTR name, ULONG, BOOL* found) noexcept {
-    if (!name || !found) return E_INVALIDARG;
-    *found = FALSE;
-    return guarded([&] {
-        auto const key = folded(name);
-        auto const& places = index().named(key);
-        Text const spelling = places.empty() ? index().parameterNamed(key) : places[0].spelling;
-        if (!spelling.data()) return;
-        // The caller's buffer has the same length, whatever the case.
-        std::copy(spelling.begin(), spelling.end(), name);
-        *found = TRUE;
     });
 }
 
@@ -234,23 +161,8 @@ HRESULT TypeLibrary::FindName(LPOLESTR name, ULONG, ITypeInfo** types, MEMBERID*
     });
 }
 
-HRESULT TypeLibrary::GetCustData(REFGUID id, VARIANT* value) noexcept {
-    return guarded([&] { return copyCustomValue(model_->custom, id, value); });
-}
-
 HRESULT TypeLibrary::GetAllCustData(CUSTDATA* data) noexcept {
     return guarded([&] { return copyCustomData(model_->custom, data); });
-}
-
-HRESULT TypeLibrary::GetLibStatistics(ULONG* names, ULONG* characters) noexcept {
-    if (!names) return E_INVALIDARG;
-    return guarded([&] {
-        // What was read tells its own figures, which count more than a caller sees.
-        auto const figures = editor_ ? index().statistics()
-                                     : NameStatistics{model_->nameCount, model_->nameCharacters};
-        *names = figures.names;
-        if (characters) *characters = figures.characters;
-    });
 }
 
 }  // namespace velk::typelib

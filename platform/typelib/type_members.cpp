@@ -156,14 +156,4 @@ HRESULT TypeInfo::GetFuncIndexOfMemId(MEMBERID member, INVOKEKIND invocation,
     });
 }
 
-HRESULT TypeInfo::GetVarIndexOfMemId(MEMBERID member, UINT* index) noexcept {
-    if (!index) return E_INVALIDARG;
-    for (std::size_t i = 0; i < model_.variables.size(); ++i) {
-        if (model_.variables[i].id != member) continue;
-        *index = static_cast<UINT>(i);
-        return S_OK;
-    }
-    return TYPE_E_ELEMENTNOTFOUND;
-}
-
 }  // namespace velk::typelib

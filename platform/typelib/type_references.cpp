@@ -17,8 +17,7 @@ std::mutex importLock;
 }  // namespace
 
 Reference<TypeInfo> TypeLibrary::type(std::size_t index) {
-    bool const present = index < types_.size() && !model_->types[index].deleted;
-    require(present, TYPE_E_ELEMENTNOTFOUND);
+    require(index < types_.size(), TYPE_E_ELEMENTNOTFOUND);
     return Reference<TypeInfo>(types_[index].get());
 }
 
@@ -63,10 +62,8 @@ HREFTYPE TypeLibrary::borrow(TypeLibrary& owner, HREFTYPE reference) {
 HREFTYPE TypeLibrary::vtableReference(HREFTYPE reference) const {
     std::size_t const index = indexOfReference(reference);
     bool const local = kindOfReference(reference) == ReferenceKind::local;
-    if (!local || index >= model_->types.size()) return reference;
-    auto const& type = model_->types[index];
-    bool const other = type.dual() && !type.vtableFirst;
-    return other ? makeReference(ReferenceKind::otherView, index) : reference;
+    if (!local || index >= otherViews_.size()) return reference;
+    return otherViews_[index] ? makeReference(ReferenceKind::otherView, index) : reference;
 }
 
 Reference<TypeInfo> TypeLibrary::resolveImported(std::size_t index) {

@@ -2,8 +2,8 @@
 
 #include "VelkQXTProxy/dispatch_wrapper.h"
 #include "VelkQXTProxy/variant_wrapper.h"
-#include "facade_creation.h"
 #include "host/dictionary.h"
+#include "native_to_host/facade.h"
 #include "support/small_stack.h"
 
 // Structures that go back and forth between the two object models end level by

@@ -3,8 +3,8 @@
 #include <thread>
 #include <vector>
 
-#include "conversions.h"
-#include "facade_creation.h"
+#include "conversion/conversions.h"
+#include "native_to_host/facade.h"
 #include "support/host_calls.h"
 #include "support/native_values.h"
 #include "support/recording_object.h"

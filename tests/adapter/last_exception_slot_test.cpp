@@ -1,4 +1,4 @@
-#include "last_exception_slot.h"
+#include "VelkQXTProxy/last_exception_slot.h"
 
 #include <gtest/gtest.h>
 

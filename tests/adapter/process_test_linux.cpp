@@ -10,7 +10,7 @@
 #include <thread>
 
 #include "host/host.h"
-#include "interfaces.h"
+#include "module/interfaces.h"
 #include "support/loaded_module.h"
 
 namespace {

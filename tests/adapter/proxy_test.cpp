@@ -5,7 +5,7 @@
 
 #include <QCoreApplication>
 
-#include "interfaces.h"
+#include "module/interfaces.h"
 #include "support/loaded_module.h"
 #include "support/native_values.h"
 #include "support/recording_object.h"

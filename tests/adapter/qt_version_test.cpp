@@ -1,4 +1,4 @@
-#include "qt_version.h"
+#include "module/qt_version.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // Calls that go back and forth between the sides, on stacks of many kinds.
 
-#include "stack_room.h"
+#include "port/stack_room.h"
 
 #include <gtest/gtest.h>
 

@@ -36,6 +36,13 @@ std::size_t CraftedFile::find(std::u16string const& name) const {
     return static_cast<std::size_t>(found - elements_.begin());
 }
 
+std::size_t CraftedFile::lastStorage(std::u16string const& name) const {
+    std::size_t at = elements_.size();
+    while (elements_.at(--at).type != storage || elements_[at].name != name) {
+    }
+    return at;
+}
+
 /// Appends bytes in sectors of their own, one behind the other.
 CraftedFile::Sector CraftedFile::place(std::string const& bytes) {
     auto const first = static_cast<Sector>(next_.size());
@@ -68,23 +75,8 @@ void CraftedFile::placeSmall() {
     elements_[0].last = static_cast<Sector>(next_.size() - 1);
     smallNext_.resize((smallNext_.size() + each_ / 4 - 1) / (each_ / 4) * (each_ / 4), freeSector);
     smallTableAt_ = place(numbers(smallNext_));
-    setHeader(smallTableAt, smallTableAt_);
-    setHeader(smallTablesAt, static_cast<Sector>(smallNext_.size() * 4 / each_));
-}
-
-/// In the published order: shorter names first.
-std::vector<std::size_t> CraftedFile::sortedIn(std::size_t storage) const {
-    std::vector<std::size_t> all;
-    for (std::size_t i = 1; i < elements_.size(); ++i) {
-        if (elements_[i].parent == storage) all.push_back(i);
-    }
-    auto const key = [&](std::size_t i) {
-        auto name = elements_[i].name;
-        for (auto& unit : name) unit -= unit >= u'a' && unit <= u'z' ? 32 : 0;
-        return std::pair(name.size(), name);
-    };
-    std::ranges::stable_sort(all, {}, key);
-    return all;
+    setHeader(60, smallTableAt_);
+    setHeader(64, static_cast<Sector>(smallNext_.size() * 4 / each_));
 }
 
 std::string CraftedFile::entries() const {
@@ -103,13 +95,20 @@ std::string CraftedFile::entries() const {
         put(bytes, at + firstAt, element.first, 4);
         put(bytes, at + sizeAt, element.bytes.size(), 4);
     }
-    // A tree that goes to the right only.
-    for (std::size_t i = 0; i < elements_.size(); ++i) {
-        std::size_t link = i * entrySize + childAt;
-        for (std::size_t const inner : sortedIn(i)) {
-            put(bytes, link, inner, 4);
-            link = inner * entrySize + rightAt;
-        }
+    // Trees that go to the right only, in the published order: shorter names first.
+    std::vector<std::size_t> order(elements_.size() - 1);
+    std::iota(order.begin(), order.end(), std::size_t{1});
+    std::ranges::stable_sort(order, {}, [&](std::size_t i) {
+        auto name = elements_[i].name;
+        for (auto& unit : name) unit -= unit >= u'a' && unit <= u'z' ? 32 : 0;
+        return std::pair(name.size(), name);
+    });
+    std::vector<std::size_t> links;
+    for (std::size_t i = 0; i < elements_.size(); ++i) links.push_back(i * entrySize + childAt);
+    for (std::size_t const inner : order) {
+        auto& link = links[elements_[inner].parent];
+        put(bytes, link, inner, 4);
+        link = inner * entrySize + rightAt;
     }
     return bytes;
 }
@@ -161,7 +160,7 @@ void CraftedFile::build() {
     set(30, isLarge ? 12 : 9, 2);
     set(32, 6, 2);
     set(56, smallestBig);
-    setHeader(smallTableAt, endOfChain);
+    setHeader(60, endOfChain);
     for (Element& element : elements_) {
         if (element.bytes.size() < smallestBig) continue;
         element.first = place(element.bytes);

@@ -13,8 +13,7 @@ class CraftedFile {
     using Sector = std::uint32_t;
     static constexpr Sector endOfChain = 0xFFFFFFFE, freeSector = 0xFFFFFFFF;
     static constexpr unsigned storage = 1, stream = 2;
-    // Where the header and an entry have what.
-    static constexpr std::size_t smallTableAt = 60, smallTablesAt = 64;
+    // Where an entry has what.
     static constexpr std::size_t typeAt = 66, leftAt = 68, rightAt = 72, childAt = 76,
                                  firstAt = 116, sizeAt = 120;
 
@@ -31,6 +30,7 @@ class CraftedFile {
 
     /// The number of the first element of the name.
     std::size_t find(std::u16string const& name) const;
+    std::size_t lastStorage(std::u16string const& name) const;
     /// The first and the last sector of an element; of small streams, of theirs.
     Sector first(std::size_t element) const { return elements_[element].first; }
     Sector last(std::size_t element) const { return elements_[element].last; }
@@ -66,7 +66,6 @@ class CraftedFile {
     Sector place(std::string const& bytes);
     void placeSmall();
     std::string entries() const;
-    std::vector<std::size_t> sortedIn(std::size_t storage) const;
     void placeTables();
 
     std::size_t each_;

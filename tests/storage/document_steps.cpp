@@ -191,16 +191,7 @@ std::vector<Step> const steps{
          return root.RenameElement(name.c_str(), renamedStream);
      },
      nullptr},
-    {"move stream",
-     [](IStorage& root, Text const&) {
-         return root.MoveElementTo(renamedStream, &root, movedStream, STGMOVE_MOVE);
-     },
-     nullptr},
-    {"destroy",
-     [](IStorage& root, Text const&) {
-         HRESULT const code = root.DestroyElement(movedStream);
-         return code == STG_E_FILENOTFOUND ? root.DestroyElement(renamedStream) : code;
-     },
+    {"destroy", [](IStorage& root, Text const&) { return root.DestroyElement(renamedStream); },
      nullptr},
 };
 

@@ -27,8 +27,8 @@ struct Step {
 
 extern std::vector<Step> const steps;
 
-/// Names that the steps give to other elements.
-inline constexpr char16_t renamedStream[] = u"renamed stream", movedStream[] = u"moved stream";
+/// The name that a step gives to another element.
+inline constexpr char16_t renamedStream[] = u"renamed stream";
 
 /// How a client opens a document.
 enum class Way {

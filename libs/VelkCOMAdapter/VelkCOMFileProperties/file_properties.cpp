@@ -12,6 +12,8 @@ using scripting::proxyobj::prxPathNameC;
 
 namespace {
 
+// Unit and lines as member descriptors publish them: constants of the class, no
+// places in this file.
 constexpr char const* sourceUnit = "VelkCOMFileProperties";
 
 /// Root of the volume that holds a path, or empty when the path has none.

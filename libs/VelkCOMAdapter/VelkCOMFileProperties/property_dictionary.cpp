@@ -12,6 +12,8 @@ namespace com = velk::com;
 
 namespace {
 
+// Unit and lines as member descriptors publish them: constants of the class, no
+// places in this file.
 constexpr char const* sourceUnit = "VelkCOMFileProperties";
 constexpr char const* readOnlyMessage = "Dictionary is in read-only mode!";
 constexpr char const* writeMessage = "Failed to write property to source file!";

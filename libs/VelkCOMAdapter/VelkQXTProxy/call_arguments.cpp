@@ -4,10 +4,10 @@
 
 #include "VelkQXTProxy/wrapper_interfaces.h"
 #include "com/owners.h"
-#include "conversions.h"
+#include "conversion/conversions.h"
+#include "conversion/variant_references.h"
 #include "host/exception.h"
 #include "host/symbol_ref.h"
-#include "variant_references.h"
 
 namespace velk::adapter {
 namespace {

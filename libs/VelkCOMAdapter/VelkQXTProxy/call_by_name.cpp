@@ -6,11 +6,10 @@
 #include "VelkQXTProxy/call_arguments.h"
 #include "VelkQXTProxy/call_failure.h"
 #include "VelkQXTProxy/exception_info.h"
-#include "VelkQXTProxy/failures.h"
 #include "VelkQXTProxy/member_lookup.h"
 #include "com/error.h"
 #include "com/owners.h"
-#include "conversions.h"
+#include "conversion/conversions.h"
 
 namespace velk::adapter {
 namespace {

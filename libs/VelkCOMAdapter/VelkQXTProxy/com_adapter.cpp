@@ -13,6 +13,8 @@ using velk::com::ComPtr;
 
 namespace {
 
+// Unit and lines as member descriptors publish them: constants of the class, no
+// places in this file.
 constexpr char const* sourceUnit = "VelkQXTProxy";
 
 [[noreturn]] void fail(char const* member, mzComStringC const& message) {

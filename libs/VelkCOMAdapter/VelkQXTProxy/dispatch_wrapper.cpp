@@ -1,9 +1,9 @@
 #include "VelkQXTProxy/dispatch_wrapper.h"
 
 #include "VelkQXTProxy/call_by_name.h"
-#include "VelkQXTProxy/failures.h"
+#include "VelkQXTProxy/call_failure.h"
 #include "host/coinit.h"
-#include "stack_room.h"
+#include "port/stack_room.h"
 
 using velk::com::ComPtr;
 

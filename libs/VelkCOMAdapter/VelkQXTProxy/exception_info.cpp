@@ -1,7 +1,7 @@
 #include "VelkQXTProxy/exception_info.h"
 
 #include "host/proxy_member.h"
-#include "process_objects.h"
+#include "module/process_objects.h"
 
 using velk::com::Bstr;
 using velk::com::makeBstr;
@@ -9,6 +9,8 @@ using velk::com::TextView;
 
 namespace {
 
+// Unit and lines as member descriptors publish them: constants of the class, no
+// places in this file.
 constexpr char const* sourceUnit = "VelkQXTProxy";
 
 Bstr copyUpToNul(BSTR text) {

@@ -1,9 +1,9 @@
 #include "VelkQXTProxy/record_access.h"
 
-#include "VelkQXTProxy/failures.h"
+#include "VelkQXTProxy/call_failure.h"
 #include "VelkQXTProxy/script_values.h"
 #include "com/com_ptr.h"
-#include "conversions.h"
+#include "conversion/conversions.h"
 #include "host/single_thread_use.h"
 
 namespace velk::adapter {

@@ -1,6 +1,6 @@
 #include "VelkQXTProxy/record_creation.h"
 
-#include "VelkQXTProxy/failures.h"
+#include "VelkQXTProxy/call_failure.h"
 #include "VelkQXTProxy/script_values.h"
 #include "VelkQXTProxy/wrapper_interfaces.h"
 #include "com/error.h"

@@ -4,7 +4,7 @@
 
 #include "VelkQXTProxy/wrapper_interfaces.h"
 #include "com/error.h"
-#include "conversions.h"
+#include "conversion/conversions.h"
 
 namespace velk::adapter {
 

@@ -1,6 +1,6 @@
 #include "VelkQXTProxy/type_change.h"
 
-#include "VelkQXTProxy/failures.h"
+#include "VelkQXTProxy/call_failure.h"
 #include "VelkQXTProxy/script_values.h"
 #include "VelkQXTProxy/typed_dispatch.h"
 #include "host/single_thread_use.h"

@@ -3,14 +3,13 @@
 #include <new>
 
 #include "VelkQXTProxy/array_access.h"
-#include "VelkQXTProxy/array_creation.h"
-#include "VelkQXTProxy/failures.h"
+#include "VelkQXTProxy/call_failure.h"
 #include "VelkQXTProxy/record_access.h"
 #include "VelkQXTProxy/record_creation.h"
 #include "VelkQXTProxy/script_values.h"
 #include "VelkQXTProxy/type_change.h"
 #include "com/error.h"
-#include "conversions.h"
+#include "conversion/conversions.h"
 #include "host/proxy_member.h"
 
 using velk::adapter::HeldValue;

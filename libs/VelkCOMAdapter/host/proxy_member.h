@@ -124,7 +124,7 @@ constexpr proxyMemberDescS describe(char const* name, unsigned kind, char const*
 
 }  // namespace proxy_member_detail
 
-/// A method. `sourceFile` and `line` say where the member is declared.
+/// A method. `sourceFile` and `line` are the place that its descriptor publishes.
 template <auto member>
 constexpr proxyMemberDescS proxyMethod(char const* name, char const* sourceFile, int line) {
     return proxy_member_detail::describe<member>(name, mzCallMethod, sourceFile, line);

@@ -3,7 +3,7 @@
 
 generate.py sources LIST                 the names of the files that clients writes
 generate.py clients LIST FOLDER          a header per class, a source file per group
-generate.py table LIST FILE              the list as a C++ table, for tests
+generate.py fixed LIST FILE              what of the list must stay, for tests
 generate.py calls LIST FILE              calls of every member function, for tests
 
 The list's own head tells its format.
@@ -266,27 +266,17 @@ def write_clients(clients, folder):
         write(f"{folder}/proxyobj/{group}_clients.cpp", source_text(group, clients))
 
 
-def table_text(clients):
-    def quoted(text):
-        return f'"{text}"' if text else "nullptr"
-
-    text = WARNING + '#include "proxyobj/client_table.h"\n\nnamespace velk::test {\n\nnamespace {\n\n'
+def fixed_text(clients):
+    """The classes and how many members they have, and the members that are given."""
+    text = ""
     for client in clients.values():
-        if not client.members:
-            continue
-        text += f"constexpr ListedMember membersOf_{client.name}[] = {{\n"
-        for member in client.members:
-            outs = sum(parameter.out for parameter in member.parameters)
-            text += (f'    {{"{member.name}", ListedKind::{member.kind}, '
-                     f"{len(member.parameters)}, {outs}, {str(member.mark == 'given').lower()}}},\n")
-        text += "};\n\n"
-    text += "constexpr ListedClass classes[] = {\n"
-    for client in clients.values():
-        members = f"membersOf_{client.name}" if client.members else "{}"
-        text += (f'    {{"{client.name}", {quoted(client.base)}, {quoted(client.script_name)}, '
-                 f"{members}}},\n")
-    return text + ("};\n\n}  // namespace\n\nstd::span<ListedClass const> listedClasses() {\n"
-                   "    return classes;\n}\n\n}  // namespace velk::test\n")
+        outs = sum(any(p.out for p in member.parameters) for member in client.members)
+        text += (f"class {client.name}{f' : {client.base}' if client.base else ''}"
+                 f"{f' {chr(34)}{client.script_name}{chr(34)}' if client.script_name else ''}"
+                 f", {len(client.members)} members{f', {outs} with out' if outs else ''}\n")
+        text += "".join(sorted(f"    {member.kind} {member.name} {len(member.parameters)}\n"
+                               for member in client.members if member.mark == "given"))
+    return text
 
 
 SAMPLES = {
@@ -312,8 +302,8 @@ def call_of(client, member):
     left = "".join(f"        observer.left(out{number});\n"
                    for number, parameter in enumerate(member.parameters) if parameter.out)
     use = f"observer.returned({call});" if member.result else f"{call};"
-    return (f"    {{\n{setup}        observer.expect(\"{client.name}\", "
-            f"\"{member.name}\");\n        {use}\n{left}    }}\n")
+    return (f"    {{\n{setup}        observer.expect({{\"{client.name}\", \"{member.name}\", "
+            f"{KINDS[member.kind]}, {len(arguments)}}});\n        {use}\n{left}    }}\n")
 
 
 def calls_text(clients):
@@ -337,7 +327,7 @@ def main(arguments):
     commands = {
         "sources": (1, lambda clients: print(";".join(files_of(clients)), end="")),
         "clients": (2, write_clients),
-        "table": (2, lambda clients, file: write(file, table_text(clients))),
+        "fixed": (2, lambda clients, file: write(file, fixed_text(clients))),
         "calls": (2, lambda clients, file: write(file, calls_text(clients))),
     }
     if not arguments or arguments[0] not in commands:

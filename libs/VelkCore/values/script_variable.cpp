@@ -18,6 +18,7 @@ class ScriptVariable final : public velk::core::CountedObject<mzScriptSymbolRefI
                           mzComPtrT<mzIException>& exception) override {
         if (name.isEmpty() && callKind == mzCallPropertyPut && args.size() == 1) {
             write(args.at(0).skipVariable());
+            result.clear();
             return mzSuccess;
         }
         if (name.isEmpty() && args.size() == 0 && !(callKind & mzCallPropertyPut)) {

@@ -9,7 +9,7 @@
 
 #include "platform/storage/compound/directory.h"
 #include "platform/storage/compound/stream_content.h"
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 
 namespace velk::platform::storage {
 
@@ -23,7 +23,7 @@ struct OpenElement {
 };
 
 /// A compound file with what clients have open in it. Members fail with a
-/// StorageError. A caller holds lock() while it uses one.
+/// Failure. A caller holds lock() while it uses one.
 class CompoundFile {
   public:
     /// Reads what is there. `isWritable` as the file was opened; `isDirect`:
@@ -67,7 +67,7 @@ class CompoundFile {
         auto const before = store_.touches();
         try {
             body();
-        } catch (StorageError const& error) {
+        } catch (Failure const& error) {
             bool const hasBegun = store_.touches() != before;
             if (hasBegun || error.code == STG_E_READFAULT) torn_ = error.code;
             throw;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 #include "platform/system/letter_case.h"
 
 namespace velk::platform::storage {
@@ -77,15 +77,15 @@ Header Header::ofNewFile(std::size_t sectorSize) {
 }
 
 Header Header::parse(std::array<std::byte, headerSize> const& bytes) {
-    failIf(std::memcmp(bytes.data(), signature.data(), signature.size()) != 0,
-           STG_E_FILEALREADYEXISTS);
+    require(std::memcmp(bytes.data(), signature.data(), signature.size()) == 0,
+            STG_E_FILEALREADYEXISTS);
     Header header;
     header.bytes_ = bytes;
     auto const shift = readNumber<std::uint16_t>(bytes, 30);
     bool const known = readNumber<std::uint16_t>(bytes, 28) == byteOrder &&
                        (shift == 9 || shift == 12) && readNumber<std::uint16_t>(bytes, 32) == 6 &&
                        header.number(56) == smallestBigStream;
-    failIf(!known, STG_E_OLDFORMAT);
+    require(known, STG_E_OLDFORMAT);
     return header;
 }
 

@@ -4,7 +4,6 @@
 #include <array>
 #include <bitset>
 
-#include "platform/storage/storage_error.h"
 #include "platform/system/utf16.h"
 
 namespace velk::platform::storage {
@@ -75,20 +74,11 @@ std::optional<FMTID> formatIdOf(std::u16string_view streamName) {
 
 }  // namespace velk::platform::storage
 
-HRESULT FmtIdToPropStgName(FMTID const* formatId, LPOLESTR name) {
-    using namespace velk::platform::storage;
-    if (formatId == nullptr || name == nullptr) return E_INVALIDARG;
-    return answer([&] {
-        auto const text = streamNameOf(*formatId);
-        *std::ranges::copy(text, name).out = u'\0';
-    });
-}
-
-HRESULT PropStgNameToFmtId(LPOLESTR const name, FMTID* formatId) {
-    using namespace velk::platform::storage;
-    if (name == nullptr || formatId == nullptr) return E_INVALIDARG;
-    auto const id = formatIdOf(name);
-    if (!id) return STG_E_INVALIDNAME;
-    *formatId = *id;
-    return S_OK;
-}
+constinit FMTID const FMTID_SummaryInformation = {
+    0xF29F85E0, 0x4FF9, 0x1068, {0xAB, 0x91, 0x08, 0x00, 0x2B, 0x27, 0xB3, 0xD9}};
+constinit FMTID const FMTID_DocSummaryInformation = {
+    0xD5CDD502, 0x2E9C, 0x101B, {0x93, 0x97, 0x08, 0x00, 0x2B, 0x2C, 0xF9, 0xAE}};
+constinit FMTID const FMTID_UserDefinedProperties = {
+    0xD5CDD505, 0x2E9C, 0x101B, {0x93, 0x97, 0x08, 0x00, 0x2B, 0x2C, 0xF9, 0xAE}};
+constinit FMTID const FMTID_MediaFileSummaryInformation = {
+    0x64440492, 0x4C8B, 0x11D1, {0x8B, 0x70, 0x08, 0x00, 0x36, 0xB1, 0x1A, 0x03}};

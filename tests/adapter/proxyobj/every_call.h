@@ -21,12 +21,12 @@ class CallObserver {
     struct Expected {
         char const* className;
         char const* member;
+        unsigned callKind;
+        std::size_t arguments;
     };
 
-    /// The call of this member comes next.
-    void expect(char const* className, char const* member) {
-        expected_.push_back({className, member});
-    }
+    /// This call comes next.
+    void expect(Expected const& call) { expected_.push_back(call); }
     std::vector<Expected> const& expected() const { return expected_; }
 
     void returned(int value) const { EXPECT_EQ(value, answeredNumber) << name(); }

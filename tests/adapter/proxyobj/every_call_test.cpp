@@ -1,7 +1,6 @@
 #include "proxyobj/every_call.h"
 
 #include "proxyobj/XConfigC.h"
-#include "proxyobj/client_table.h"
 #include "support/recording_object.h"
 
 namespace velk::test {
@@ -9,17 +8,6 @@ namespace {
 
 // Lives while the calls are made.
 mzIUnknown* objectForParameters = nullptr;
-
-unsigned callKindOf(ListedKind kind) {
-    switch (kind) {
-        case ListedKind::get:
-            return mzCallPropertyGet;
-        case ListedKind::put:
-            return mzCallPropertyPut;
-        default:
-            return mzCallMethod;
-    }
-}
 
 /// Puts a number into every script variable among the arguments.
 Answer fillVariables(RecordedCall const& call) {
@@ -44,20 +32,15 @@ TEST(TypedClients, CallTheirMembersAsTheListSays) {
     callEveryMember(observer, object.dispatch());
     objectForParameters = nullptr;
     auto const calls = object->calls();
-    std::size_t at = 0;
-    for (ListedClass const& listed : listedClasses()) {
-        for (ListedMember const& member : listed.members) {
-            if (member.kind == ListedKind::constant) continue;
-            ASSERT_LT(at, calls.size());
-            SCOPED_TRACE(std::string(listed.name) + "." + member.name);
-            EXPECT_STREQ(observer.expected().at(at).className, listed.name);
-            EXPECT_EQ(calls[at].name, member.name);
-            EXPECT_EQ(calls[at].callKind, callKindOf(member.kind));
-            EXPECT_EQ(calls[at].arguments.size(), static_cast<std::size_t>(member.parameters));
-            ++at;
-        }
+    ASSERT_EQ(calls.size(), observer.expected().size());
+    for (std::size_t at = 0; at < calls.size(); ++at) {
+        auto const& expected = observer.expected()[at];
+        SCOPED_TRACE(std::string(expected.className) + "." + expected.member);
+        EXPECT_EQ(calls[at].name, expected.member);
+        EXPECT_EQ(calls[at].callKind, expected.callKind);
+        EXPECT_EQ(calls[at].arguments.size(), expected.arguments);
     }
-    EXPECT_EQ(at, calls.size());
+    EXPECT_GT(calls.size(), 1000U);
 }
 
 TEST(TypedClients, ThatAreUnboundGiveDefaults) {

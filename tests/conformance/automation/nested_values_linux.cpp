@@ -4,7 +4,7 @@
 
 #include <oleauto.h>
 
-#include "fake_objects.h"
+#include "support/fake_objects.h"
 #include "support/small_stack.h"
 
 namespace {

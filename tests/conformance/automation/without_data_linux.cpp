@@ -1,8 +1,9 @@
-// Elements of arrays whose data has gone. Other systems hand out addresses near
-// null, or stop the process.
+// Arrays whose data has gone, or has never come: bounds without elements behind
+// them. Other systems hand out addresses near null, or stop the process.
 #include <gtest/gtest.h>
 
-#include "fake_objects.h"
+#include "support/fake_objects.h"
+#include "support/value_notation.h"
 
 namespace velk::test {
 namespace {
@@ -10,12 +11,14 @@ namespace {
 class WithoutData : public ::testing::TestWithParam<VARTYPE> {
   protected:
     void SetUp() override {
-        ASSERT_EQ(SafeArrayAllocDescriptorEx(GetParam(), 2, &array_), S_OK);
+        ASSERT_EQ(SafeArrayAllocDescriptorEx(GetParam(), 2, &holder_->parray), S_OK);
+        holder_->vt = static_cast<VARTYPE>(VT_ARRAY | GetParam());
+        array_ = holder_->parray;
         array_->rgsabound[0] = {3, 0};
         array_->rgsabound[1] = {2, -1};
     }
-    void TearDown() override { EXPECT_EQ(SafeArrayDestroy(array_), S_OK); }
 
+    Value holder_;
     SAFEARRAY* array_ = nullptr;
 };
 
@@ -40,15 +43,33 @@ TEST_P(WithoutData, HasNoElements) {
         EXPECT_EQ(array_->cLocks, 0U);
     }
     EXPECT_EQ(object.references, 1U);
+    void* data = array_;
+    EXPECT_EQ(SafeArrayAccessData(array_, &data), S_OK);
+    EXPECT_EQ(data, nullptr);
+    EXPECT_EQ(SafeArrayUnaccessData(array_), S_OK);
 }
 
-TEST_P(WithoutData, GrowsWithZeroes) {
-    SAFEARRAYBOUND longer{4, 0};
+// In its copy, and when it grows.
+TEST_P(WithoutData, GetsZeroes) {
+    Value copy;
+    ASSERT_EQ(VariantCopy(&copy, &holder_), S_OK);
+    SAFEARRAYBOUND shorter{1, 0};
+    EXPECT_EQ(SafeArrayRedim(array_, &shorter), S_OK);
+    SAFEARRAYBOUND longer{3, 0};
     ASSERT_EQ(SafeArrayRedim(array_, &longer), S_OK);
-    LONG indices[] = {-1, 3};
-    void* element = nullptr;
-    ASSERT_EQ(SafeArrayPtrOfIndex(array_, indices, &element), S_OK);
-    EXPECT_EQ(*static_cast<BYTE*>(element), 0);
+    EXPECT_EQ(copy.notation(), holder_.notation());
+    auto const* const bytes = static_cast<BYTE const*>(array_->pvData);
+    for (ULONG index = 0; index < 6 * array_->cbElements; ++index) EXPECT_EQ(bytes[index], 0);
+}
+
+TEST(BytesWithoutData, AreZeroesAsText) {
+    Value value;
+    value->vt = VT_ARRAY | VT_UI1;
+    ASSERT_EQ(SafeArrayAllocDescriptorEx(VT_UI1, 1, &value->parray), S_OK);
+    value->parray->rgsabound[0] = {3, 0};
+    ASSERT_EQ(VariantChangeType(&value, &value, 0, VT_BSTR), S_OK);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(value->bstrVal), 3), std::string(3, '\0'));
+    EXPECT_EQ(SysStringByteLen(value->bstrVal), 3U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Types, WithoutData,

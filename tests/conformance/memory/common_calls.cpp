@@ -255,13 +255,6 @@ CommonCall const typeCalls[] = {
          ComPtr<ITypeLib> library;
          return LoadRegTypeLib(shapesId, 1, 2, 0x0407, library.put());
      }},
-    {"QueryPathOfRegTypeLib",
-     [] {
-         BSTR path = nullptr;
-         HRESULT const code = QueryPathOfRegTypeLib(shapesId, 1, 2, 0x0407, &path);
-         SysFreeString(path);
-         return code;
-     }},
     {"RegisterTypeLib",
      [] {
          return withLibrary([](ITypeLib& library) {
@@ -309,11 +302,6 @@ CommonCall const typeCalls[] = {
          ComPtr<IRecordInfo> record;
          return GetRecordInfoFromGuids(shapesId, 1, 2, 0x0407, point, record.put());
      }},
-    {"CreateTypeLib2",
-     [] {
-         ComPtr<ICreateTypeLib2> library;
-         return CreateTypeLib2(SYS_WIN64, OLESTR("made.tlb"), library.put());
-     }},
 };
 
 CommonCall const dataCalls[] = {
@@ -358,12 +346,14 @@ CommonCall const dataCalls[] = {
      }},
     {"IPropertySetStorage::Create",
      [] {
+         ComPtr<IStorage> root;
          ComPtr<IPropertySetStorage> sets;
          ComPtr<IPropertyStorage> set;
          constexpr DWORD mode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE;
-         HRESULT const code =
-             StgCreateStorageEx(documentPath.c_str(), mode, STGFMT_DOCFILE, 0, nullptr, nullptr,
-                                IID_IPropertySetStorage, sets.putVoid());
+         HRESULT code = StgCreateDocfile(documentPath.c_str(), mode, 0, root.put());
+         if (SUCCEEDED(code)) {
+             code = root->QueryInterface(IID_IPropertySetStorage, sets.putVoid());
+         }
          if (FAILED(code)) return code;
          return sets->Create(FMTID_SummaryInformation, nullptr, PROPSETFLAG_DEFAULT, mode,
                              set.put());

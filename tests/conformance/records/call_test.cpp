@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "conformance/automation/fake_objects.h"
-#include "conformance/automation/value_notation.h"
+#include "support/fake_objects.h"
+#include "support/value_notation.h"
 #include "records.h"
 #include "support/expected_difference.h"
 

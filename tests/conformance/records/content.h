@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "conformance/automation/fake_objects.h"
+#include "support/fake_objects.h"
 #include "records.h"
 
 namespace velk::test {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "conformance/automation/value_notation.h"
+#include "support/value_notation.h"
 #include "records.h"
 #include "support/expected_difference.h"
 

@@ -1,6 +1,6 @@
 // Records with fields that are SAFEARRAYs.
 
-#include "conformance/automation/value_notation.h"
+#include "support/value_notation.h"
 #include "content.h"
 
 namespace velk::test {

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "conformance/automation/value_notation.h"
+#include "support/value_notation.h"
 #include "register.h"
 
 namespace velk::test {

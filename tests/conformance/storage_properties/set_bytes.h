@@ -1,66 +1,25 @@
-/// Property sets that are put together byte by byte.
+/// Streams of property sets in a notation of their own, as bytes.
 #pragma once
 
-#include <cstdint>
 #include <string>
-#include <vector>
-
-#include <windows.h>
-
-#include <propidl.h>
 
 namespace velk::test {
 
-inline std::string number32(std::uint32_t number) {
-    return {reinterpret_cast<char const*>(&number), sizeof number};
-}
-inline std::string number16(std::uint16_t number) {
-    return {reinterpret_cast<char const*>(&number), sizeof number};
-}
-inline std::string idBytes(GUID const& id) {
-    return {reinterpret_cast<char const*>(&id), sizeof id};
-}
+/// The bytes of sections, damaged where the text says so:
+///
+///     S{1:page 1252; 2:text A title}D{15:lpstr 5573} @52=ffffff7f cut 40
+///
+/// S, D, U and O are sections of the summary, the document, the user's and of
+/// other properties; each property is its number and a value: `page` and `i4`
+/// a number, `text` an ASCII text and `lpstr` its bytes, `pad` a text of so
+/// many letters, `names` a dictionary of one entry (2=kept), `hex` all bytes
+/// from the type on. `@`: bytes in place of those at an offset.
+std::string setBytes(std::string const& notation);
 
-/// A property: a type and what follows it.
-struct Property {
-    std::uint32_t id;
-    std::string bytes;
-};
+/// Bytes written as numbers, spaces between them or not.
+std::string bytesOfHex(std::string const& digits);
 
-inline std::string section(std::vector<Property> const& properties) {
-    std::string table, values;
-    auto const begin = static_cast<std::uint32_t>(8 + 8 * properties.size());
-    for (Property const& property : properties) {
-        table +=
-            number32(property.id) + number32(begin + static_cast<std::uint32_t>(values.size()));
-        values += property.bytes;
-    }
-    auto const size = begin + static_cast<std::uint32_t>(values.size());
-    return number32(size) + number32(static_cast<std::uint32_t>(properties.size())) + table +
-           values;
-}
-
-inline std::string header(std::vector<GUID> const& sets, std::vector<std::string> const& sections) {
-    std::string bytes = number16(0xfffe) + number16(0) + number32(0x20105) + idBytes(GUID{}) +
-                        number32(static_cast<std::uint32_t>(sets.size()));
-    auto offset = static_cast<std::uint32_t>(28 + 20 * sets.size());
-    for (std::size_t i = 0; i < sets.size(); ++i) {
-        bytes += idBytes(sets[i]) + number32(offset);
-        offset += static_cast<std::uint32_t>(sections[i].size());
-    }
-    for (auto const& each : sections) bytes += each;
-    return bytes;
-}
-
-inline std::string codePage(std::uint16_t page) {
-    return number32(VT_I2) + number16(page) + number16(0);
-}
-/// A text as VT_LPSTR, padded.
-inline std::string text(std::string bytes) {
-    bytes += '\0';
-    auto const size = number32(static_cast<std::uint32_t>(bytes.size()));
-    bytes.resize((bytes.size() + 3) / 4 * 4);
-    return number32(VT_LPSTR) + size + bytes;
-}
+/// A number, its lowest byte first.
+std::string numberBytes(unsigned long long number, std::size_t size = 4);
 
 }  // namespace velk::test

@@ -67,43 +67,24 @@ mzComVariantC inVariable(mzComVariantC const& inner, int) {
 }
 
 mzComVariantC inTurn(mzComVariantC const& inner, int level) {
-    mzComVariantC (*const kinds[])(mzComVariantC const&, int) = {inDictionary, inArray, asKey,
-                                                                 underIterator, inVariable};
+    decltype(&inTurn) const kinds[] = {inDictionary, inArray, asKey, underIterator, inVariable};
     return kinds[level % 5](inner, level);
 }
 
-struct Nesting {
-    char const* name;
-    mzComVariantC (*enclose)(mzComVariantC const& inner, int level);
-};
-
-class DeepStructures : public testing::TestWithParam<Nesting> {
-  protected:
-    void SetUp() override { ASSERT_EQ(mzComServerInit(), mzSuccess); }
-    void TearDown() override { EXPECT_EQ(mzComServerDone(), mzSuccess); }
-};
-
-TEST_P(DeepStructures, GoWithTheirOutermostObject) {
-    long long const before = mzLiveCount(mzLiveKindE::hostObject);
-    ASSERT_TRUE(velk::test::withSmallStack([before] {
-        mzComVariantC outermost;
-        for (int level = 0; level < greatDepth; ++level) {
-            outermost = GetParam().enclose(outermost, level);
-        }
-        EXPECT_GE(mzLiveCount(mzLiveKindE::hostObject), before + greatDepth);
-        outermost.clear();
-        EXPECT_EQ(mzLiveCount(mzLiveKindE::hostObject), before);
-    }));
+TEST(DeepStructures, GoWithTheirOutermostObject) {
+    velk::test::Servers const servers;
+    for (auto* const enclose :
+         {inDictionary, asKey, inArray, underIterator, behindException, inVariable, inTurn}) {
+        long long const before = mzLiveCount(mzLiveKindE::hostObject);
+        ASSERT_TRUE(velk::test::withSmallStack([=] {
+            mzComVariantC outermost;
+            for (int level = 0; level < greatDepth; ++level) outermost = enclose(outermost, level);
+            EXPECT_GE(mzLiveCount(mzLiveKindE::hostObject), before + greatDepth);
+            outermost.clear();
+            EXPECT_EQ(mzLiveCount(mzLiveKindE::hostObject), before);
+        }));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Kinds, DeepStructures,
-                         testing::Values(Nesting{"dictionary", inDictionary}, Nesting{"key", asKey},
-                                         Nesting{"array", inArray},
-                                         Nesting{"iterator", underIterator},
-                                         Nesting{"exception", behindException},
-                                         Nesting{"variable", inVariable},
-                                         Nesting{"in_turn", inTurn}),
-                         [](auto const& row) { return std::string(row.param.name); });
 
 /// Makes a structure and drops it while it is itself on its way out.
 class Nested : public mzComBaseC {
@@ -115,17 +96,15 @@ class Nested : public mzComBaseC {
         for (int level = 0; level < 20; ++level) other = inTurn(other, level);
     }
 
-    static int gone;
+    static inline int gone = 0;
 
   private:
     mzComPtrC inner_;
 };
 
-int Nested::gone = 0;
-
 // What waits for its end at the end of a thread, and what ends inside of that.
-TEST(DeepStructuresAtThreadEnd, AreGoneWithTheThread) {
-    ASSERT_EQ(mzComServerInit(), mzSuccess);
+TEST(DeepStructures, AreGoneWithTheThread) {
+    velk::test::Servers const servers;
     constexpr int depth = 5'000;
     long long const before = mzLiveCount(mzLiveKindE::hostObject);
     int const slot = mzTlsAlloc([](void* held) { delete static_cast<mzComPtrC*>(held); });
@@ -137,7 +116,6 @@ TEST(DeepStructuresAtThreadEnd, AreGoneWithTheThread) {
     EXPECT_EQ(Nested::gone, depth);
     EXPECT_EQ(mzLiveCount(mzLiveKindE::hostObject), before);
     mzTlsFree(slot);
-    EXPECT_EQ(mzComServerDone(), mzSuccess);
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "servers/automation/faulty.h"
 
-#include <vector>
-
 #include "com/error.h"
 
 namespace velk::test::server {
@@ -9,18 +7,6 @@ namespace {
 
 constexpr DISPID firstMember = 1;
 constexpr DISPID memberThatIsMissing = 9999;
-
-// The member with the DISPID firstMember + i is at i.
-std::vector<FaultyMethod> const& methods() {
-    static std::vector<FaultyMethod> const all = [] {
-        std::vector<FaultyMethod> list;
-        for (auto const group : {faultyResults(), faultyFailures(), faultyActions()}) {
-            list.insert(list.end(), group.begin(), group.end());
-        }
-        return list;
-    }();
-    return all;
-}
 
 OLECHAR lower(OLECHAR character) {
     bool const upper = character >= 'A' && character <= 'Z';
@@ -41,8 +27,9 @@ HRESULT findName(OLECHAR const* name, DISPID& id) {
     if (isNamed(name, "NamesFail")) return E_OUTOFMEMORY;
     if (isNamed(name, "NamesUnknown")) return S_OK;
     if (isNamed(name, "WrongDispId")) id = memberThatIsMissing;
-    for (std::size_t i = 0; i < methods().size(); ++i) {
-        if (isNamed(name, methods()[i].name)) id = firstMember + static_cast<DISPID>(i);
+    // The member with the DISPID firstMember + i is at i.
+    for (std::size_t i = 0; i < faultyMethods().size(); ++i) {
+        if (isNamed(name, faultyMethods()[i].name)) id = firstMember + static_cast<DISPID>(i);
     }
     return id == DISPID_UNKNOWN ? DISP_E_UNKNOWNNAME : S_OK;
 }
@@ -82,9 +69,9 @@ HRESULT Faulty::Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS* para
     if (vanished_) return RPC_E_DISCONNECTED;
     DISPPARAMS const none{};
     auto const index = static_cast<std::size_t>(member) - firstMember;
-    bool const known = member >= firstMember && index < methods().size();
+    bool const known = member >= firstMember && index < faultyMethods().size();
     if (!known) return DISP_E_MEMBERNOTFOUND;
-    auto const& method = methods()[index];
+    auto const& method = faultyMethods()[index];
     if (!isAboutTheRecord(method)) record_.add(flags, parameters);
     return method.run(*this, {parameters ? *parameters : none, result, exception, argumentError});
 }

@@ -2,16 +2,41 @@
 #pragma once
 
 #include <atomic>
+#include <span>
 
 #include "com/class_factory.h"
 #include "servers/automation/call_record.h"
-#include "servers/automation/faulty_method.h"
 #include "servers/automation/live_object.h"
 #include "servers/automation/test_server_ids.h"
 
 namespace velk::test::server {
 
-/// An IDispatch without type information; faulty_method.h tells its methods.
+class Faulty;
+
+/// One call as it reached Invoke. Pointers that the caller left out are null.
+struct FaultyCall {
+    DISPPARAMS const& parameters;
+    VARIANT* result;
+    EXCEPINFO* exception;
+    UINT* argumentError;
+
+    /// The argument at `index` from the first, or null.
+    VARIANT* argument(UINT index) const {
+        bool const given = index < parameters.cArgs;
+        return given ? &parameters.rgvarg[parameters.cArgs - 1 - index] : nullptr;
+    }
+};
+
+/// One named fault. `run` answers for Invoke; it may throw, which is then the fault.
+struct FaultyMethod {
+    char const* name;
+    HRESULT (*run)(Faulty& object, FaultyCall const& call);
+};
+
+/// All of them; the table in faulty_methods.cpp tells what each does.
+std::span<FaultyMethod const> faultyMethods();
+
+/// An IDispatch without type information; faultyMethods has its methods.
 /// Three more names are wrong by themselves:
 /// - WrongDispId: has a DISPID, which Invoke answers with DISP_E_MEMBERNOTFOUND
 /// - NamesFail: GetIDsOfNames answers E_OUTOFMEMORY

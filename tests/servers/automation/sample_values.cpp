@@ -4,60 +4,29 @@
 
 namespace velk::test::server {
 
-HRESULT Sample::EchoI1(CHAR value, CHAR* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoI2(SHORT value, SHORT* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoI4(LONG value, LONG* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoI8(LONGLONG value, LONGLONG* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoUI1(BYTE value, BYTE* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoUI2(USHORT value, USHORT* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoUI4(ULONG value, ULONG* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoUI8(ULONGLONG value, ULONGLONG* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoInt(INT value, INT* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoUInt(UINT value, UINT* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoR4(FLOAT value, FLOAT* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoR8(DOUBLE value, DOUBLE* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoCy(CY value, CY* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoDate(DATE value, DATE* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoDecimal(DECIMAL value, DECIMAL* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoBool(VARIANT_BOOL value, VARIANT_BOOL* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoError(SCODE value, SCODE* result) noexcept {
-    return give(result, value);
-}
-HRESULT Sample::EchoColor(LONG value, LONG* result) noexcept {
-    return give(result, value);
-}
+#define VELK_ECHO(name, Type)                                 \
+    HRESULT Sample::name(Type value, Type* result) noexcept { \
+        return give(result, value);                           \
+    }
+VELK_ECHO(EchoI1, CHAR)
+VELK_ECHO(EchoI2, SHORT)
+VELK_ECHO(EchoI4, LONG)
+VELK_ECHO(EchoI8, LONGLONG)
+VELK_ECHO(EchoUI1, BYTE)
+VELK_ECHO(EchoUI2, USHORT)
+VELK_ECHO(EchoUI4, ULONG)
+VELK_ECHO(EchoUI8, ULONGLONG)
+VELK_ECHO(EchoInt, INT)
+VELK_ECHO(EchoUInt, UINT)
+VELK_ECHO(EchoR4, FLOAT)
+VELK_ECHO(EchoR8, DOUBLE)
+VELK_ECHO(EchoCy, CY)
+VELK_ECHO(EchoDate, DATE)
+VELK_ECHO(EchoDecimal, DECIMAL)
+VELK_ECHO(EchoBool, VARIANT_BOOL)
+VELK_ECHO(EchoError, SCODE)
+VELK_ECHO(EchoColor, LONG)
+#undef VELK_ECHO
 
 HRESULT Sample::EchoBstr(BSTR value, BSTR* result) noexcept {
     return giveText(result, com::viewBstr(value));

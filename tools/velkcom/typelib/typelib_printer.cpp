@@ -98,7 +98,9 @@ AttributeList libraryAttributeList(ITypeLib* library, TLIBATTR const& attributes
     return list;
 }
 
-void printLibrary(ITypeLib* library, std::ostream& out) {
+}  // namespace
+
+void printTypeLibrary(ITypeLib* library, std::ostream& out) {
     auto const attributes = attributesOf(library);
     TextOwner name;
     if (FAILED(library->GetDocumentation(-1, name.out(), nullptr, nullptr, nullptr))) {
@@ -113,8 +115,6 @@ void printLibrary(ITypeLib* library, std::ostream& out) {
     out << "};\n";
 }
 
-}  // namespace
-
 int printTypeLibrary(std::filesystem::path const& file, std::ostream& out, std::ostream& errors) {
     try {
         auto const native = file.string<OLECHAR>();
@@ -126,7 +126,7 @@ int printTypeLibrary(std::filesystem::path const& file, std::ostream& out, std::
             return 1;
         }
         InterfaceOwner<ITypeLib> const library(raw);
-        printLibrary(raw, out);
+        printTypeLibrary(raw, out);
         return 0;
     } catch (std::exception const& error) {
         errors << "cannot print the type library: " << error.what() << "\n";

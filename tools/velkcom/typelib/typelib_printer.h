@@ -4,6 +4,10 @@
 #include <filesystem>
 #include <ostream>
 
+#include <windows.h>
+
+#include <oleauto.h>
+
 namespace velk::tools {
 
 /// Prints everything that the type library in `file` says, in the manner of
@@ -18,6 +22,9 @@ namespace velk::tools {
 /// @param errors receives one line when the library cannot be loaded
 /// @return 0, or 1 when the library cannot be loaded
 int printTypeLibrary(std::filesystem::path const& file, std::ostream& out, std::ostream& errors);
+
+/// The same of a library that is already loaded.
+void printTypeLibrary(ITypeLib* library, std::ostream& out);
 
 /// The same with the errors on the standard error stream.
 int printTypeLibrary(std::filesystem::path const& file, std::ostream& out);
