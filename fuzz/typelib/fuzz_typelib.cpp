@@ -5,10 +5,10 @@
 #include <cstdint>
 #include <sstream>
 
-#include "platform/typelib/msft_reader.h"
-#include "platform/typelib/pe_resources.h"
-#include "platform/typelib/type_info.h"
-#include "platform/typelib/type_library.h"
+#include "platform/typelib/format/msft_reader.h"
+#include "platform/typelib/format/pe_resources.h"
+#include "platform/typelib/interfaces/type_info.h"
+#include "platform/typelib/interfaces/type_library.h"
 #include "typelib_printer.h"
 
 namespace {

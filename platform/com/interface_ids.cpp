@@ -32,7 +32,6 @@ constinit IID const IID_IDispatch = publishedId(0x00020400);
 constinit IID const IID_ITypeInfo = publishedId(0x00020401);
 constinit IID const IID_IEnumVARIANT = publishedId(0x00020404);
 constinit IID const IID_ITypeLib = publishedId(0x00020402);
-constinit IID const IID_ITypeComp = publishedId(0x00020403);
 constinit IID const IID_ICreateTypeInfo = publishedId(0x00020405);
 constinit IID const IID_ITypeLib2 = publishedId(0x00020411);
 constinit IID const IID_ITypeInfo2 = publishedId(0x00020412);

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/typelib/boundary.h"
+#include "platform/automation/variant_type.h"
+#include "platform/typelib/owners.h"
 
 namespace velk::typelib {
 namespace {
@@ -19,33 +20,11 @@ struct Extent {
 };
 
 Extent basicExtent(VARTYPE type) {
-    switch (type) {
-        case VT_EMPTY:
-        case VT_NULL:
-        case VT_VOID:
-            return {0, 1};
-        case VT_I1:
-        case VT_UI1:
-            return {1, 1};
-        case VT_I2:
-        case VT_UI2:
-        case VT_BOOL:
-            return {2, 2};
-        case VT_I4:
-        case VT_UI4:
-        case VT_INT:
-        case VT_UINT:
-        case VT_R4:
-        case VT_ERROR:
-        case VT_HRESULT:
-            return {4, 4};
-        case VT_VARIANT:
-            return {sizeof(VARIANT), alignof(VARIANT)};
-        case VT_DECIMAL:
-            return {sizeof(DECIMAL), alignof(DECIMAL)};
-        default:
-            return {8, 8};
-    }
+    if (type == VT_EMPTY || type == VT_NULL || type == VT_VOID) return {0, 1};
+    // Pointers have no type of their own here.
+    constexpr ULONG pointer = 8;
+    ULONG const size = platform::sizeOfType(type == VT_HRESULT ? VARTYPE{VT_ERROR} : type);
+    return size == 0 ? Extent{pointer, pointer} : Extent{size, std::min(size, pointer)};
 }
 
 class RecordLayouter {

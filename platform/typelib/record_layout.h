@@ -1,7 +1,7 @@
 /// Sizes, alignments and offsets of this process.
 #pragma once
 
-#include "platform/typelib/model.h"
+#include "platform/typelib/model/model.h"
 
 namespace velk::typelib {
 

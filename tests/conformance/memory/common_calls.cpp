@@ -295,12 +295,18 @@ CommonCall const typeCalls[] = {
              return CreateStdDispatch(nullptr, made.get(), &type, dispatch.put());
          });
      }},
-    {"GetRecordInfoFromGuids",
+    {"GetRecordInfoFromTypeInfo",
      [] {
          constexpr GUID point = {
              0x3D1B5C02, 0x7A64, 0x4E0F, {0x9C, 0x53, 0x1F, 0x2A, 0x6B, 0x8E, 0x0D, 0x03}};
+         ComPtr<ITypeLib> library;
+         HRESULT code = LoadRegTypeLib(shapesId, 1, 2, 0x0407, library.put());
+         if (FAILED(code)) return code;
+         ComPtr<ITypeInfo> type;
+         code = library->GetTypeInfoOfGuid(point, type.put());
+         if (FAILED(code)) return code;
          ComPtr<IRecordInfo> record;
-         return GetRecordInfoFromGuids(shapesId, 1, 2, 0x0407, point, record.put());
+         return GetRecordInfoFromTypeInfo(type.get(), record.put());
      }},
 };
 

@@ -23,7 +23,7 @@ Owned<Interface> queried(IUnknown* object, IID const& id) {
 
 Owned<IUnknown> dispatchOver(Recorder& recorder, ITypeInfo* type, IUnknown* outer = nullptr) {
     IUnknown* object = nullptr;
-    EXPECT_EQ(CreateStdDispatch(outer, static_cast<IRecorder*>(&recorder), type, &object), S_OK);
+    EXPECT_EQ(CreateStdDispatch(outer, &recorder, type, &object), S_OK);
     return Owned<IUnknown>(object);
 }
 
@@ -53,7 +53,7 @@ class Arguments {
     // What the references hold now, in the order of the row.
     std::string references() const {
         std::string text;
-        for (auto const* cell : referenced_) text += " &" + notationOfCopy(*cell);
+        for (auto const* cell : referenced_) text += " &" + notationOf(*cell);
         return text;
     }
 
@@ -64,7 +64,7 @@ class Arguments {
         VARIANT value{};
         if (token == "other") {
             value.vt = VT_UNKNOWN;
-            value.punkVal = static_cast<IRecorder*>(&other_);
+            value.punkVal = &other_;
         } else if (token.starts_with("I4[")) {
             auto& cell = cells_.emplace_back();
             cell->vt = VT_ARRAY | VT_I4;
@@ -106,8 +106,8 @@ WORD flagsOf(std::string const& cell) {
 
 std::string resultText(VARIANT const& result, Recorder& other) {
     if (result.vt == VT_EMPTY) return "";
-    if (result.vt != VT_DISPATCH) return ' ' + notationOfCopy(result);
-    return result.pdispVal == static_cast<IDispatch*>(&other) ? " the other" : " a stranger";
+    if (result.vt != VT_DISPATCH) return ' ' + notationOf(result);
+    return result.pdispVal == &other ? " the other" : " a stranger";
 }
 
 // The answer to one call, and what it did: "code result | Member(arguments) &reference".
@@ -125,7 +125,7 @@ class Call {
 
     std::string answer(DataRow const& row) {
         Arguments arguments(row["arguments"], other_);
-        recorder_.partner = static_cast<IRecorder*>(&other_);
+        recorder_.partner = &other_;
         Value result;
         EXCEPINFO exception{};
         UINT argument = 4711;
@@ -161,8 +161,7 @@ class Call {
             return dispatch_->Invoke(member, GUID_NULL, 0, flags, &given, result, &exception,
                                      &argument);
         }
-        return type_->Invoke(static_cast<IRecorder*>(&recorder_), member, flags, &given, result,
-                             &exception, &argument);
+        return type_->Invoke(&recorder_, member, flags, &given, result, &exception, &argument);
     }
 
     Recorder recorder_;
@@ -215,11 +214,11 @@ TEST_F(StdDispatch, DelegatesToItsOuterObject) {
     auto const inner = dispatchOver(recorder, type.get(), &recorder);
     EXPECT_EQ(recorder.references, 1U);
     auto const dispatch = queried<IDispatch>(inner.get(), IID_IDispatch);
-    EXPECT_NE(static_cast<IUnknown*>(dispatch.get()), static_cast<IUnknown*>(&recorder));
+    EXPECT_NE(static_cast<IUnknown*>(dispatch.get()), &recorder);
     expectDifference("standard-dispatch-aggregation", [&] {
         EXPECT_EQ(recorder.references, 2U);
         auto const identity = queried<IUnknown>(dispatch.get(), IID_IUnknown);
-        EXPECT_EQ(identity.get(), static_cast<IUnknown*>(&recorder));
+        EXPECT_EQ(identity.get(), &recorder);
         EXPECT_EQ(recorder.references, 3U);
     });
     // The inner identity answers for itself.

@@ -2,6 +2,7 @@
 // What they are is in the printed text of the library.
 
 #include <fstream>
+#include <functional>
 #include <map>
 #include <sstream>
 #include <vector>
@@ -11,9 +12,9 @@
 #include <objbase.h>
 
 #include "code_names.h"
-#include "conformance/automation/value_notation.h"
 #include "shapes.h"
 #include "support/data_table.h"
+#include "support/value_notation.h"
 
 namespace velk::test {
 namespace {
@@ -34,132 +35,179 @@ std::string kindText(TYPEKIND kind) {
 }
 
 // One question to the library of shapes or to one of its types.
-class Lookup {
-  public:
-    explicit Lookup(DataRow const& row) : asked_(row["asked"]) {
+struct Lookup {
+    explicit Lookup(DataRow const& row) : asked(words(row["asked"])) {
         auto const of = words(row["of"]);
         if (of.empty()) return;
-        type_ = typeNamed(library_.get(), wide(of[0]).c_str());
-        if (of.size() > 1) type_ = otherView(type_.get());
+        type = typeNamed(library.get(), wide(of[0]).c_str());
+        if (of.size() > 1) type = otherView(type.get());
     }
 
-    std::string ids() {
-        std::vector<Wide> texts;
-        for (auto const& word : words(asked_)) texts.push_back(wide(word));
-        std::vector<LPOLESTR> names;
-        for (auto& text : texts) names.push_back(text.data());
-        std::vector<MEMBERID> found(names.size(), 4711);
-        auto answer = codeName(
-            type_->GetIDsOfNames(names.data(), static_cast<UINT>(names.size()), found.data()));
-        for (auto const id : found) answer += ' ' + std::to_string(id);
-        return answer;
-    }
-    std::string names() {
-        BSTR found[8] = {};
-        UINT count = 0;
-        auto answer = codeName(type_->GetNames(number(0), found, number(1), &count));
-        for (UINT i = 0; i < count; ++i) answer += ' ' + narrowed(taken(found[i]));
-        return answer;
-    }
-    // The spelling that is left in the caller's text follows a colon.
-    std::string find() {
-        Wide name = words(asked_).size() > 1 ? wide(words(asked_)[1]) : Wide();
-        ITypeInfo* types[8] = {};
-        MEMBERID members[8] = {};
-        auto const room = static_cast<USHORT>(number(0));
-        USHORT count = room;
-        auto answer = codeName(library_->FindName(name.data(), 0, types, members, &count));
-        for (USHORT i = 0; i < count; ++i) {
-            answer += ' ' + narrowed(nameOf(Owned<ITypeInfo>(types[i]).get())) + ' ' +
-                      std::to_string(members[i]);
-        }
-        for (USHORT i = count; i < 8; ++i) EXPECT_EQ(types[i], nullptr);
-        return answer + ": " + narrowed(name);
-    }
-    std::string identified() {
-        ITypeInfo* found = nullptr;
-        HRESULT const code =
-            library_->GetTypeInfoOfGuid(shapesId(static_cast<BYTE>(number(0))), &found);
-        return described(code, found);
-    }
-    std::string at() {
-        ITypeInfo* found = nullptr;
-        HRESULT const code = library_->GetTypeInfo(static_cast<UINT>(number(0)), &found);
-        return described(code, found);
-    }
-    std::string help() {
-        BSTR text = nullptr;
-        HRESULT const code =
-            type_ ? type_->GetDocumentation(number(0), nullptr, &text, nullptr, nullptr)
-                  : library_->GetDocumentation(number(0), nullptr, &text, nullptr, nullptr);
-        return codeName(code) + ' ' + narrowed(taken(text));
-    }
-    std::string nothing() {
-        return codeName(
-            type_ ? type_->GetDocumentation(number(0), nullptr, nullptr, nullptr, nullptr)
-                  : library_->GetDocumentation(number(0), nullptr, nullptr, nullptr, nullptr));
-    }
-    std::string entry() {
-        return codeName(type_->GetDllEntry(number(0), INVOKE_FUNC, nullptr, nullptr, nullptr));
-    }
-    std::string variable() {
-        VARDESC* none = nullptr;
-        return codeName(type_->GetVarDesc(static_cast<UINT>(number(0)), &none));
-    }
-    std::string function() {
-        FUNCDESC* none = nullptr;
-        return codeName(type_->GetFuncDesc(static_cast<UINT>(number(0)), &none));
-    }
-    std::string implemented() {
-        HREFTYPE none = 0;
-        return codeName(type_->GetRefTypeOfImplType(static_cast<UINT>(number(0)), &none));
-    }
-    std::string place() {
-        ITypeInfo2* extended = nullptr;
-        EXPECT_EQ(type_->QueryInterface(IID_ITypeInfo2, reinterpret_cast<void**>(&extended)), S_OK);
-        UINT index = 4711;
-        HRESULT const code = Owned<ITypeInfo2>(extended)->GetFuncIndexOfMemId(
-            number(0), static_cast<INVOKEKIND>(number(1)), &index);
-        return codeName(code) + (code == S_OK ? ' ' + std::to_string(index) : "");
-    }
-
-  private:
-    int number(std::size_t word) const { return std::stoi(words(asked_).at(word), nullptr, 0); }
+    int number(std::size_t word = 0) const { return std::stoi(asked.at(word), nullptr, 0); }
+    UINT index() const { return static_cast<UINT>(number()); }
 
     // A type by its name, with its place and kind as the library tells them.
-    std::string described(HRESULT code, ITypeInfo* found) {
+    std::string described(HRESULT code, ITypeInfo* raw) {
         if (FAILED(code)) return codeName(code);
-        Owned<ITypeInfo> const type(found);
+        Owned<ITypeInfo> const found(raw);
         ITypeLib* containing = nullptr;
-        UINT index = 0;
-        EXPECT_EQ(type->GetContainingTypeLib(&containing, &index), S_OK);
-        EXPECT_EQ(Owned<ITypeLib>(containing), library_);
+        UINT place = 0;
+        EXPECT_EQ(found->GetContainingTypeLib(&containing, &place), S_OK);
+        EXPECT_EQ(Owned<ITypeLib>(containing), library);
         TYPEKIND kind = TKIND_MAX;
-        EXPECT_EQ(library_->GetTypeInfoType(index, &kind), S_OK);
-        return narrowed(nameOf(found)) + ' ' + std::to_string(index) + ' ' + kindText(kind);
+        EXPECT_EQ(library->GetTypeInfoType(place, &kind), S_OK);
+        return narrowed(nameOf(raw)) + ' ' + std::to_string(place) + ' ' + kindText(kind);
     }
 
-    std::string asked_;
-    Owned<ITypeLib> library_ = loadShapes();
-    Owned<ITypeInfo> type_;
+    std::vector<std::string> asked;
+    Owned<ITypeLib> library = loadShapes();
+    Owned<ITypeInfo> type;
 };
 
+std::string ids(Lookup const& lookup) {
+    std::vector<Wide> texts;
+    for (auto const& word : lookup.asked) texts.push_back(wide(word));
+    std::vector<LPOLESTR> names;
+    for (auto& text : texts) names.push_back(text.data());
+    std::vector<MEMBERID> found(names.size(), 4711);
+    auto answer = codeName(
+        lookup.type->GetIDsOfNames(names.data(), static_cast<UINT>(names.size()), found.data()));
+    for (auto const id : found) answer += ' ' + std::to_string(id);
+    return answer;
+}
+
+std::string names(Lookup const& lookup) {
+    BSTR found[8] = {};
+    UINT count = 0;
+    auto answer = codeName(
+        lookup.type->GetNames(lookup.number(), found, static_cast<UINT>(lookup.number(1)), &count));
+    for (UINT i = 0; i < count; ++i) answer += ' ' + narrowed(taken(found[i]));
+    return answer;
+}
+
+// The spelling that is left in the caller's text follows a colon.
+std::string find(Lookup const& lookup) {
+    Wide name = lookup.asked.size() > 1 ? wide(lookup.asked[1]) : Wide();
+    ITypeInfo* types[8] = {};
+    MEMBERID members[8] = {};
+    auto count = static_cast<USHORT>(lookup.number());
+    auto answer = codeName(lookup.library->FindName(name.data(), 0, types, members, &count));
+    for (USHORT i = 0; i < count; ++i) {
+        answer += ' ' + narrowed(nameOf(Owned<ITypeInfo>(types[i]).get())) + ' ' +
+                  std::to_string(members[i]);
+    }
+    for (USHORT i = count; i < 8; ++i) EXPECT_EQ(types[i], nullptr);
+    return answer + ": " + narrowed(name);
+}
+
+std::string help(Lookup const& lookup) {
+    BSTR text = nullptr;
+    auto const ask = [&](auto& object, BSTR* out) {
+        return object.GetDocumentation(lookup.number(), nullptr, out, nullptr, nullptr);
+    };
+    HRESULT const code = lookup.type ? ask(*lookup.type, &text) : ask(*lookup.library, &text);
+    EXPECT_EQ(lookup.type ? ask(*lookup.type, nullptr) : ask(*lookup.library, nullptr), code);
+    return codeName(code) + ' ' + narrowed(taken(text));
+}
+
+std::string place(Lookup const& lookup) {
+    ITypeInfo2* extended = nullptr;
+    EXPECT_EQ(lookup.type->QueryInterface(IID_ITypeInfo2, reinterpret_cast<void**>(&extended)),
+              S_OK);
+    UINT index = 4711;
+    HRESULT const code = Owned<ITypeInfo2>(extended)->GetFuncIndexOfMemId(
+        lookup.number(), static_cast<INVOKEKIND>(lookup.number(1)), &index);
+    return codeName(code) + (code == S_OK ? ' ' + std::to_string(index) : "");
+}
+
+std::map<std::string, std::function<std::
+                                        string(
+                                            Lookup&)>> const questions = {{"ids", ids},
+                                                                          {"names", names},
+                                                                          {"find", find},
+                                                                          {"help", help},
+                                                                          {"place", place},
+                                                                          {"identified",
+                                                                           [](Lookup& lookup) {
+                                                                               ITypeInfo* found =
+                                                                                   nullptr;
+                                                                               auto const id =
+                                                                                   shapesId(static_cast<
+                                                                                            BYTE>(
+                                                                                       lookup
+                                                                                           .number()));
+                                                                               HRESULT const code =
+                                                                                   lookup.library
+                                                                                       ->GetTypeInfoOfGuid(
+                                                                                           id,
+                                                                                           &found);
+                                                                               return lookup
+                                                                                   .described(
+                                                                                       code, found);
+                                                                           }},
+                                                                          {"at",
+                                                                           [](Lookup& lookup) {
+                                                                               ITypeInfo* found =
+                                                                                   nullptr;
+                                                                               HRESULT const code =
+                                                                                   lookup.library
+                                                                                       ->GetTypeInfo(
+                                                                                           lookup
+                                                                                               .index(),
+                                                                                           &found);
+                                                                               return lookup
+                                                                                   .described(
+                                                                                       code, found);
+                                                                           }},
+                                                                          {"entry",
+                                                                           [](Lookup& lookup) {
+                                                                               return codeName(
+                                                                                   lookup.type->GetDllEntry(
+                                                                                       lookup
+                                                                                           .number(),
+                                                                                       INVOKE_FUNC,
+                                                                                       nullptr,
+                                                                                       nullptr,
+                                                                                       nullptr));
+                                                                           }},
+                                                                          {"variable",
+                                                                           [](Lookup& lookup) {
+                                                                               VARDESC* none =
+                                                                                   nullptr;
+                                                                               return codeName(
+                                                                                   lookup.type
+                                                                                       ->GetVarDesc(
+                                                                                           lookup
+                                                                                               .index(),
+                                                                                           &none));
+                                                                           }},
+                                                                          {"function",
+                                                                           [](Lookup& lookup) {
+                                                                               FUNCDESC* none =
+                                                                                   nullptr;
+                                                                               return codeName(
+                                                                                   lookup.type
+                                                                                       ->GetFuncDesc(
+                                                                                           lookup
+                                                                                               .index(),
+                                                                                           &none));
+                                                                           }},
+                                                                          {"implemented",
+                                                                           [](Lookup& lookup) {
+                                                                               HREFTYPE none = 0;
+                                                                               return codeName(
+                                                                                   lookup.type
+                                                                                       ->GetRefTypeOfImplType(
+                                                                                           lookup
+                                                                                               .index(),
+                                                                                           &none));
+                                                                           }}};
+
 TEST(Library, FindsWhatItHas) {
-    std::map<std::string, std::string (Lookup::*)()> const questions = {
-        {"ids", &Lookup::ids},
-        {"names", &Lookup::names},
-        {"find", &Lookup::find},
-        {"identified", &Lookup::identified},
-        {"at", &Lookup::at},
-        {"help", &Lookup::help},
-        {"nothing", &Lookup::nothing},
-        {"entry", &Lookup::entry},
-        {"variable", &Lookup::variable},
-        {"function", &Lookup::function},
-        {"place", &Lookup::place},
-        {"implemented", &Lookup::implemented}};
-    expectTable("typelib/lookups.tsv",
-                [&](DataRow const& row) { return (Lookup(row).*questions.at(row["question"]))(); });
+    expectTable("typelib/lookups.tsv", [](DataRow const& row) {
+        Lookup lookup(row);
+        return questions.at(row["question"])(lookup);
+    });
 }
 
 // By their places, by which other libraries name those without an identifier.

@@ -24,16 +24,12 @@ Owned<ITypeInfo> typeNamed(ITypeLib* library, OLECHAR const* name) {
     return nullptr;
 }
 
-Owned<ITypeInfo> referenced(ITypeInfo* type, HREFTYPE reference) {
-    ITypeInfo* target = nullptr;
-    EXPECT_EQ(type->GetRefTypeInfo(reference, &target), S_OK);
-    return Owned<ITypeInfo>(target);
-}
-
 Owned<ITypeInfo> otherView(ITypeInfo* type) {
     HREFTYPE reference = 0;
     EXPECT_EQ(type->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference), S_OK);
-    return referenced(type, reference);
+    ITypeInfo* view = nullptr;
+    EXPECT_EQ(type->GetRefTypeInfo(reference, &view), S_OK);
+    return Owned<ITypeInfo>(view);
 }
 
 Wide nameOf(ITypeInfo* type, MEMBERID member) {
@@ -52,18 +48,6 @@ Attributes attributesOf(ITypeInfo* type) {
     TYPEATTR* attributes = nullptr;
     EXPECT_EQ(type->GetTypeAttr(&attributes), S_OK);
     return {attributes, {type}};
-}
-
-Function functionOf(ITypeInfo* type, UINT index) {
-    FUNCDESC* function = nullptr;
-    EXPECT_EQ(type->GetFuncDesc(index, &function), S_OK);
-    return {function, {type}};
-}
-
-Variable variableOf(ITypeInfo* type, UINT index) {
-    VARDESC* variable = nullptr;
-    EXPECT_EQ(type->GetVarDesc(index, &variable), S_OK);
-    return {variable, {type}};
 }
 
 }  // namespace velk::test

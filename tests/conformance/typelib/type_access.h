@@ -25,24 +25,17 @@ Owned<ITypeLib> loadLibrary(char const* path);
 Owned<ITypeInfo> typeNamed(ITypeLib* library, OLECHAR const* name);
 /// The other view of a dual interface.
 Owned<ITypeInfo> otherView(ITypeInfo* type);
-/// What a reference of a type stands for.
-Owned<ITypeInfo> referenced(ITypeInfo* type, HREFTYPE reference);
 /// The name of a type or of one of its members.
 Wide nameOf(ITypeInfo* type, MEMBERID member = MEMBERID_NIL);
 /// The text of a BSTR, which is freed.
 Wide taken(BSTR text);
 
-/// Descriptions that give themselves back.
-template <typename Description, auto release>
-struct GiveBack {
+/// Give themselves back.
+struct ReleaseAttributes {
     ITypeInfo* type;
-    void operator()(Description* description) const { (type->*release)(description); }
+    void operator()(TYPEATTR* attributes) const { type->ReleaseTypeAttr(attributes); }
 };
-using Attributes = std::unique_ptr<TYPEATTR, GiveBack<TYPEATTR, &ITypeInfo::ReleaseTypeAttr>>;
-using Function = std::unique_ptr<FUNCDESC, GiveBack<FUNCDESC, &ITypeInfo::ReleaseFuncDesc>>;
-using Variable = std::unique_ptr<VARDESC, GiveBack<VARDESC, &ITypeInfo::ReleaseVarDesc>>;
+using Attributes = std::unique_ptr<TYPEATTR, ReleaseAttributes>;
 Attributes attributesOf(ITypeInfo* type);
-Function functionOf(ITypeInfo* type, UINT index);
-Variable variableOf(ITypeInfo* type, UINT index);
 
 }  // namespace velk::test
