@@ -32,7 +32,7 @@ void lookUp(TypeLibrary& library, TypeInfo& type, MEMBERID member) {
 void ask(std::unique_ptr<LibraryModel const> model) {
     auto const library = TypeLibrary::create(std::move(model));
     std::ostringstream text;
-    velk::tools::printTypeLibrary(library.get(), text);
+    velk::velkcom::printTypeLibrary(library.get(), text);
     for (UINT i = 0; i < library->GetTypeInfoCount(); ++i) {
         auto const type = library->type(i);
         lookUp(*library, *type, MEMBERID_NIL);

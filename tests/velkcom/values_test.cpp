@@ -4,10 +4,10 @@
 #include <gtest/gtest.h>
 
 #include "com/utf.h"
-#include "result_text.h"
+#include "text/result_text.h"
 #include "scratch_folder.h"
 #include "support/data_table.h"
-#include "typed_value.h"
+#include "text/typed_value.h"
 
 namespace velk::velkcom::test {
 namespace {

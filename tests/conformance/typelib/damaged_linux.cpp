@@ -31,7 +31,7 @@ class DamagedLibrary : public testing::Test {
         std::ofstream(file_, std::ios::binary).write(bytes.data(), std::ssize(bytes));
         std::ostringstream out;
         std::ostringstream errors;
-        int const result = tools::printTypeLibrary(file_, out, errors);
+        int const result = velkcom::printTypeLibrary(file_, out, errors);
         std::string const line = errors.str();
         EXPECT_EQ(result != 0, !line.empty());
         return result == 0 ? "" : line.substr(line.rfind("0x"), 10);

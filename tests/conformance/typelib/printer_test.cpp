@@ -28,7 +28,7 @@ std::string contentOf(std::filesystem::path const& file) {
 std::string printed(std::filesystem::path const& file) {
     std::ostringstream out;
     std::ostringstream errors;
-    EXPECT_EQ(tools::printTypeLibrary(file, out, errors), 0);
+    EXPECT_EQ(velkcom::printTypeLibrary(file, out, errors), 0);
     EXPECT_EQ(errors.str(), "");
     EXPECT_EQ(out.str().find("unreadable"), std::string::npos) << file;
     return out.str();
@@ -97,7 +97,7 @@ TEST(Printer, PrintsNoControlCharacters) {
 TEST(Printer, SaysWhyAFileCannotBePrinted) {
     std::ostringstream out;
     std::ostringstream errors;
-    EXPECT_EQ(tools::printTypeLibrary("/no/such/file.tlb", out, errors), 1);
+    EXPECT_EQ(velkcom::printTypeLibrary("/no/such/file.tlb", out, errors), 1);
     EXPECT_EQ(out.str(), "");
     EXPECT_NE(errors.str().find("0x80029c4a"), std::string::npos);
 }

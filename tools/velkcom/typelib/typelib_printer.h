@@ -8,7 +8,7 @@
 
 #include <oleauto.h>
 
-namespace velk::tools {
+namespace velk::velkcom {
 
 /// Prints everything that the type library in `file` says, in the manner of
 /// an interface description: identifiers, versions, flags, help, members with
@@ -26,7 +26,4 @@ int printTypeLibrary(std::filesystem::path const& file, std::ostream& out, std::
 /// The same of a library that is already loaded.
 void printTypeLibrary(ITypeLib* library, std::ostream& out);
 
-/// The same with the errors on the standard error stream.
-int printTypeLibrary(std::filesystem::path const& file, std::ostream& out);
-
-}  // namespace velk::tools
+}  // namespace velk::velkcom

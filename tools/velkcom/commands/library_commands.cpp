@@ -1,18 +1,36 @@
-#include "enum_command.h"
+#include <algorithm>
 
 #include "com/enum_constants.h"
 #include "com/error.h"
 #include "com/utf.h"
-#include "com_session.h"
-#include "library_path.h"
-#include "member_call.h"
-#include "object_creation.h"
+#include "commands/commands.h"
+#include "commands/object_creation.h"
 #include "system.h"
+#include "typelib/typelib_printer.h"
 
 namespace velk::velkcom {
 namespace {
 
 using com::ComPtr;
+
+/// The path of a type library as LoadTypeLib takes it. `text` is the path of a
+/// file, in UTF-8; after a module's path may stand a slash or a backslash and
+/// the number of one of its libraries.
+std::filesystem::path libraryPath(std::string const& text) {
+    auto path = pathFromUtf8(text);
+    auto const number = path.filename().native();
+    bool const isNumber =
+        std::ranges::all_of(number, [](auto unit) { return unit >= '0' && unit <= '9'; });
+    auto module = path.parent_path();
+    std::error_code error;
+    if (number.empty() || !isNumber || !std::filesystem::is_regular_file(module, error)) {
+        return path;
+    }
+    // LoadTypeLib knows the backslash only, on every system.
+    module += '\\';
+    module += number;
+    return module;
+}
 
 bool namesFile(std::string const& source) {
     std::error_code error;
@@ -48,6 +66,11 @@ std::basic_string<OLECHAR> wideName(std::string const& name) {
 }
 
 }  // namespace
+
+int runTypelib(TypelibCommand const& command, std::ostream& out, std::ostream& errors) {
+    ComSession const session;
+    return printTypeLibrary(libraryPath(command.file), out, errors);
+}
 
 int runEnum(EnumCommand const& command, std::ostream& out, std::ostream& errors) {
     auto const enumeration = wideName(command.enumeration);

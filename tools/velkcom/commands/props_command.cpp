@@ -1,17 +1,17 @@
-#include "props_command.h"
+#include "commands/commands.h"
 
 #include <filesystem>
 
 #include "com/error.h"
 #include "com/stored_properties.h"
 #include "com/utf.h"
-#include "com_session.h"
+#include "commands/object_creation.h"
 #include "props/document.h"
 #include "props/known_sets.h"
 #include "props/list_documents.h"
 #include "props/property_address.h"
 #include "props/value_text.h"
-#include "result_codes.h"
+#include "text/result_codes.h"
 
 namespace velk::velkcom {
 namespace {

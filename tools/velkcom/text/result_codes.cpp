@@ -1,4 +1,4 @@
-#include "result_codes.h"
+#include "text/result_codes.h"
 
 #include <windows.h>
 

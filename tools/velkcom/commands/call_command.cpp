@@ -1,12 +1,11 @@
-#include "call_command.h"
+#include "commands/commands.h"
 
-#include "com_session.h"
-#include "member_call.h"
-#include "member_path.h"
-#include "object_creation.h"
-#include "result_codes.h"
-#include "result_text.h"
-#include "typed_value.h"
+#include "commands/member_call.h"
+#include "commands/object_creation.h"
+#include "text/member_path.h"
+#include "text/result_codes.h"
+#include "text/result_text.h"
+#include "text/typed_value.h"
 
 namespace velk::velkcom {
 namespace {

@@ -1,9 +1,9 @@
-#include "member_call.h"
+#include "commands/member_call.h"
 
 #include <algorithm>
 
 #include "com/utf.h"
-#include "result_codes.h"
+#include "text/result_codes.h"
 
 namespace velk::velkcom {
 namespace {

@@ -1,8 +1,8 @@
-#include "object_creation.h"
+#include "commands/object_creation.h"
 
 #include "com/utf.h"
-#include "member_call.h"
-#include "result_codes.h"
+#include "commands/member_call.h"
+#include "text/result_codes.h"
 #include "usage_error.h"
 
 namespace velk::velkcom {

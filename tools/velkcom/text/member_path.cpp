@@ -1,4 +1,4 @@
-#include "member_path.h"
+#include "text/member_path.h"
 
 namespace velk::velkcom {
 namespace {

@@ -1,16 +1,17 @@
-#include "register_command.h"
+#include <optional>
 
 #include "com/module.h"
 #include "com/owners.h"
 #include "com/utf.h"
-#include "com_session.h"
-#include "registration_state.h"
-#include "result_codes.h"
+#include "commands/commands.h"
+#include "commands/object_creation.h"
 #include "system.h"
+#include "text/result_codes.h"
 
 namespace velk::velkcom {
 namespace {
 
+using Text = std::basic_string<OLECHAR>;
 using RegisterFunction = HRESULT(STDAPICALLTYPE*)();
 using InstallFunction = HRESULT(STDAPICALLTYPE*)(BOOL install, LPCWSTR commandLine);
 
@@ -23,7 +24,7 @@ std::filesystem::path modulePath(RegisterCommand const& command) {
     return program.parent_path() / adapterFileName();
 }
 
-std::basic_string<OLECHAR> systemText(std::string const& path) {
+Text systemText(std::string const& path) {
     auto text = com::fromUtf8(path);
     if (!text) throw UsageError("the path of the module is not valid UTF-8");
     return *std::move(text);
@@ -87,6 +88,39 @@ void report(RegisterCommand const& command, std::string const& path, HRESULT cod
                << (command.install ? "registers" : "unregisters")
                << " for the current user only.\n";
     }
+}
+
+bool hasKey(HKEY hive, OLECHAR const* parent, GUID const& id) {
+    constexpr int guidCapacity = 39;
+    OLECHAR name[guidCapacity];
+    StringFromGUID2(id, name, guidCapacity);
+    auto const key = OLESTR("Software\\Classes\\") + Text(parent) + OLESTR("\\") + name;
+    com::RegistryKey open;
+    return RegOpenKeyExW(hive, key.c_str(), 0, KEY_READ, open.put()) == ERROR_SUCCESS;
+}
+
+bool isRegisteredClass(ITypeLib* library, UINT index, HKEY hive) {
+    com::ComPtr<ITypeInfo> type;
+    if (FAILED(library->GetTypeInfo(index, type.put()))) return false;
+    com::TypeAttributes attributes(type.get());
+    return SUCCEEDED(type->GetTypeAttr(attributes.put())) &&
+           attributes->typekind == TKIND_COCLASS && hasKey(hive, OLESTR("CLSID"), attributes->guid);
+}
+
+/// Whether a class of the module's type library, or the library itself, stands
+/// in the classes of a hive: HKEY_LOCAL_MACHINE or HKEY_CURRENT_USER. Nothing
+/// when the module has no library to tell its classes by.
+std::optional<bool> isRegistered(Text const& module, HKEY hive) {
+    com::ComPtr<ITypeLib> library;
+    if (FAILED(LoadTypeLibEx(module.c_str(), REGKIND_NONE, library.put()))) return std::nullopt;
+    com::LibraryAttributes attributes(library.get());
+    if (FAILED(library->GetLibAttr(attributes.put()))) return std::nullopt;
+    if (hasKey(hive, OLESTR("TypeLib"), attributes->guid)) return true;
+    UINT const count = library->GetTypeInfoCount();
+    for (UINT index = 0; index < count; ++index) {
+        if (isRegisteredClass(library.get(), index, hive)) return true;
+    }
+    return false;
 }
 
 /// Where a module is registered; nothing where that cannot be told.

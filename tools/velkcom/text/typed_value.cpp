@@ -1,4 +1,4 @@
-#include "typed_value.h"
+#include "text/typed_value.h"
 
 #include <charconv>
 #include <cstdint>

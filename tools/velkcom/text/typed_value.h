@@ -4,7 +4,7 @@
 #include <string>
 
 #include "com/owners.h"
-#include "member_path.h"
+#include "text/member_path.h"
 
 namespace velk::velkcom {
 

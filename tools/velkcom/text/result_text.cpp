@@ -1,12 +1,12 @@
-#include "result_text.h"
+#include "text/result_text.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 
 #include "com/owners.h"
 #include "com/utf.h"
-#include "result_codes.h"
+#include "text/names.h"
+#include "text/result_codes.h"
 
 namespace velk::velkcom {
 namespace {
@@ -20,18 +20,6 @@ constexpr ULONG longestArray = 100;
 constexpr ULONG mostElements = 10000;
 // As deep as people read values in values, far less than a stack can hold.
 constexpr int deepestValue = 32;
-
-std::string numberText(double value) {
-    char text[32];
-    auto const end = std::to_chars(text, text + sizeof text, value).ptr;
-    return {text, end};
-}
-
-std::string numberText(float value) {
-    char text[32];
-    auto const end = std::to_chars(text, text + sizeof text, value).ptr;
-    return {text, end};
-}
 
 std::string dateText(DATE date) {
     SYSTEMTIME time{};
@@ -59,7 +47,7 @@ std::string typeName(IDispatch* object) {
         FAILED(type->GetDocumentation(MEMBERID_NIL, name.put(), nullptr, nullptr, nullptr))) {
         return {};
     }
-    return com::toUtf8(com::viewBstr(name));
+    return nameText(com::viewBstr(name));
 }
 
 std::string objectText(IDispatch* object) {
@@ -143,45 +131,23 @@ bool hasElementsOf(SAFEARRAY* array, VARTYPE type) {
 }
 
 std::string plainText(VARIANT const& value) {
+    char const* const written = namesOf(value.vt).written;
+    std::string const type = std::string(written != nullptr ? written : "") + ":";
     switch (value.vt) {
         case VT_EMPTY:
-            return "empty";
         case VT_NULL:
-            return "null";
-        case VT_I1:
-            return "int8:" + std::to_string(static_cast<signed char>(value.bVal));
-        case VT_UI1:
-            return "byte:" + std::to_string(value.bVal);
-        case VT_I2:
-            return "short:" + std::to_string(value.iVal);
-        case VT_UI2:
-            return "ushort:" + std::to_string(value.uiVal);
-        case VT_I4:
-        case VT_INT:
-            return "int:" + std::to_string(value.lVal);
-        case VT_UI4:
-        case VT_UINT:
-            return "uint:" + std::to_string(value.ulVal);
-        case VT_I8:
-            return "int64:" + std::to_string(value.llVal);
-        case VT_UI8:
-            return "uint64:" + std::to_string(value.ullVal);
-        case VT_R4:
-            return "single:" + numberText(value.fltVal);
-        case VT_R8:
-            return "double:" + numberText(value.dblVal);
+            return namesOf(value.vt).declared;
         case VT_CY:
-            return "currency:" + convertedText(value);
         case VT_DECIMAL:
-            return "decimal:" + convertedText(value);
+            return type + convertedText(value);
         case VT_DATE:
-            return "date:" + dateText(value.date);
+            return type + dateText(value.date);
         case VT_BOOL:
-            return value.boolVal != VARIANT_FALSE ? "bool:true" : "bool:false";
+            return type + (value.boolVal != VARIANT_FALSE ? "true" : "false");
         case VT_BSTR:
-            return "string:" + com::toUtf8(com::viewBstr(value.bstrVal));
+            return type + com::toUtf8(com::viewBstr(value.bstrVal));
         case VT_ERROR:
-            return "error:" + describeCode(value.scode);
+            return type + describeCode(value.scode);
         case VT_DISPATCH:
             return objectText(value.pdispVal);
         case VT_UNKNOWN:
@@ -189,8 +155,10 @@ std::string plainText(VARIANT const& value) {
         case VT_RECORD:
             return "record";
         default:
-            return "value of type " + std::to_string(value.vt);
+            break;
     }
+    auto const number = storedNumber(value);
+    return number ? type + *number : "value of type " + numberText(value.vt);
 }
 
 // Reads one value with all that is in it.

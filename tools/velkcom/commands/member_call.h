@@ -6,15 +6,9 @@
 
 #include "com/owners.h"
 #include "command_line.h"
+#include "commands/object_creation.h"
 
 namespace velk::velkcom {
-
-/// Why a call failed, in words for people, several lines where the object
-/// said more.
-class CallFailure : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
 
 /// Calls `member` of `object` with `arguments`, in the order in which they
 /// are written. The empty name is the default member. Throws CallFailure.
