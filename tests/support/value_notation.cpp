@@ -6,38 +6,44 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 namespace velk::test {
 namespace {
 
-struct TypeName {
+/// How the content of a type is written.
+enum class Form { nothing, whole, natural, single, real, currency, decimal, text, code, object };
+
+struct NamedType {
     VARTYPE type;
     std::string_view name;
+    Form form;
+    unsigned bytes;
 };
 
-constexpr TypeName typeNames[] = {{VT_EMPTY, "EMPTY"},
-                                  {VT_NULL, "NULL"},
-                                  {VT_I2, "I2"},
-                                  {VT_I4, "I4"},
-                                  {VT_R4, "R4"},
-                                  {VT_R8, "R8"},
-                                  {VT_CY, "CY"},
-                                  {VT_DATE, "DATE"},
-                                  {VT_BSTR, "BSTR"},
-                                  {VT_ERROR, "ERROR"},
-                                  {VT_DISPATCH, "DISPATCH"},
-                                  {VT_BOOL, "BOOL"},
-                                  {VT_VARIANT, "VARIANT"},
-                                  {VT_I1, "I1"},
-                                  {VT_UNKNOWN, "UNKNOWN"},
-                                  {VT_UI1, "UI1"},
-                                  {VT_DECIMAL, "DECIMAL"},
-                                  {VT_UI2, "UI2"},
-                                  {VT_UI4, "UI4"},
-                                  {VT_I8, "I8"},
-                                  {VT_UI8, "UI8"},
-                                  {VT_INT, "INT"},
-                                  {VT_UINT, "UINT"}};
+constexpr NamedType namedTypes[] = {{VT_EMPTY, "EMPTY", Form::nothing, 0},
+                                    {VT_NULL, "NULL", Form::nothing, 0},
+                                    {VT_I1, "I1", Form::whole, 1},
+                                    {VT_UI1, "UI1", Form::natural, 1},
+                                    {VT_I2, "I2", Form::whole, 2},
+                                    {VT_UI2, "UI2", Form::natural, 2},
+                                    {VT_I4, "I4", Form::whole, 4},
+                                    {VT_UI4, "UI4", Form::natural, 4},
+                                    {VT_I8, "I8", Form::whole, 8},
+                                    {VT_UI8, "UI8", Form::natural, 8},
+                                    {VT_INT, "INT", Form::whole, 4},
+                                    {VT_UINT, "UINT", Form::natural, 4},
+                                    {VT_BOOL, "BOOL", Form::whole, 2},
+                                    {VT_R4, "R4", Form::single, 4},
+                                    {VT_R8, "R8", Form::real, 8},
+                                    {VT_DATE, "DATE", Form::real, 8},
+                                    {VT_CY, "CY", Form::currency, 8},
+                                    {VT_DECIMAL, "DECIMAL", Form::decimal, 16},
+                                    {VT_BSTR, "BSTR", Form::text, 8},
+                                    {VT_ERROR, "ERROR", Form::code, 4},
+                                    {VT_DISPATCH, "DISPATCH", Form::object, 8},
+                                    {VT_UNKNOWN, "UNKNOWN", Form::object, 8},
+                                    {VT_VARIANT, "VARIANT", Form::object, 8}};
 
 [[noreturn]] void unknownNotation(std::string_view text) {
     std::fprintf(stderr, "no notation of a value: %.*s\n", static_cast<int>(text.size()),
@@ -45,188 +51,147 @@ constexpr TypeName typeNames[] = {{VT_EMPTY, "EMPTY"},
     std::abort();
 }
 
-template <class Number>
-Number numberOf(std::string_view text, int base = 10) {
+NamedType const& typeNamed(std::string_view name) {
+    auto const* const found = std::ranges::find(namedTypes, name, &NamedType::name);
+    if (found == std::end(namedTypes)) unknownNotation(name);
+    return *found;
+}
+
+template <class Number, class... Base>
+Number numberOf(std::string_view text, Base... base) {
     Number number{};
     auto const end = text.data() + text.size();
-    if (std::from_chars(text.data(), end, number, base).ptr != end) unknownNotation(text);
+    if (std::from_chars(text.data(), end, number, base...).ptr != end) unknownNotation(text);
     return number;
 }
 
-template <class Real>
-Real realOf(std::string_view text) {
-    Real number{};
-    auto const end = text.data() + text.size();
-    if (std::from_chars(text.data(), end, number).ptr != end) unknownNotation(text);
-    return number;
+template <class Number, class... Base>
+std::string textOf(Number number, Base... base) {
+    char text[64];
+    return std::string(text, std::to_chars(text, std::end(text), number, base...).ptr);
 }
 
 template <class Real>
 std::string textOfReal(Real number) {
-    if (std::isnan(number)) return "nan";
-    char text[64];
-    return std::string(text, std::to_chars(text, std::end(text), number).ptr);
+    return std::isnan(number) ? "nan" : textOf(number);
 }
 
-// A count of 96 bits in three words, the lowest first, in base 10.
-std::string textOfWords(ULONG words[3]) {
-    std::string digits;
-    do {
-        ULONGLONG rest = 0;
-        for (int index = 2; index >= 0; --index) {
-            ULONGLONG const part = (rest << 32) | words[index];
-            words[index] = static_cast<ULONG>(part / 10);
-            rest = part % 10;
-        }
-        digits.push_back(static_cast<char>('0' + rest));
-    } while ((words[0] | words[1] | words[2]) != 0);
-    std::reverse(digits.begin(), digits.end());
-    return digits;
-}
+__extension__ typedef unsigned __int128 Count;
 
-std::string withPlaces(std::string digits, unsigned places, bool negative) {
-    if (places != 0) {
-        if (digits.size() <= places) digits.insert(0, places + 1 - digits.size(), '0');
-        digits.insert(digits.size() - places, 1, '.');
+/// A number of decimal digits.
+struct Digits {
+    bool negative = false;
+    Count count = 0;
+    unsigned places = 0;
+};
+
+std::string textOf(Digits number) {
+    std::string text;
+    for (; number.count != 0 || text.size() <= number.places; number.count /= 10) {
+        text += static_cast<char>('0' + static_cast<int>(number.count % 10));
     }
-    return negative ? '-' + digits : digits;
+    if (number.places != 0) text.insert(number.places, 1, '.');
+    if (number.negative) text += '-';
+    std::ranges::reverse(text);
+    return text;
 }
 
-std::string textOfDecimal(DECIMAL const& value) {
-    ULONG words[3] = {value.Lo32, value.Mid32, value.Hi32};
-    return withPlaces(textOfWords(words), value.scale, value.sign != 0);
-}
-
-void readDecimal(std::string_view text, DECIMAL& value) {
+Digits digitsOf(std::string_view text) {
+    Digits number;
     bool places = false;
-    ULONG words[3] = {};
-    for (char const character : text) {
-        if (character == '-') {
-            value.sign = DECIMAL_NEG;
-        } else if (character == '.') {
+    for (char const sign : text) {
+        if (sign == '-') {
+            number.negative = true;
+        } else if (sign == '.') {
             places = true;
         } else {
-            ULONGLONG carry = static_cast<ULONGLONG>(character - '0');
-            for (ULONG& word : words) {
-                carry += static_cast<ULONGLONG>(word) * 10;
-                word = static_cast<ULONG>(carry);
-                carry >>= 32;
-            }
-            if (places) ++value.scale;
+            number.count = number.count * 10 + static_cast<unsigned>(sign - '0');
+            if (places) ++number.places;
         }
     }
-    value.Lo32 = words[0];
-    value.Mid32 = words[1];
-    value.Hi32 = words[2];
+    return number;
 }
 
-std::string textOfCurrency(CY value) {
-    bool const negative = value.int64 < 0;
-    auto const bits = static_cast<ULONGLONG>(value.int64);
-    std::string text = withPlaces(std::to_string(negative ? 0 - bits : bits), 4, negative);
-    while (text.back() == '0') text.pop_back();
+constexpr unsigned currencyPlaces = 4;
+
+std::string textOfCurrency(LONGLONG count) {
+    auto const bits = static_cast<ULONGLONG>(count);
+    auto text = textOf(Digits{count < 0, count < 0 ? 0 - bits : bits, currencyPlaces});
+    text.erase(text.find_last_not_of('0') + 1);
     if (text.back() == '.') text.pop_back();
     return text;
 }
 
-LONGLONG countOfCurrency(std::string_view text) {
-    std::size_t const point = std::min(text.find('.'), text.size());
-    std::string digits(text.substr(0, point));
-    std::string places(point < text.size() ? text.substr(point + 1) : "");
-    places.resize(4, '0');
-    return numberOf<LONGLONG>(digits + places);
+LONGLONG currencyOf(std::string_view text) {
+    auto number = digitsOf(text);
+    for (; number.places < currencyPlaces; ++number.places) number.count *= 10;
+    auto const bits = static_cast<ULONGLONG>(number.count);
+    return static_cast<LONGLONG>(number.negative ? 0 - bits : bits);
 }
 
-std::string contentOf(VARIANT const& value) {
-    switch (value.vt) {
-        case VT_I1:
-            return std::to_string(static_cast<signed char>(value.cVal));
-        case VT_UI1:
-            return std::to_string(value.bVal);
-        case VT_I2:
-        case VT_BOOL:
-            return std::to_string(value.iVal);
-        case VT_UI2:
-            return std::to_string(value.uiVal);
-        case VT_I4:
-        case VT_INT:
-            return std::to_string(value.lVal);
-        case VT_UI4:
-        case VT_UINT:
-            return std::to_string(value.ulVal);
-        case VT_I8:
-            return std::to_string(value.llVal);
-        case VT_UI8:
-            return std::to_string(value.ullVal);
-        case VT_R4:
+std::string contentOf(VARIANT const& value, NamedType const& type) {
+    unsigned const beyond = 64 - 8 * std::min(type.bytes, 8U);
+    switch (type.form) {
+        case Form::whole:
+            return textOf(value.llVal << beyond >> beyond);
+        case Form::natural:
+            return textOf(value.ullVal << beyond >> beyond);
+        case Form::single:
             return textOfReal(value.fltVal);
-        case VT_R8:
-        case VT_DATE:
+        case Form::real:
             return textOfReal(value.dblVal);
-        case VT_CY:
-            return textOfCurrency(value.cyVal);
-        case VT_DECIMAL:
-            return textOfDecimal(value.decVal);
-        case VT_BSTR:
-            return narrow(value.bstrVal, SysStringLen(value.bstrVal));
-        case VT_ERROR: {
-            char text[16];
-            auto const code = static_cast<ULONG>(value.scode);
-            return std::string(text, std::to_chars(text, std::end(text), code, 16).ptr);
+        case Form::currency:
+            return textOfCurrency(value.cyVal.int64);
+        case Form::decimal: {
+            auto const& exact = value.decVal;
+            return textOf(
+                Digits{exact.sign != 0, Count{exact.Hi32} << 64 | exact.Lo64, exact.scale});
         }
+        case Form::text:
+            return narrow(value.bstrVal, SysStringLen(value.bstrVal));
+        case Form::code:
+            return textOf(static_cast<ULONG>(value.scode), 16);
         default:
             return value.punkVal == nullptr ? "null" : "object";
     }
 }
 
-void setContent(VARIANT& value, std::string_view text) {
-    switch (value.vt) {
-        case VT_I1:
-        case VT_I2:
-        case VT_I4:
-        case VT_INT:
-        case VT_I8:
-        case VT_BOOL:
+void setContent(VARIANT& value, NamedType const& type, std::string_view text) {
+    switch (type.form) {
+        case Form::whole:
             value.llVal = numberOf<LONGLONG>(text);
             break;
-        case VT_UI1:
-        case VT_UI2:
-        case VT_UI4:
-        case VT_UINT:
-        case VT_UI8:
+        case Form::natural:
             value.ullVal = numberOf<ULONGLONG>(text);
             break;
-        case VT_R4:
-            value.fltVal = realOf<float>(text);
+        case Form::single:
+            value.fltVal = numberOf<float>(text);
             break;
-        case VT_R8:
-        case VT_DATE:
-            value.dblVal = realOf<double>(text);
+        case Form::real:
+            value.dblVal = numberOf<double>(text);
             break;
-        case VT_CY:
-            value.cyVal.int64 = countOfCurrency(text);
+        case Form::currency:
+            value.cyVal.int64 = currencyOf(text);
             break;
-        case VT_DECIMAL:
-            readDecimal(text, value.decVal);
-            break;
-        case VT_BSTR: {
-            auto const characters = wide(text);
-            value.bstrVal =
-                SysAllocStringLen(characters.data(), static_cast<UINT>(characters.size()));
+        case Form::decimal: {
+            auto const number = digitsOf(text);
+            value.decVal.sign = number.negative ? DECIMAL_NEG : 0;
+            value.decVal.scale = static_cast<BYTE>(number.places);
+            value.decVal.Hi32 = static_cast<ULONG>(number.count >> 64);
+            value.decVal.Lo64 = static_cast<ULONGLONG>(number.count);
             break;
         }
-        case VT_ERROR:
+        case Form::text: {
+            auto const signs = wide(text);
+            value.bstrVal = SysAllocStringLen(signs.data(), static_cast<UINT>(signs.size()));
+            break;
+        }
+        case Form::code:
             value.scode = static_cast<SCODE>(numberOf<ULONG>(text, 16));
             break;
         default:
             if (text != "null") unknownNotation(text);
-            value.punkVal = nullptr;
     }
-}
-
-bool hasContent(VARIANT const& value) {
-    return value.vt != VT_EMPTY && value.vt != VT_NULL &&
-           (value.vt != VT_BSTR || value.bstrVal != nullptr);
 }
 
 std::string notationOfArray(SAFEARRAY& array, VARTYPE type) {
@@ -276,26 +241,22 @@ std::string notationOfRecord(IRecordInfo& info, void* record) {
                   '=' + (result == S_OK ? content.notation() : resultName(result));
         SysFreeString(names[index]);
     }
-    return contentOf(*name) + '{' + fields + '}';
+    return name.notation().substr(5) + '{' + fields + '}';
 }
 
 }  // namespace
 
 VARTYPE typeCalled(std::string_view name) {
-    for (auto const& entry : typeNames) {
-        if (entry.name == name) return entry.type;
-    }
-    unknownNotation(name);
+    return typeNamed(name).type;
 }
 
 Value::Value(std::string_view notation) {
     VariantInit(&content);
     std::size_t const colon = std::min(notation.find(':'), notation.size());
-    VARTYPE const type = typeCalled(notation.substr(0, colon));
-    content.vt = type;
-    if (colon != notation.size()) setContent(content, notation.substr(colon + 1));
+    auto const& type = typeNamed(notation.substr(0, colon));
+    if (colon != notation.size()) setContent(content, type, notation.substr(colon + 1));
     // Last, because a decimal's first word lies where the type does.
-    content.vt = type;
+    content.vt = type.type;
 }
 
 std::string Value::notation() const {
@@ -309,45 +270,22 @@ std::string notationOf(VARIANT const& value) {
         return value.pRecInfo && value.pvRecord ? notationOfRecord(*value.pRecInfo, value.pvRecord)
                                                 : "RECORD:null";
     }
-    for (auto const& entry : typeNames) {
-        if (entry.type != type) continue;
-        std::string const name(entry.name);
-        return hasContent(value) ? name + ':' + contentOf(value) : name;
-    }
-    return "type " + std::to_string(value.vt);
+    auto const* const found = std::ranges::find(namedTypes, type, &NamedType::type);
+    if (found == std::end(namedTypes)) return "type " + std::to_string(type);
+    std::string const name(found->name);
+    bool const nothing = found->form == Form::nothing || (type == VT_BSTR && !value.bstrVal);
+    return nothing ? name : name + ':' + contentOf(value, *found);
 }
 
 std::basic_string<OLECHAR> wide(std::string_view utf8) {
-    std::basic_string<OLECHAR> text;
-    for (std::size_t index = 0; index < utf8.size();) {
-        auto const lead = static_cast<unsigned char>(utf8[index]);
-        unsigned const length = lead < 0x80 ? 1 : lead < 0xe0 ? 2 : 3;
-        unsigned code = length == 1 ? lead : lead & (0x3fU >> (length - 1));
-        for (unsigned next = 1; next < length; ++next) {
-            code = (code << 6) | (static_cast<unsigned char>(utf8[index + next]) & 0x3fU);
-        }
-        text.push_back(static_cast<OLECHAR>(code));
-        index += length;
-    }
-    return text;
+    return std::filesystem::path(std::u8string(utf8.begin(), utf8.end())).string<OLECHAR>();
 }
 
 std::string narrow(OLECHAR const* text, std::size_t length) {
-    std::string utf8;
-    for (std::size_t index = 0; index < length; ++index) {
-        auto const code = static_cast<unsigned>(text[index]);
-        if (code < 0x80) {
-            utf8.push_back(static_cast<char>(code));
-        } else if (code < 0x800) {
-            utf8.push_back(static_cast<char>(0xc0 | (code >> 6)));
-            utf8.push_back(static_cast<char>(0x80 | (code & 0x3f)));
-        } else {
-            utf8.push_back(static_cast<char>(0xe0 | (code >> 12)));
-            utf8.push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3f)));
-            utf8.push_back(static_cast<char>(0x80 | (code & 0x3f)));
-        }
-    }
-    return utf8;
+    auto const utf8 = std::filesystem::path(length == 0 ? std::basic_string<OLECHAR>()
+                                                        : std::basic_string<OLECHAR>(text, length))
+                          .u8string();
+    return std::string(utf8.begin(), utf8.end());
 }
 
 std::string resultName(HRESULT result) {
@@ -366,11 +304,8 @@ std::string resultName(HRESULT result) {
             return "locked";
         case E_INVALIDARG:
             return "invalid";
-        default: {
-            char text[16];
-            auto const code = static_cast<ULONG>(result);
-            return std::string(text, std::to_chars(text, std::end(text), code, 16).ptr);
-        }
+        default:
+            return textOf(static_cast<ULONG>(result), 16);
     }
 }
 

@@ -1,7 +1,7 @@
 #include "platform/typelib/format/msft_reader.h"
 
 #include "platform/typelib/format/msft_tables.h"
-#include "platform/typelib/record_layout.h"
+#include "platform/typelib/records/record_layout.h"
 
 namespace velk::typelib {
 namespace {

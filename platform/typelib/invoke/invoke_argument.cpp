@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "platform/typelib/record_array.h"
+#include "platform/typelib/records/record_array.h"
 
 namespace velk::typelib {
 namespace {

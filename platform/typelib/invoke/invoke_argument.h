@@ -7,7 +7,7 @@
 #include "platform/typelib/invoke/native_structure.h"
 #include "platform/typelib/invoke/vtable_call.h"
 #include "platform/typelib/owners.h"
-#include "platform/typelib/record_types.h"
+#include "platform/typelib/records/record_types.h"
 
 namespace velk::typelib {
 

@@ -1,7 +1,7 @@
 // Records as arguments and results of late-bound calls.
 
 #include "platform/typelib/invoke/invoke_argument.h"
-#include "platform/typelib/record_info.h"
+#include "platform/typelib/records/record_info.h"
 
 namespace velk::typelib {
 namespace {

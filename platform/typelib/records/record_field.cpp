@@ -1,10 +1,10 @@
-#include "platform/typelib/record_field.h"
+#include "platform/typelib/records/record_field.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "platform/typelib/record_array.h"
 #include "platform/typelib/invoke/vtable_call.h"
+#include "platform/typelib/records/record_array.h"
 
 namespace velk::typelib {
 namespace {

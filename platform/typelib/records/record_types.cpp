@@ -1,7 +1,7 @@
-#include "platform/typelib/record_types.h"
+#include "platform/typelib/records/record_types.h"
 
-#include "platform/typelib/record_info.h"
 #include "platform/typelib/invoke/vtable_call.h"
+#include "platform/typelib/records/record_info.h"
 
 namespace velk::typelib {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <atomic>
 
-#include "platform/typelib/record_types.h"
+#include "platform/typelib/records/record_types.h"
 
 namespace velk::typelib {
 

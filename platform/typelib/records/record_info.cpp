@@ -1,4 +1,4 @@
-#include "platform/typelib/record_info.h"
+#include "platform/typelib/records/record_info.h"
 
 #include <algorithm>
 #include <cstdlib>

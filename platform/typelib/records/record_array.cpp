@@ -1,4 +1,4 @@
-#include "platform/typelib/record_array.h"
+#include "platform/typelib/records/record_array.h"
 
 namespace velk::typelib {
 

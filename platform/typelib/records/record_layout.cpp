@@ -1,4 +1,4 @@
-#include "platform/typelib/record_layout.h"
+#include "platform/typelib/records/record_layout.h"
 
 #include <algorithm>
 

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "platform/typelib/record_field.h"
+#include "platform/typelib/records/record_field.h"
 
 namespace velk::typelib {
 
