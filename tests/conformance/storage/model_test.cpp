@@ -77,7 +77,7 @@ class Session {
         if (node == nullptr) return;
         auto const made = pattern(sizeOf(operation.size) % 21000, operation.size);
         // Some begin where a sector does, some behind the end: what is between is zero.
-        std::size_t at = operation.size * 7 % (node->bytes.size() + 200);
+        std::size_t at = std::size_t{operation.size} * 7 % (node->bytes.size() + 200);
         if (operation.kind / 32 % 2 == 0) at -= at % 512;
         if (hasDifference("stream-gap")) at = std::min(at, node->bytes.size());
         seekTo(*node, *handle, at, operation.kind / 64);
@@ -108,7 +108,7 @@ class Session {
     void read(Operation const& operation) {
         auto const [node, handle] = streamOf(operation);
         if (node == nullptr) return;
-        std::size_t const at = operation.size * 7 % (node->bytes.size() + 50);
+        std::size_t const at = std::size_t{operation.size} * 7 % (node->bytes.size() + 50);
         seekTo(*node, *handle, at, operation.kind / 64);
         std::string part(sizeOf(operation.size), 'x');
         ULONG done = 99;

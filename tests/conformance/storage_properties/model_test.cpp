@@ -131,7 +131,8 @@ class Session {
     template <void (Session::*member)(OpenSet&, Operation const&)>
     void onOpen(Operation const& operation) {
         if (open_.empty()) return;
-        auto const chosen = std::next(open_.begin(), operation.place % open_.size());
+        auto const chosen =
+            std::next(open_.begin(), static_cast<std::ptrdiff_t>(operation.place % open_.size()));
         number_ = chosen->first;
         (this->*member)(chosen->second, operation);
     }
@@ -179,7 +180,9 @@ class Session {
     void rename(OpenSet& open, Operation const& operation) {
         auto& values = open.model.values;
         if (hasDifference("property-renamed") || values.empty()) return;
-        PROPID const id = std::next(values.begin(), operation.what % values.size())->first;
+        PROPID const id =
+            std::next(values.begin(), static_cast<std::ptrdiff_t>(operation.what % values.size()))
+                ->first;
         auto name = nameOf(operation.size);
         auto const owner = open.model.owner(name);
         bool const isTaken = owner && *owner != id;

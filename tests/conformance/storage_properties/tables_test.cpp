@@ -143,9 +143,12 @@ TEST(PropertySets, KeepWhatIsNotChanged) {
                           broken = "41000000 f0ffffff 782e2e",
                           names = "01000000 05000000 03000000 6ee900", cut = "02000000 0700";
         FilePlace const place;
-        makeFile(place, setBytes(std::string("S{0:hex ") + names + ";1:page 1252;4:hex " + cut +
-                                 ";5:i4 1;6:hex " + unpadded + ";7:hex " + odd + ";8:hex " +
-                                 broken + "}"));
+        // Many programs have room behind the last section.
+        auto const bytes =
+            setBytes("S{0:hex " + names + ";1:page 1252;4:hex " + cut + ";5:i4 1;6:hex " +
+                     unpadded + ";7:hex " + odd + ";8:hex " + broken + "}") +
+            std::string(500, '\0');
+        makeFile(place, bytes);
         auto const stored = [&](LONG value) {
             {
                 auto const root = place.open();
@@ -157,6 +160,7 @@ TEST(PropertySets, KeepWhatIsNotChanged) {
         auto const first = stored(1), second = stored(2);
         EXPECT_NE(first, second);
         EXPECT_EQ(first, stored(1));
+        EXPECT_EQ(first.size(), bytes.size());
         // What followed a value without padding does not become its padding.
         for (auto const& kept :
              {names, unpadded, odd, broken, cut + "0000" + "03000000 01000000"}) {
