@@ -63,7 +63,10 @@ struct Impatient final : CountedObject {
             revoked = table->RevokeInterfaceFromGlobal(cookie);
             referencesMeanwhile = references;
         }
-        return CountedObject::QueryInterface(riid, object);
+        HRESULT const result = CountedObject::QueryInterface(riid, object);
+        // What nobody shall take for an object.
+        if (FAILED(result)) *object = reinterpret_cast<void*>(0x20);
+        return result;
     }
 };
 

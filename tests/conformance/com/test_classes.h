@@ -87,8 +87,7 @@ class CountedObject : public IClassFactory {
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override {
         bool const known = riid == IID_IUnknown || riid == IID_IClassFactory;
-        // What a caller shall not take for an object.
-        *object = known ? this : reinterpret_cast<void*>(0x20);
+        *object = known ? this : nullptr;
         if (known) ++references;
         return known ? S_OK : E_NOINTERFACE;
     }

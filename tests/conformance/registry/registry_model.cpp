@@ -212,7 +212,9 @@ std::vector<ModelCall> drawCalls(unsigned seed, std::string const& roots, bool h
                 call.path.push_back(drawName(random));
             }
             bool const isRoot = roots.find(call.base) != roots.npos;
-            bool const needsPath = call.verb == "delete" || (call.verb == "tree" && isRoot);
+            // What making no new key tells is not the same everywhere.
+            bool const needsPath = call.verb == "delete" || (call.verb == "tree" && isRoot) ||
+                                   (call.verb == "make" && !hasProcesses);
             if (call.verb == "close" ? isRoot : needsPath && call.path.empty()) continue;
             if (call.verb == "close") call.path.clear();
             call.valueName = random() % 4 == 0 ? ModelCall::Name{defaultName} : drawName(random);

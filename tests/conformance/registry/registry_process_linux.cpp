@@ -57,7 +57,8 @@ std::string whole(files::path const& hive) {
 }
 
 std::string lastError(BOOL success) {
-    return statusWord(success ? ERROR_SUCCESS : static_cast<LSTATUS>(GetLastError()));
+    auto const error = success ? ERROR_SUCCESS : static_cast<LSTATUS>(GetLastError());
+    return error == ERROR_TRANSACTION_NOT_ACTIVE ? "ended" : statusWord(error);
 }
 
 /// Every lock that the rights of a reader give.
