@@ -1,5 +1,6 @@
-# velk_type_library(<target> <file.idl> <output.tlb>)
-#   compiles an interface description into a type library in the MSFT format.
+# velk_type_library(<target> <file.idl> <output.tlb> [--win32])
+#   compiles an interface description into a type library in the MSFT format,
+#   for systems of 64 bits unless told otherwise.
 # velk_resources(<target> <file.rc> DEPENDS <file>...)
 #   puts the resources that a .rc file names into a module. On Windows the
 #   linker does that; elsewhere the compiled resources become the section
@@ -9,11 +10,15 @@ find_program(VELK_WIDL NAMES x86_64-w64-mingw32-widl widl REQUIRED)
 find_program(VELK_WINDRES NAMES x86_64-w64-mingw32-windres REQUIRED)
 
 function(velk_type_library target idl output)
+  set(bits --win64)
+  if(ARGC GREATER 3)
+    set(bits ${ARGV3})
+  endif()
   get_filename_component(idl_path ${idl} ABSOLUTE)
   get_filename_component(idl_folder ${idl_path} DIRECTORY)
   add_custom_command(
     OUTPUT ${output}
-    COMMAND ${VELK_WIDL} --win64 -I ${PROJECT_SOURCE_DIR}/libs/com/idl -t -o ${output} ${idl_path}
+    COMMAND ${VELK_WIDL} ${bits} -I ${PROJECT_SOURCE_DIR}/libs/com/idl -t -o ${output} ${idl_path}
     # Where imports with a folder in their name are looked for.
     WORKING_DIRECTORY ${idl_folder}
     DEPENDS ${idl_path}

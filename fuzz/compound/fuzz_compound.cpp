@@ -7,51 +7,17 @@
 #include <objbase.h>
 
 #include "fuzz/compound/memory_file.h"
-#include "platform/com/held_object.h"
-#include "platform/storage/compound/storage_object.h"
 
 namespace {
 
-using namespace velk::platform::storage;
-using velk::fuzz::MemoryFile;
-using velk::platform::com::HeldObject;
-using FileBytes = std::vector<std::byte>;
-using Storage = HeldObject<IStorage>;
-using Stream = HeldObject<IStream>;
-
-constexpr DWORD look = STGM_READ | STGM_SHARE_EXCLUSIVE;
-constexpr DWORD change = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
+using namespace velk::fuzz;
+using Storage = Held<IStorage>;
+using Stream = Held<IStream>;
 
 // Enough of everything to meet each branch, few enough to stay quick.
 constexpr int mostElements = 64;
 constexpr int deepest = 8;
 constexpr ULONGLONG mostBytes = 1 << 16;
-
-template <typename Interface>
-Interface** into(HeldObject<Interface>& held) {
-    return reinterpret_cast<Interface**>(held.target());
-}
-
-class Status {
-  public:
-    Status() = default;
-    Status(Status const&) = delete;
-    Status& operator=(Status const&) = delete;
-    ~Status() { CoTaskMemFree(value_.pwcsName); }
-    STATSTG* get() { return &value_; }
-
-  private:
-    STATSTG value_{};
-};
-
-HRESULT open(FileBytes& bytes, DWORD mode, Storage& root) {
-    return answer([&] {
-        bool const isWritable = mayWrite(mode);
-        auto file = std::make_shared<CompoundFile>(std::make_unique<MemoryFile>(bytes), isWritable,
-                                                   !isTransacted(mode));
-        *root.target() = static_cast<IStorage*>(new StorageObject(std::move(file), mode, u"input"));
-    });
-}
 
 void move(IStream& stream, LONGLONG distance, DWORD origin) {
     LARGE_INTEGER to;
@@ -60,8 +26,9 @@ void move(IStream& stream, LONGLONG distance, DWORD origin) {
 }
 
 void readStream(IStream& stream) {
-    Status status;
-    stream.Stat(status.get(), STATFLAG_DEFAULT);
+    STATSTG status{};
+    stream.Stat(&status, STATFLAG_DEFAULT);
+    CoTaskMemFree(status.pwcsName);
     char part[3000];
     ULONG done = 1;
     for (ULONGLONG read = 0; done != 0 && read < mostBytes; read += done) {
@@ -88,49 +55,47 @@ void resize(IStream& stream) {
     }
 }
 
-/// Calls `visit(storage, element)` for the elements of a storage and, with
-/// `mode`, of those in it.
+/// Calls `visit(storage, name, type)` for the elements of a storage, opened with
+/// `mode`, and of those in it.
 template <typename Visit>
 void forEachElement(IStorage& storage, DWORD mode, int& left, int depth, Visit const& visit) {
-    HeldObject<IEnumSTATSTG> elements;
+    Held<IEnumSTATSTG> elements;
     if (FAILED(storage.EnumElements(0, nullptr, 0, into(elements)))) return;
-    while (left-- > 0) {
-        Status element;
-        if (elements->Next(1, element.get(), nullptr) != S_OK) return;
-        if (element.get()->type == STGTY_STORAGE && depth < deepest) {
-            Storage inner;
-            if (SUCCEEDED(storage.OpenStorage(element.get()->pwcsName, nullptr, mode, nullptr, 0,
-                                              into(inner)))) {
-                forEachElement(*inner.get(), mode, left, depth + 1, visit);
-            }
+    STATSTG element{};
+    while (left-- > 0 && elements->Next(1, &element, nullptr) == S_OK) {
+        std::u16string const name = element.pwcsName;
+        CoTaskMemFree(element.pwcsName);
+        Storage inner;
+        if (element.type == STGTY_STORAGE && depth < deepest &&
+            SUCCEEDED(storage.OpenStorage(name.c_str(), nullptr, mode, nullptr, 0, into(inner)))) {
+            forEachElement(*inner.get(), mode, left, depth + 1, visit);
         }
-        visit(storage, *element.get());
+        inner = {};
+        visit(storage, name.c_str(), element.type);
     }
 }
 
 void readAll(FileBytes& bytes) {
-    Storage root;
-    if (FAILED(open(bytes, look, root))) return;
-    Status status;
-    root->Stat(status.get(), STATFLAG_DEFAULT);
+    auto const root = openRoot(bytes, look);
+    if (root.get() == nullptr) return;
     int left = mostElements;
-    forEachElement(*root.get(), look, left, 0, [](IStorage& storage, STATSTG const& element) {
+    forEachElement(*root.get(), look, left, 0, [](IStorage& storage, OLECHAR const* name, DWORD) {
         Stream stream;
-        if (SUCCEEDED(storage.OpenStream(element.pwcsName, nullptr, look, 0, into(stream)))) {
+        if (SUCCEEDED(storage.OpenStream(name, nullptr, look, 0, into(stream)))) {
             readStream(*stream.get());
         }
     });
 }
 
-void changeElement(IStorage& storage, STATSTG const& element, int turn) {
-    if (element.type == STGTY_STREAM && turn % 4 < 2) {
-        Stream stream;
-        if (FAILED(storage.OpenStream(element.pwcsName, nullptr, change, 0, into(stream)))) return;
+void changeElement(IStorage& storage, OLECHAR const* name, DWORD type, int turn) {
+    Stream stream;
+    if (type == STGTY_STREAM && turn % 4 < 2) {
+        if (FAILED(storage.OpenStream(name, nullptr, change, 0, into(stream)))) return;
         turn % 4 == 0 ? overwrite(*stream.get()) : resize(*stream.get());
     } else if (turn % 4 == 2) {
-        storage.RenameElement(element.pwcsName, u"renamed");
+        storage.RenameElement(name, u"renamed");
     } else {
-        storage.DestroyElement(element.pwcsName);
+        storage.DestroyElement(name);
     }
 }
 
@@ -148,28 +113,20 @@ void addElements(IStorage& storage) {
     }
 }
 
-/// Into another file.
-void copyAll(IStorage& root) {
-    FileBytes bytes;
-    MemoryFile fresh(bytes);
-    CompoundFile::create(fresh, 512);
-    Storage other;
-    if (SUCCEEDED(open(bytes, change, other))) root.CopyTo(0, nullptr, nullptr, other.get());
-}
-
 void changeAll(FileBytes& bytes, DWORD mode) {
-    Storage root;
-    if (FAILED(open(bytes, mode, root))) return;
-    int left = mostElements, turn = isTransacted(mode) ? 1 : 0;
-    forEachElement(*root.get(), change, left, 0, [&](IStorage& storage, STATSTG const& element) {
-        changeElement(storage, element, turn++);
-    });
+    auto const root = openRoot(bytes, mode);
+    if (root.get() == nullptr) return;
+    bool const isDirect = (mode & STGM_TRANSACTED) == 0;
+    int left = mostElements, turn = isDirect ? 0 : 1;
+    forEachElement(*root.get(), change, left, 0,
+                   [&](IStorage& storage, OLECHAR const* name, DWORD type) {
+                       changeElement(storage, name, type, turn++);
+                   });
     addElements(*root.get());
     root->Commit(STGC_DEFAULT);
     addElements(*root.get());
-    copyAll(*root.get());
     root->DestroyElement(u"new");
-    if (isTransacted(mode)) root->Revert();
+    if (!isDirect) root->Revert();
     root->Commit(STGC_DEFAULT);
 }
 

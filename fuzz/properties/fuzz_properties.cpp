@@ -1,93 +1,59 @@
 // Takes any bytes as a stream of property sets: reads all that is in it, then
 // changes it, writes it and reads it again.
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
-#include <vector>
 
 #include <objbase.h>
 #include <propidl.h>
 
-#include "platform/com/held_object.h"
-#include "platform/storage/properties/property_storage.h"
-#include "platform/storage/shared_object.h"
+#include "fuzz/compound/memory_file.h"
 
 namespace {
 
-using namespace velk::platform::storage;
-using velk::platform::com::HeldObject;
-using Set = HeldObject<IPropertyStorage>;
+using namespace velk::fuzz;
+using Set = Held<IPropertyStorage>;
 
-/// A stream in memory, with what property sets need of one.
-class MemoryStream final : public SharedObject<IStream, IID_ISequentialStream, IID_IStream> {
+/// A document with that stream, open.
+class Document {
   public:
-    explicit MemoryStream(std::vector<std::uint8_t>& bytes) : bytes_(bytes) {}
+    explicit Document(velk::platform::storage::Bytes stream) {
+        MemoryFile fresh(bytes_);
+        velk::platform::storage::CompoundFile::create(fresh);
+        root_ = openRoot(bytes_, change);
+        Held<IStream> made;
+        auto const size = static_cast<ULONG>(stream.size());
+        bool const isMade =
+            SUCCEEDED(
+                root_->CreateStream(u"\5DocumentSummaryInformation", change, 0, 0, into(made))) &&
+            SUCCEEDED(made->Write(stream.data(), size, nullptr)) &&
+            SUCCEEDED(root_->QueryInterface(IID_IPropertySetStorage, sets_.target()));
+        if (!isMade) std::abort();
+    }
 
-    HRESULT STDMETHODCALLTYPE Read(void* target, ULONG count, ULONG* done) noexcept override {
-        std::size_t const left = bytes_.size() - std::min(at_, bytes_.size());
-        *done = static_cast<ULONG>(std::min<std::size_t>(count, left));
-        if (*done != 0) std::memcpy(target, bytes_.data() + at_, *done);
-        at_ += *done;
-        return S_OK;
+    /// Empty where there is no such set.
+    Set open(REFFMTID id) {
+        Set set;
+        sets_->Open(id, change, into(set));
+        return set;
     }
-    HRESULT STDMETHODCALLTYPE Write(void const* source, ULONG count,
-                                    ULONG* done) noexcept override {
-        if (bytes_.size() < at_ + count) bytes_.resize(at_ + count);
-        if (count != 0) std::memcpy(bytes_.data() + at_, source, count);
-        at_ += count;
-        *done = count;
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER to, DWORD, ULARGE_INTEGER*) noexcept override {
-        at_ = static_cast<std::size_t>(to.QuadPart);
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER size) noexcept override {
-        bytes_.resize(size.QuadPart);
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE Stat(STATSTG* status, DWORD) noexcept override {
-        *status = {};
-        status->cbSize.QuadPart = bytes_.size();
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE Commit(DWORD) noexcept override { return S_OK; }
-    HRESULT STDMETHODCALLTYPE Revert() noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*,
-                                     ULARGE_INTEGER*) noexcept override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) noexcept override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER,
-                                           DWORD) noexcept override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE Clone(IStream**) noexcept override { return E_NOTIMPL; }
 
   private:
-    std::vector<std::uint8_t>& bytes_;
-    std::size_t at_ = 0;
+    FileBytes bytes_;
+    Held<IStorage> root_;
+    Held<IPropertySetStorage> sets_;
 };
-
-Set open(std::vector<std::uint8_t>& bytes, REFFMTID id) {
-    Set set;
-    static_cast<void>(answer([&] {
-        PropertyStorage::Stream stream;
-        *stream.target() = static_cast<IStream*>(new MemoryStream(bytes));
-        *set.target() = static_cast<IPropertyStorage*>(new PropertyStorage(
-            std::move(stream), id, STGM_READWRITE | STGM_SHARE_EXCLUSIVE, nullptr));
-    }));
-    return set;
-}
 
 PROPSPEC byId(PROPID id) {
     PROPSPEC specifier{};
     specifier.ulKind = PRSPEC_PROPID;
     specifier.propid = id;
+    return specifier;
+}
+PROPSPEC byName(char16_t* name) {
+    PROPSPEC specifier{};
+    specifier.ulKind = PRSPEC_LPWSTR;
+    specifier.lpwstr = name;
     return specifier;
 }
 
@@ -96,72 +62,64 @@ PROPSPEC byId(PROPID id) {
 int readAll(IPropertyStorage& set, bool copies) {
     STATPROPSETSTG status{};
     set.Stat(&status);
-    HeldObject<IEnumSTATPROPSTG> all;
-    if (set.Enum(reinterpret_cast<IEnumSTATPROPSTG**>(all.target())) != S_OK) return 0;
+    Held<IEnumSTATPROPSTG> all;
+    if (set.Enum(into(all)) != S_OK) return 0;
     int readable = 0;
     STATPROPSTG entry{};
     for (int i = 0; i < 200 && all->Next(1, &entry, nullptr) == S_OK; ++i) {
-        if (entry.lpwstrName != nullptr) {
-            PROPSPEC named{};
-            named.ulKind = PRSPEC_LPWSTR;
-            named.lpwstr = entry.lpwstrName;
-            PROPVARIANT value{};
-            if (SUCCEEDED(set.ReadMultiple(1, &named, &value))) PropVariantClear(&value);
+        PROPVARIANT value{};
+        PROPSPEC const named = byName(entry.lpwstrName);
+        if (entry.lpwstrName != nullptr && SUCCEEDED(set.ReadMultiple(1, &named, &value))) {
+            PropVariantClear(&value);
         }
         CoTaskMemFree(entry.lpwstrName);
-        PROPSPEC const specifier = byId(entry.propid);
-        PROPVARIANT value{}, copy{};
+        PROPSPEC const specifier = byId(entry.propid), other = byId(entry.propid ^ 0x10000);
         if (set.ReadMultiple(1, &specifier, &value) != S_OK) continue;
         ++readable;
-        if (FAILED(PropVariantCopy(&copy, &value))) std::abort();
-        PROPSPEC const other = byId(entry.propid ^ 0x10000);
-        if (copies) set.WriteMultiple(1, &other, &copy, PID_FIRST_USABLE);
+        if (copies) set.WriteMultiple(1, &other, &value, PID_FIRST_USABLE);
         PropVariantClear(&value);
-        PropVariantClear(&copy);
     }
     return readable;
 }
 
-void change(IPropertyStorage& set) {
+void changeSome(IPropertyStorage& set) {
     PROPVARIANT number{};
     number.vt = VT_I4;
     number.lVal = 5;
-    PROPSPEC named{};
-    named.ulKind = PRSPEC_LPWSTR;
     char16_t name[] = u"added";
-    named.lpwstr = name;
+    PROPSPEC const named = byName(name), title = byId(2);
     set.WriteMultiple(1, &named, &number, PID_FIRST_USABLE);
-    PROPSPEC const title = byId(2);
     set.DeleteMultiple(1, &title);
 }
 
 /// What can be read stays readable when the stream is written anew.
-void tryStream(std::vector<std::uint8_t> bytes, REFFMTID id) {
+void tryStream(velk::platform::storage::Bytes bytes, REFFMTID id) {
+    Document document(bytes);
     int before = 0;
     {
-        Set const set = open(bytes, id);
+        Set const set = document.open(id);
         if (set.get() == nullptr) return;
         before = readAll(*set.get(), false);
         set->SetClass(id);
         if (FAILED(set->Commit(STGC_DEFAULT))) std::abort();
     }
-    Set const again = open(bytes, id);
-    if (again.get() == nullptr || readAll(*again.get(), false) < before) std::abort();
-    readAll(*again.get(), true);
-    change(*again.get());
-    if (SUCCEEDED(again->Commit(STGC_DEFAULT))) {
-        Set const changed = open(bytes, id);
-        if (changed.get() == nullptr) std::abort();
-        readAll(*changed.get(), false);
+    {
+        Set const again = document.open(id);
+        if (again.get() == nullptr || readAll(*again.get(), false) < before) std::abort();
+        readAll(*again.get(), true);
+        changeSome(*again.get());
+        if (FAILED(again->Commit(STGC_DEFAULT))) return;
     }
+    Set const changed = document.open(id);
+    if (changed.get() == nullptr) std::abort();
+    readAll(*changed.get(), false);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    std::vector<std::uint8_t> const bytes(data, data + size);
     for (FMTID const& id : {FMTID_DocSummaryInformation, FMTID_UserDefinedProperties}) {
-        tryStream(bytes, id);
+        tryStream(std::as_bytes(std::span(data, size)), id);
     }
     return 0;
 }

@@ -105,6 +105,7 @@ class Lent {
 
     Description* get() const noexcept { return description_; }
     Description* operator->() const noexcept { return description_; }
+    Description& operator*() const noexcept { return *description_; }
     explicit operator bool() const noexcept { return description_ != nullptr; }
 
     /// Gives back what is held and gives the place for an out-parameter.

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -69,29 +68,6 @@ BSTR SysAllocStringLen(OLECHAR const* text, UINT length) {
 
 BSTR SysAllocStringByteLen(LPCSTR bytes, UINT byteLength) {
     return allocate(bytes, byteLength);
-}
-
-INT SysReAllocString(BSTR* text, OLECHAR const* source) {
-    if (text == nullptr) return FALSE;
-    // The source may be a piece of the old text, so that goes last.
-    BSTR const fresh = SysAllocString(source);
-    if (fresh == nullptr && source != nullptr) return FALSE;
-    SysFreeString(*text);
-    *text = fresh;
-    return TRUE;
-}
-
-INT SysReAllocStringLen(BSTR* text, OLECHAR const* source, UINT length) {
-    if (text == nullptr) return FALSE;
-    BSTR const fresh = SysAllocStringLen(source, length);
-    if (fresh == nullptr) return FALSE;
-    // Without a source only the length changes.
-    if (source == nullptr && *text != nullptr) {
-        std::memcpy(fresh, *text, std::min(SysStringByteLen(*text), SysStringByteLen(fresh)));
-    }
-    SysFreeString(*text);
-    *text = fresh;
-    return TRUE;
 }
 
 void SysFreeString(BSTR text) {

@@ -1,7 +1,6 @@
 /// The steps of VariantChangeTypeEx, one function for each family of types.
 #pragma once
 
-#include "locale_table.h"
 #include "oleauto.h"
 
 namespace velk::platform {
@@ -12,8 +11,6 @@ struct Conversion {
     USHORT flags;        ///< VARIANT_ flags
     VARTYPE type;        ///< the type that is asked for
     unsigned depth = 0;  ///< how many default values stand behind the source
-
-    Locale const& locale() const noexcept { return localeOf(id); }
 };
 
 /// Converts `source`, which is a plain value (no reference, array, object,
@@ -28,12 +25,6 @@ HRESULT toCurrency(VARIANT const& source, Conversion const& conversion, VARIANT&
 HRESULT toDecimal(VARIANT const& source, Conversion const& conversion, VARIANT& result);
 HRESULT toBoolean(VARIANT const& source, Conversion const& conversion, VARIANT& result);
 HRESULT toText(VARIANT const& source, Conversion const& conversion, VARIANT& result);
-
-/// VT_DISPATCH and VT_UNKNOWN out of each other.
-HRESULT toObject(VARIANT const& source, Conversion const& conversion, VARIANT& result);
-
-/// The default value of a VT_DISPATCH object. The caller clears `value`.
-HRESULT readDefaultValue(VARIANT const& source, Conversion const& conversion, VARIANT& value);
 
 /// The value that a VT_BYREF source points at, borrowed: `value` is not to be
 /// cleared. Sources that are no reference are given back as they are.

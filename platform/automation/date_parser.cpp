@@ -12,6 +12,13 @@ namespace {
 constexpr unsigned mostNumbers = 3;
 constexpr int greatestNumber = 9999;
 
+constexpr std::array<std::u16string_view, 12> months = {
+    u"January", u"February", u"March",     u"April",   u"May",      u"June",
+    u"July",    u"August",   u"September", u"October", u"November", u"December"};
+constexpr std::array<std::u16string_view, 7> days = {
+    u"Sunday", u"Monday", u"Tuesday", u"Wednesday", u"Thursday", u"Friday", u"Saturday"};
+constexpr std::size_t shortLength = 3;
+
 /// The parts that a text names, before it is settled which number is which.
 struct DateParts {
     std::array<int, mostNumbers> numbers{};
@@ -31,8 +38,7 @@ int currentYear() noexcept {
 /// Cuts a text into the parts of a date and a time.
 class DateScanner {
   public:
-    DateScanner(OLECHAR const* text, Locale const& locale, DateParts& parts) noexcept
-        : next(text), locale(locale), parts(parts) {}
+    DateScanner(OLECHAR const* text, DateParts& parts) noexcept : next(text), parts(parts) {}
 
     /// False for a text with anything in it that is no part of a date.
     bool scan() noexcept {
@@ -59,13 +65,12 @@ class DateScanner {
         while (isBlank(*next)) ++next;
     }
 
-    bool isSeparator(OLECHAR character) const noexcept {
-        return character == u'/' || character == u'-' || character == u',' ||
-               character == locale.dateSeparator;
+    static bool isSeparator(OLECHAR character) noexcept {
+        return character == u'/' || character == u'-' || character == u',';
     }
 
-    bool isTimeSeparator(OLECHAR character) const noexcept {
-        return character == u':' || (character == u'.' && locale.dateSeparator != u'.');
+    static bool isTimeSeparator(OLECHAR character) noexcept {
+        return character == u':' || character == u'.';
     }
 
     bool takeNumber(int& value) noexcept {
@@ -120,18 +125,21 @@ class DateScanner {
 
     // The name of a month, or of a day of the week, which changes nothing.
     bool takeName() noexcept {
-        LocaleNames const& names = *locale.names;
-        for (unsigned month = 0; month < names.months.size(); ++month) {
-            if (!takeWord(names.months[month]) && !takeWord(names.shortMonths[month])) continue;
+        for (std::size_t month = 0; month < months.size(); ++month) {
+            if (!takeEither(months[month])) continue;
             if (parts.month != 0) return false;
             parts.month = static_cast<int>(month) + 1;
             parts.beforeMonth = parts.count;
             return true;
         }
-        for (unsigned day = 0; day < names.days.size(); ++day) {
-            if (takeWord(names.days[day]) || takeWord(names.shortDays[day])) return true;
+        for (auto const day : days) {
+            if (takeEither(day)) return true;
         }
         return false;
+    }
+
+    bool takeEither(std::u16string_view word) noexcept {
+        return takeWord(word) || takeWord(word.substr(0, shortLength));
     }
 
     bool takeWord(std::u16string_view word) noexcept {
@@ -146,7 +154,6 @@ class DateScanner {
     }
 
     OLECHAR const* next;
-    Locale const& locale;
     DateParts& parts;
 };
 
@@ -158,10 +165,8 @@ struct Order {
 };
 
 // The first order that gives a date that exists is the one that is meant.
-constexpr Order monthFirstOrders[] = {{2, 0, 1}, {0, 1, 2}, {0, 2, 1}, {2, 1, 0}};
-constexpr Order dayFirstOrders[] = {{2, 1, 0}, {2, 0, 1}, {0, 1, 2}, {0, 2, 1}};
-constexpr Order monthFirstPairs[] = {{-1, 0, 1}, {-1, 1, 0}, {1, 0, -1}, {0, 1, -1}};
-constexpr Order dayFirstPairs[] = {{-1, 1, 0}, {-1, 0, 1}, {1, 0, -1}, {0, 1, -1}};
+constexpr Order threeNumbers[] = {{2, 0, 1}, {0, 1, 2}, {0, 2, 1}, {2, 1, 0}};
+constexpr Order twoNumbers[] = {{-1, 0, 1}, {-1, 1, 0}, {1, 0, -1}, {0, 1, -1}};
 // With a named month, by the count of numbers before the name.
 constexpr Order dayOrYear[] = {{-1, -1, 0}, {0, -1, -1}};
 constexpr Order dayThenYear[] = {{1, -1, 0}};
@@ -186,15 +191,10 @@ std::optional<LONG> firstDayIn(Order const (&orders)[Count], DateParts const& pa
     return std::nullopt;
 }
 
-std::optional<LONG> resolveDay(DateParts const& parts, Locale const& locale) noexcept {
-    bool const monthFirst = locale.order == DateOrder::monthDay;
+std::optional<LONG> resolveDay(DateParts const& parts) noexcept {
     if (parts.month == 0) {
-        if (parts.count == 3) {
-            return monthFirst ? firstDayIn(monthFirstOrders, parts)
-                              : firstDayIn(dayFirstOrders, parts);
-        }
-        if (parts.count != 2) return std::nullopt;
-        return monthFirst ? firstDayIn(monthFirstPairs, parts) : firstDayIn(dayFirstPairs, parts);
+        if (parts.count == 3) return firstDayIn(threeNumbers, parts);
+        return parts.count == 2 ? firstDayIn(twoNumbers, parts) : std::nullopt;
     }
     if (parts.count == 1) return firstDayIn(dayOrYear, parts);
     if (parts.count != 2) return std::nullopt;
@@ -204,18 +204,16 @@ std::optional<LONG> resolveDay(DateParts const& parts, Locale const& locale) noe
 
 }  // namespace
 
-HRESULT parseDate(OLECHAR const* text, Locale const& locale, ULONG flags, DATE& date) noexcept {
+HRESULT parseDate(OLECHAR const* text, DATE& date) noexcept {
     DateParts parts;
-    if (text == nullptr || !DateScanner(text, locale, parts).scan()) return DISP_E_TYPEMISMATCH;
+    if (text == nullptr || !DateScanner(text, parts).scan()) return DISP_E_TYPEMISMATCH;
     std::optional<LONG> day;
     if (parts.count != 0 || parts.month != 0) {
-        day = resolveDay(parts, locale);
+        day = resolveDay(parts);
         if (!day) return DISP_E_TYPEMISMATCH;
     } else if (parts.second < 0) {
         return DISP_E_TYPEMISMATCH;
     }
-    if ((flags & VAR_TIMEVALUEONLY) != 0) day.reset();
-    if ((flags & VAR_DATEVALUEONLY) != 0) parts.second = 0;
     date = joinDate(day.value_or(0), parts.second < 0 ? 0 : parts.second);
     return S_OK;
 }

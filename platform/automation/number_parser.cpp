@@ -11,8 +11,7 @@ constexpr int exponentLimit = 100000;
 /// still be a number.
 class NumberParser {
   public:
-    NumberParser(OLECHAR const* text, Locale const& locale, ParsedNumber& number) noexcept
-        : next(text), locale(locale), number(number) {}
+    NumberParser(OLECHAR const* text, ParsedNumber& number) noexcept : next(text), number(number) {}
 
     bool parse() noexcept {
         readPrefix();
@@ -61,14 +60,9 @@ class NumberParser {
     }
 
     bool takeCurrency() noexcept {
-        if (currencySeen) return false;
-        std::size_t length = 0;
-        for (OLECHAR const character : locale.currency) {
-            if (next[length] != character) return false;
-            ++length;
-        }
+        if (currencySeen || *next != currencySign) return false;
         currencySeen = true;
-        next += length;
+        ++next;
         return true;
     }
 
@@ -96,9 +90,9 @@ class NumberParser {
             if (isDigit(*next)) {
                 any = true;
                 addDigit(static_cast<char>(*next), fraction);
-            } else if (*next == locale.decimalSeparator && !fraction) {
+            } else if (*next == decimalSeparator && !fraction) {
                 fraction = true;
-            } else if (!any || !isGroupSeparator(locale, *next)) {
+            } else if (!any || *next != groupSeparator) {
                 return any;
             }
         }
@@ -121,7 +115,7 @@ class NumberParser {
         if (*next == u'+' || *next == u'-') ++next;
         int exponent = 0;
         bool any = false;
-        for (; isDigit(*next) || isGroupSeparator(locale, *next); ++next) {
+        for (; isDigit(*next) || *next == groupSeparator; ++next) {
             if (!isDigit(*next)) continue;
             any = true;
             if (exponent < exponentLimit) exponent = exponent * 10 + (*next - u'0');
@@ -131,7 +125,6 @@ class NumberParser {
     }
 
     OLECHAR const* next;
-    Locale const& locale;
     ParsedNumber& number;
     bool signSeen = false;
     bool currencySeen = false;
@@ -140,10 +133,10 @@ class NumberParser {
 
 }  // namespace
 
-HRESULT parseNumber(OLECHAR const* text, Locale const& locale, ParsedNumber& number) noexcept {
+HRESULT parseNumber(OLECHAR const* text, ParsedNumber& number) noexcept {
     number = {};
     if (text == nullptr) return DISP_E_TYPEMISMATCH;
-    return NumberParser(text, locale, number).parse() ? S_OK : DISP_E_TYPEMISMATCH;
+    return NumberParser(text, number).parse() ? S_OK : DISP_E_TYPEMISMATCH;
 }
 
 }  // namespace velk::platform

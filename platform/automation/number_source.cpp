@@ -44,7 +44,7 @@ HRESULT roundedOfReal(double value, unsigned scale, ExactNumber& rounded) noexce
 
 }  // namespace
 
-HRESULT readNumber(VARIANT const& source, Conversion const& conversion, Number& number) noexcept {
+HRESULT readNumber(VARIANT const& source, Number& number) noexcept {
     switch (source.vt) {
         case VT_EMPTY:
             return S_OK;
@@ -89,7 +89,7 @@ HRESULT readNumber(VARIANT const& source, Conversion const& conversion, Number& 
             return exactOf(source.decVal, number.exact);
         case VT_BSTR:
             number.kind = Number::Kind::parsed;
-            return parseNumber(source.bstrVal, conversion.locale(), number.parsed);
+            return parseNumber(source.bstrVal, number.parsed);
         default:
             return DISP_E_TYPEMISMATCH;
     }

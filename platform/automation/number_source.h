@@ -1,7 +1,6 @@
 /// The number that a value stands for, before it is fitted to a type.
 #pragma once
 
-#include "conversion.h"
 #include "number_text.h"
 
 namespace velk::platform {
@@ -17,7 +16,7 @@ struct Number {
 
 /// DISP_E_TYPEMISMATCH for a text that is no number, E_INVALIDARG for a
 /// malformed decimal value.
-HRESULT readNumber(VARIANT const& source, Conversion const& conversion, Number& number) noexcept;
+HRESULT readNumber(VARIANT const& source, Number& number) noexcept;
 
 /// The number as a double. DISP_E_OVERFLOW beyond its range.
 HRESULT realOf(Number const& number, double& value) noexcept;

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "exact_number.h"
-#include "locale_table.h"
 
 namespace velk::platform {
 
@@ -24,10 +23,10 @@ struct ParsedNumber {
 };
 
 /// Reads a number with blanks, a sign before or after, parentheses for
-/// negative values, the locale's currency sign, groups and decimal separator,
+/// negative values, the currency sign, groups and decimal separator,
 /// an exponent, or an "&H" or "&O" prefix. DISP_E_TYPEMISMATCH for any other
 /// text, null included.
-HRESULT parseNumber(OLECHAR const* text, Locale const& locale, ParsedNumber& number) noexcept;
+HRESULT parseNumber(OLECHAR const* text, ParsedNumber& number) noexcept;
 
 /// The nearest double; DISP_E_OVERFLOW beyond its range.
 HRESULT realOf(ParsedNumber const& number, double& value) noexcept;

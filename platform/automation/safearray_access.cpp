@@ -203,12 +203,6 @@ HRESULT SafeArrayGetRecordInfo(SAFEARRAY* array, IRecordInfo** record) {
     return S_OK;
 }
 
-HRESULT SafeArraySetIID(SAFEARRAY* array, REFGUID id) {
-    if (array == nullptr || (array->fFeatures & FADF_HAVEIID) == 0) return E_INVALIDARG;
-    prefixOf(*array).interfaceId = id;
-    return S_OK;
-}
-
 HRESULT SafeArrayGetIID(SAFEARRAY* array, GUID* id) {
     if (array == nullptr || id == nullptr) return E_INVALIDARG;
     if ((array->fFeatures & FADF_HAVEIID) == 0) return E_INVALIDARG;

@@ -12,19 +12,9 @@ namespace {
 
 constexpr USHORT prefixFeatures = FADF_HAVEIID | FADF_RECORD | FADF_HAVEVARTYPE;
 
-bool sameShape(SAFEARRAY const& first, SAFEARRAY const& second) noexcept {
-    if (first.cDims != second.cDims || first.cbElements != second.cbElements) return false;
-    for (USHORT dimension = 0; dimension < first.cDims; ++dimension) {
-        if (first.rgsabound[dimension].cElements != second.rgsabound[dimension].cElements) {
-            return false;
-        }
-    }
-    return true;
-}
-
 // A descriptor of the same type and bounds, without data.
 HRESULT copyDescriptor(SAFEARRAY& source, SAFEARRAY** copy) noexcept {
-    HRESULT const result = SafeArrayAllocDescriptor(source.cDims, copy);
+    HRESULT const result = allocateDescriptor(source.cDims, copy);
     if (FAILED(result)) return result;
     SAFEARRAY& target = **copy;
     for (USHORT dimension = 0; dimension < source.cDims; ++dimension) {
@@ -42,7 +32,7 @@ HRESULT copyDescriptor(SAFEARRAY& source, SAFEARRAY** copy) noexcept {
 // is the caller's too.
 HRESULT makeEmptyCopy(SAFEARRAY& source, SAFEARRAY** copy) noexcept {
     HRESULT const result = copyDescriptor(source, copy);
-    return SUCCEEDED(result) ? SafeArrayAllocData(*copy) : result;
+    return SUCCEEDED(result) ? allocateData(**copy) : result;
 }
 
 /// Copies arrays in arrays without a level of stack for each: one that is found
@@ -117,17 +107,6 @@ class ArrayCopier {
 }  // namespace velk::platform
 
 using namespace velk::platform;
-
-HRESULT SafeArrayCopyData(SAFEARRAY* source, SAFEARRAY* target) {
-    if (source == nullptr || target == nullptr) return E_INVALIDARG;
-    if (!sameShape(*source, *target)) return E_INVALIDARG;
-    if (source == target) return S_OK;
-    std::size_t count = 0;
-    if (!countElements(*source, count)) return E_INVALIDARG;
-    if (source->pvData == nullptr) return S_OK;
-    clearElements(*target, target->pvData, count);
-    return ArrayCopier().copyContent(*source, *target);
-}
 
 HRESULT SafeArrayCopy(SAFEARRAY* source, SAFEARRAY** copy) {
     if (copy == nullptr) return E_INVALIDARG;

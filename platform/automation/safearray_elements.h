@@ -7,10 +7,6 @@
 
 namespace velk::platform {
 
-/// Bytes of one element of an array of `type`; 0 when no array has such
-/// elements, or when only its record information knows.
-ULONG elementSizeOf(VARTYPE type) noexcept;
-
 /// The FADF_ flags that an array of `type` is made with.
 USHORT elementFeaturesOf(VARTYPE type) noexcept;
 

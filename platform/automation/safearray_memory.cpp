@@ -5,6 +5,7 @@
 
 #include "platform/system/live_counts.h"
 #include "safearray_elements.h"
+#include "variant_type.h"
 
 namespace velk::platform {
 namespace {
@@ -20,7 +21,7 @@ std::size_t vectorDataOffset() noexcept {
     return descriptorSize(1);
 }
 
-SAFEARRAY* allocateDescriptor(UINT dimensions, std::size_t dataBytes) noexcept {
+SAFEARRAY* allocateBlock(UINT dimensions, std::size_t dataBytes) noexcept {
     std::size_t const size = sizeof(ArrayPrefix) + descriptorSize(dimensions) + dataBytes;
     auto* const block = static_cast<BYTE*>(std::calloc(1, size));
     if (block == nullptr) return nullptr;
@@ -37,7 +38,7 @@ void freeDescriptor(SAFEARRAY& array) noexcept {
 
 void setElementType(SAFEARRAY& array, VARTYPE type) noexcept {
     array.fFeatures = elementFeaturesOf(type);
-    array.cbElements = elementSizeOf(type);
+    array.cbElements = sizeOfType(type);
     if (type == VT_UNKNOWN) {
         prefixOf(array).interfaceId = IID_IUnknown;
     } else if (type == VT_DISPATCH) {
@@ -62,48 +63,43 @@ HRESULT setExtra(SAFEARRAY& array, PVOID extra) noexcept {
     return S_OK;
 }
 
-bool canBeElement(VARTYPE type) noexcept {
-    return type == VT_RECORD || elementSizeOf(type) != 0;
+void destroyDescriptor(SAFEARRAY& array) noexcept {
+    // Elements inside the descriptor's own block end with it.
+    if ((array.fFeatures & FADF_CREATEVECTOR) != 0) SafeArrayDestroyData(&array);
+    // Only now: records are cleared by their description.
+    if ((array.fFeatures & FADF_RECORD) != 0) SafeArraySetRecordInfo(&array, nullptr);
+    if ((array.fFeatures & foreignMemoryFeatures) == 0) freeDescriptor(array);
 }
 
-SAFEARRAY* createVector(VARTYPE type, LONG lowerBound, ULONG elements, PVOID extra) noexcept {
-    if (!canBeElement(type)) return nullptr;
-    ULONG size = elementSizeOf(type);
-    if (type == VT_RECORD) {
-        if (extra == nullptr || FAILED(static_cast<IRecordInfo*>(extra)->GetSize(&size))) {
-            return nullptr;
-        }
-    }
+SAFEARRAY* createVector(VARTYPE type, LONG lowerBound, ULONG elements) noexcept {
+    ULONG const size = sizeOfType(type);
+    if (size == 0) return nullptr;
     SAFEARRAY shape{};
     shape.cDims = 1;
     shape.cbElements = size;
     shape.rgsabound[0] = {elements, lowerBound};
     std::size_t count = 0;
     if (!countElements(shape, count)) return nullptr;
-    SAFEARRAY* const array = allocateDescriptor(1, count * size);
+    SAFEARRAY* const array = allocateBlock(1, count * size);
     if (array == nullptr) return nullptr;
     array->rgsabound[0] = shape.rgsabound[0];
     setElementType(*array, type);
     array->fFeatures |= FADF_CREATEVECTOR;
     array->pvData = reinterpret_cast<BYTE*>(array) + vectorDataOffset();
-    if (FAILED(setExtra(*array, extra))) {
-        SafeArrayDestroyDescriptor(array);
-        return nullptr;
-    }
     return array;
 }
 
 SAFEARRAY* create(VARTYPE type, UINT dimensions, SAFEARRAYBOUND const* bounds,
                   PVOID extra) noexcept {
-    if (bounds == nullptr || !canBeElement(type)) return nullptr;
+    if (bounds == nullptr || (type != VT_RECORD && sizeOfType(type) == 0)) return nullptr;
     SAFEARRAY* array = nullptr;
     if (FAILED(SafeArrayAllocDescriptorEx(type, dimensions, &array))) return nullptr;
     // The descriptor lists the dimensions from the last to the first.
     for (UINT dimension = 0; dimension < dimensions; ++dimension) {
         array->rgsabound[dimension] = bounds[dimensions - 1 - dimension];
     }
-    if (FAILED(setExtra(*array, extra)) || FAILED(SafeArrayAllocData(array))) {
-        SafeArrayDestroyDescriptor(array);
+    if (FAILED(setExtra(*array, extra)) || FAILED(allocateData(*array))) {
+        destroyDescriptor(*array);
         // The descriptor stands inside the memory that is freed, behind its start.
         return nullptr;  // NOLINT(clang-analyzer-unix.Malloc)
     }
@@ -120,34 +116,34 @@ void freeData(SAFEARRAY& array) noexcept {
 }
 
 }  // namespace
+
+HRESULT allocateDescriptor(UINT dimensions, SAFEARRAY** array) noexcept {
+    if (dimensions == 0 || dimensions > mostDimensions) return E_INVALIDARG;
+    if (array == nullptr) return E_POINTER;
+    *array = allocateBlock(dimensions, 0);
+    return *array == nullptr ? E_OUTOFMEMORY : S_OK;
+}
+
+HRESULT allocateData(SAFEARRAY& array) noexcept {
+    std::size_t count = 0;
+    if (!countElements(array, count)) return E_OUTOFMEMORY;
+    // An array without elements still has a block, as clients expect data.
+    void* const data =
+        std::calloc(count == 0 ? 1 : count, array.cbElements == 0 ? 1 : array.cbElements);
+    if (data == nullptr) return E_OUTOFMEMORY;
+    countLive(VELK_LIVE_SAFEARRAY, 1);
+    array.pvData = data;
+    return S_OK;
+}
+
 }  // namespace velk::platform
 
 using namespace velk::platform;
 
-HRESULT SafeArrayAllocDescriptor(UINT dimensions, SAFEARRAY** array) {
-    if (dimensions == 0 || dimensions > mostDimensions) return E_INVALIDARG;
-    if (array == nullptr) return E_POINTER;
-    *array = allocateDescriptor(dimensions, 0);
-    return *array == nullptr ? E_OUTOFMEMORY : S_OK;
-}
-
 HRESULT SafeArrayAllocDescriptorEx(VARTYPE type, UINT dimensions, SAFEARRAY** array) {
-    HRESULT const result = SafeArrayAllocDescriptor(dimensions, array);
+    HRESULT const result = allocateDescriptor(dimensions, array);
     if (SUCCEEDED(result)) setElementType(**array, type);
     return result;
-}
-
-HRESULT SafeArrayAllocData(SAFEARRAY* array) {
-    if (array == nullptr) return E_INVALIDARG;
-    std::size_t count = 0;
-    if (!countElements(*array, count)) return E_OUTOFMEMORY;
-    // An array without elements still has a block, as clients expect data.
-    void* const data =
-        std::calloc(count == 0 ? 1 : count, array->cbElements == 0 ? 1 : array->cbElements);
-    if (data == nullptr) return E_OUTOFMEMORY;
-    countLive(VELK_LIVE_SAFEARRAY, 1);
-    array->pvData = data;
-    return S_OK;
 }
 
 SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds) {
@@ -159,11 +155,7 @@ SAFEARRAY* SafeArrayCreateEx(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* boun
 }
 
 SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG elements) {
-    return type == VT_RECORD ? nullptr : createVector(type, lowerBound, elements, nullptr);
-}
-
-SAFEARRAY* SafeArrayCreateVectorEx(VARTYPE type, LONG lowerBound, ULONG elements, PVOID extra) {
-    return createVector(type, lowerBound, elements, extra);
+    return createVector(type, lowerBound, elements);
 }
 
 HRESULT SafeArrayDestroyData(SAFEARRAY* array) {
@@ -176,17 +168,6 @@ HRESULT SafeArrayDestroyData(SAFEARRAY* array) {
     return S_OK;
 }
 
-HRESULT SafeArrayDestroyDescriptor(SAFEARRAY* array) {
-    if (array == nullptr) return S_OK;
-    if (array->cLocks != 0) return DISP_E_ARRAYISLOCKED;
-    // Elements inside the descriptor's own block end with it.
-    if ((array->fFeatures & FADF_CREATEVECTOR) != 0) SafeArrayDestroyData(array);
-    // Only now: records are cleared by their description.
-    if ((array->fFeatures & FADF_RECORD) != 0) SafeArraySetRecordInfo(array, nullptr);
-    if ((array->fFeatures & foreignMemoryFeatures) == 0) freeDescriptor(*array);
-    return S_OK;
-}
-
 HRESULT SafeArrayDestroy(SAFEARRAY* array) {
     if (array == nullptr) return S_OK;
     if (array->cLocks != 0) return DISP_E_ARRAYISLOCKED;
@@ -194,5 +175,6 @@ HRESULT SafeArrayDestroy(SAFEARRAY* array) {
         HRESULT const result = SafeArrayDestroyData(array);
         if (FAILED(result)) return result;
     }
-    return SafeArrayDestroyDescriptor(array);
+    destroyDescriptor(*array);
+    return S_OK;
 }

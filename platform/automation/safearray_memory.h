@@ -1,4 +1,4 @@
-/// What stands in memory before an array's descriptor.
+/// The memory of arrays, and what stands there before the descriptor.
 #pragma once
 
 #include "oleauto.h"
@@ -27,6 +27,13 @@ inline ArrayPrefix& prefixOf(SAFEARRAY& array) noexcept {
 inline ArrayPrefix const& prefixOf(SAFEARRAY const& array) noexcept {
     return *(reinterpret_cast<ArrayPrefix const*>(&array) - 1);
 }
+
+/// A new descriptor without data. E_INVALIDARG for a number of dimensions that
+/// no array has.
+HRESULT allocateDescriptor(UINT dimensions, SAFEARRAY** array) noexcept;
+
+/// Gives an array zeroes for all its elements.
+HRESULT allocateData(SAFEARRAY& array) noexcept;
 
 /// Features of an array whose descriptor or data this layer did not allocate.
 constexpr USHORT foreignMemoryFeatures = FADF_AUTO | FADF_STATIC | FADF_EMBEDDED;

@@ -1,9 +1,14 @@
-/// Classes of UTF-16 characters that texts of values are made of.
+/// UTF-16 characters that texts of values are made of. All texts are those of US
+/// English, whatever locale a caller names.
 #pragma once
 
 #include "oleauto.h"
 
 namespace velk::platform {
+
+constexpr OLECHAR decimalSeparator = u'.';
+constexpr OLECHAR groupSeparator = u',';
+constexpr OLECHAR currencySign = u'$';
 
 constexpr bool isBlank(OLECHAR character) noexcept {
     return character == u' ' || (character >= u'\t' && character <= u'\r') ||

@@ -70,6 +70,33 @@ HRESULT releaseContent(VARIANT& value) noexcept {
 }
 
 }  // namespace
+
+HRESULT borrowReferenced(VARIANT const& source, VARIANT& value) noexcept {
+    value = source;
+    if (source.vt == (VT_BYREF | VT_VARIANT)) {
+        if (source.pvarVal == nullptr) return DISP_E_TYPEMISMATCH;
+        value = *source.pvarVal;
+        if (value.vt == (VT_BYREF | VT_VARIANT)) return E_INVALIDARG;
+    }
+    if (!isByReference(value.vt)) return S_OK;
+    VARIANT const reference = value;
+    if (!isVariantType(reference.vt)) return DISP_E_BADVARTYPE;
+    // A record is held by address in either form.
+    value.vt = reference.vt & ~VT_BYREF;
+    if (value.vt == VT_RECORD) return S_OK;
+    if (reference.byref == nullptr) return DISP_E_TYPEMISMATCH;
+    VariantInit(&value);
+    if (isArray(reference.vt)) {
+        value.parray = *reference.pparray;
+    } else if (baseType(reference.vt) == VT_DECIMAL) {
+        value.decVal = *reference.pdecVal;
+    } else {
+        std::memcpy(&value.llVal, reference.byref, sizeOfType(baseType(reference.vt)));
+    }
+    value.vt = reference.vt & ~VT_BYREF;
+    return S_OK;
+}
+
 }  // namespace velk::platform
 
 using namespace velk::platform;

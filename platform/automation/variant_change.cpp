@@ -1,11 +1,61 @@
+#include <cstring>
 #include <new>
 
-#include "byte_array.h"
 #include "conversion.h"
 #include "variant_type.h"
 
 namespace velk::platform {
 namespace {
+
+// An object whose default value is itself would be asked for ever.
+constexpr unsigned mostDefaultValues = 16;
+
+// VT_DISPATCH and VT_UNKNOWN out of each other.
+HRESULT toObject(VARIANT const& source, Conversion const& conversion, VARIANT& result) {
+    if (source.vt != VT_UNKNOWN && source.vt != VT_DISPATCH) return DISP_E_TYPEMISMATCH;
+    result.punkVal = nullptr;
+    if (source.punkVal == nullptr) return S_OK;
+    void* found = nullptr;
+    HRESULT const status = source.punkVal->QueryInterface(
+        conversion.type == VT_UNKNOWN ? IID_IUnknown : IID_IDispatch, &found);
+    if (FAILED(status)) return status;
+    result.punkVal = static_cast<IUnknown*>(found);
+    return S_OK;
+}
+
+// The default value of a VT_DISPATCH object. The caller clears `value`.
+HRESULT readDefaultValue(VARIANT const& source, Conversion const& conversion, VARIANT& value) {
+    if ((conversion.flags & VARIANT_NOVALUEPROP) != 0) return DISP_E_TYPEMISMATCH;
+    if (source.pdispVal == nullptr) return DISP_E_BADVARTYPE;
+    if (conversion.depth >= mostDefaultValues) return DISP_E_TYPEMISMATCH;
+    DISPPARAMS none{};
+    HRESULT const status =
+        source.pdispVal->Invoke(DISPID_VALUE, IID_NULL, conversion.id, DISPATCH_PROPERTYGET, &none,
+                                &value, nullptr, nullptr);
+    return FAILED(status) ? DISP_E_TYPEMISMATCH : S_OK;
+}
+
+// The bytes of a one-dimensional array of them as a text of that byte length.
+HRESULT bytesToText(SAFEARRAY* array, BSTR& text) noexcept {
+    text = nullptr;
+    if (array == nullptr || array->cDims != 1 || array->cbElements != 1) {
+        return DISP_E_TYPEMISMATCH;
+    }
+    void* data = nullptr;
+    HRESULT const status = SafeArrayAccessData(array, &data);
+    if (FAILED(status)) return status;
+    text = SysAllocStringByteLen(static_cast<LPCSTR>(data), array->rgsabound[0].cElements);
+    SafeArrayUnaccessData(array);
+    return text == nullptr ? E_OUTOFMEMORY : S_OK;
+}
+
+HRESULT textToBytes(BSTR text, SAFEARRAY*& array) noexcept {
+    UINT const length = SysStringByteLen(text);
+    array = SafeArrayCreateVector(VT_UI1, 0, length);
+    if (array == nullptr) return E_OUTOFMEMORY;
+    if (length != 0) std::memcpy(array->pvData, text, length);
+    return S_OK;
+}
 
 struct ConverterEntry {
     VARTYPE type;

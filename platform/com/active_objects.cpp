@@ -73,52 +73,42 @@ ActiveObjects& activeObjects() {
     return *all;
 }
 
-HRESULT registerActive(IUnknown& object, REFCLSID id, bool weak, DWORD& registration) {
-    ActiveObject fresh;
-    fresh.id = id;
-    // The object's identity, by whichever interface it was given.
-    HRESULT const result = object.QueryInterface(IID_IUnknown, fresh.reference.target());
-    if (FAILED(result)) return result;
-    fresh.object = fresh.reference.get();
-    if (fresh.object == nullptr) return E_NOINTERFACE;
-    if (weak) HeldObject<>(std::move(fresh.reference));
-    bool another = false;
-    registration = activeObjects().add(std::move(fresh), another);
-    return another ? MK_S_MONIKERALREADYREGISTERED : S_OK;
-}
-
 }  // namespace
 }  // namespace velk::platform::com
 
+using namespace velk::platform;
 using namespace velk::platform::com;
 
 HRESULT RegisterActiveObject(IUnknown* object, REFCLSID id, DWORD flags, DWORD* registration) {
     if (object == nullptr || registration == nullptr) return E_INVALIDARG;
     *registration = 0;
     if (!isInApartment()) return CO_E_NOTINITIALIZED;
-    try {
-        return registerActive(*object, id, (flags & ACTIVEOBJECT_WEAK) != 0, *registration);
-    } catch (...) {
-        return E_OUTOFMEMORY;
-    }
+    return guarded([&] {
+        ActiveObject fresh;
+        fresh.id = id;
+        // The object's identity, by whichever interface it was given.
+        auto** const identity = fresh.reference.target();
+        check(
+            askForObject(identity, [&] { return object->QueryInterface(IID_IUnknown, identity); }));
+        fresh.object = fresh.reference.get();
+        if ((flags & ACTIVEOBJECT_WEAK) != 0) HeldObject<>(std::move(fresh.reference));
+        bool another = false;
+        *registration = activeObjects().add(std::move(fresh), another);
+        return another ? MK_S_MONIKERALREADYREGISTERED : S_OK;
+    });
 }
 
 HRESULT RevokeActiveObject(DWORD registration, void*) {
-    try {
-        return activeObjects().remove(registration).object != nullptr ? S_OK : E_INVALIDARG;
-    } catch (...) {
-        return E_UNEXPECTED;
-    }
+    return guarded(
+        [&] { require(activeObjects().remove(registration).object != nullptr, E_INVALIDARG); });
 }
 
 HRESULT GetActiveObject(REFCLSID id, void*, IUnknown** object) {
     if (object == nullptr) return E_POINTER;
     *object = nullptr;
     if (!isInApartment()) return CO_E_NOTINITIALIZED;
-    try {
+    return guarded([&] {
         *object = activeObjects().get(id);
-        return *object != nullptr ? S_OK : MK_E_UNAVAILABLE;
-    } catch (...) {
-        return E_UNEXPECTED;
-    }
+        require(*object != nullptr, MK_E_UNAVAILABLE);
+    });
 }

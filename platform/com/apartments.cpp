@@ -16,7 +16,6 @@ struct ThreadState {
     Apartment apartment = Apartment::none;
     /// How often the thread has entered without leaving.
     unsigned entries = 0;
-    bool isMainSingle = false;
 };
 
 // Without a destructor, so that it can be used until the very end of a thread.
@@ -27,38 +26,26 @@ struct ProcessState {
     std::mutex lock;
     unsigned singleThreads = 0;
     unsigned multiThreads = 0;
-    bool hasMainSingle = false;
 };
 constinit ProcessState process;
 
 void enter(Apartment apartment) {
     std::lock_guard const guard(process.lock);
-    thisThread = {apartment, 1, false};
-    if (apartment == Apartment::multi) {
-        ++process.multiThreads;
-        return;
-    }
-    ++process.singleThreads;
-    thisThread.isMainSingle = !process.hasMainSingle;
-    process.hasMainSingle = true;
+    thisThread = {apartment, 1};
+    ++(apartment == Apartment::multi ? process.multiThreads : process.singleThreads);
 }
 
 /// Takes the thread out of its apartment; true when it was the last of all.
 bool leave() {
     std::lock_guard const guard(process.lock);
-    if (thisThread.apartment == Apartment::multi) {
-        --process.multiThreads;
-    } else {
-        --process.singleThreads;
-        if (thisThread.isMainSingle) process.hasMainSingle = false;
-    }
+    --(thisThread.apartment == Apartment::multi ? process.multiThreads : process.singleThreads);
     return process.singleThreads + process.multiThreads == 0;
 }
 
 /// Ends the thread's stay. For the modules that go with the last thread, this
 /// one is in its apartment until they are gone: their tear-down may use COM.
 void endStay() {
-    if (leave()) freeAllClassModules();
+    if (leave()) freeUnusedClassModules(std::chrono::milliseconds(0));
     thisThread = {};
 }
 
@@ -66,24 +53,17 @@ void endStayWithThread() noexcept {
     if (thisThread.apartment != Apartment::none) endStay();
 }
 
-bool multiThreadedExists() {
-    std::lock_guard const guard(process.lock);
-    return process.multiThreads != 0;
-}
-
 }  // namespace
 
 bool isInApartment() noexcept {
-    return thisThread.apartment != Apartment::none || multiThreadedExists();
+    if (thisThread.apartment != Apartment::none) return true;
+    std::lock_guard const guard(process.lock);
+    return process.multiThreads != 0;
 }
 
 }  // namespace velk::platform::com
 
 using namespace velk::platform::com;
-
-HRESULT CoInitialize(LPVOID reserved) {
-    return CoInitializeEx(reserved, COINIT_APARTMENTTHREADED);
-}
 
 HRESULT CoInitializeEx(LPVOID reserved, DWORD flags) {
     constexpr DWORD known =
@@ -113,26 +93,4 @@ void CoUninitialize() {
         return;
     }
     endStay();
-}
-
-HRESULT CoGetApartmentType(APTTYPE* type, APTTYPEQUALIFIER* qualifier) {
-    if (type == nullptr || qualifier == nullptr) return E_INVALIDARG;
-    *qualifier = APTTYPEQUALIFIER_NONE;
-    switch (thisThread.apartment) {
-        case Apartment::single:
-            *type = thisThread.isMainSingle ? APTTYPE_MAINSTA : APTTYPE_STA;
-            return S_OK;
-        case Apartment::multi:
-            *type = APTTYPE_MTA;
-            return S_OK;
-        case Apartment::none:
-            break;
-    }
-    if (multiThreadedExists()) {
-        *type = APTTYPE_MTA;
-        *qualifier = APTTYPEQUALIFIER_IMPLICIT_MTA;
-        return S_OK;
-    }
-    *type = APTTYPE_CURRENT;
-    return CO_E_NOTINITIALIZED;
 }

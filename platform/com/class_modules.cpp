@@ -9,6 +9,7 @@
 
 #include <winbase.h>
 
+#include "platform/com/held_object.h"
 #include "platform/system/immortal.h"
 
 namespace velk::platform::com {
@@ -160,10 +161,7 @@ ClassModuleUse::~ClassModuleUse() {
 }
 
 HRESULT ClassModuleUse::classObject(REFCLSID id, REFIID riid, void** object) const {
-    HRESULT const result = module_->getClassObject(id, riid, object);
-    if (FAILED(result)) *object = nullptr;
-    // A module that claims success owes an object.
-    return SUCCEEDED(result) && *object == nullptr ? E_NOINTERFACE : result;
+    return askForObject(object, [&] { return module_->getClassObject(id, riid, object); });
 }
 
 HRESULT useClassModule(ModuleOfClass const& where, ClassModuleUse& use) {
@@ -186,19 +184,14 @@ HRESULT useClassModule(ModuleOfClass const& where, ClassModuleUse& use) {
     return S_OK;
 }
 
-void freeUnusedClassModules(std::chrono::milliseconds delay) {
-    for (auto const& candidate : takeCandidates()) {
-        bool const saysYes = candidate.module->canUnloadNow() == S_OK;
-        if (takeOut(candidate, saysYes, delay)) FreeLibrary(candidate.module->handle);
-    }
-}
-
-void freeAllClassModules() noexcept {
-    try {
-        freeUnusedClassModules(std::chrono::milliseconds(0));
-    } catch (...) {
-        // Without memory the modules stay until the process ends.
-    }
+void freeUnusedClassModules(std::chrono::milliseconds delay) noexcept {
+    // Without memory the modules stay.
+    static_cast<void>(guarded([&] {
+        for (auto const& candidate : takeCandidates()) {
+            bool const saysYes = candidate.module->canUnloadNow() == S_OK;
+            if (takeOut(candidate, saysYes, delay)) FreeLibrary(candidate.module->handle);
+        }
+    }));
 }
 
 }  // namespace velk::platform::com

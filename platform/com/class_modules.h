@@ -7,7 +7,7 @@
 
 #include <objbase.h>
 
-#include "platform/com/prog_ids.h"
+#include "platform/com/identifiers.h"
 
 namespace velk::platform::com {
 
@@ -40,9 +40,6 @@ HRESULT useClassModule(ModuleOfClass const& where, ClassModuleUse& use);
 
 /// Unloads the modules that say that they can go. One that other threads have
 /// used, or may use, must have said so for at least `delay`. Thread-safe.
-void freeUnusedClassModules(std::chrono::milliseconds delay);
-
-/// Unloads every module that says that it can go, at once. Thread-safe.
-void freeAllClassModules() noexcept;
+void freeUnusedClassModules(std::chrono::milliseconds delay) noexcept;
 
 }  // namespace velk::platform::com

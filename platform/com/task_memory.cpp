@@ -23,16 +23,6 @@ LPVOID CoTaskMemAlloc(SIZE_T size) {
     return block;
 }
 
-LPVOID CoTaskMemRealloc(LPVOID block, SIZE_T size) {
-    if (block == nullptr) return CoTaskMemAlloc(size);
-    if (size == 0) {
-        CoTaskMemFree(block);
-        return nullptr;
-    }
-    if (size >= absurdSize) return nullptr;
-    return std::realloc(block, size);
-}
-
 void CoTaskMemFree(LPVOID block) {
     if (block == nullptr) return;
     std::free(block);

@@ -385,30 +385,6 @@ struct IDispatch : IUnknown {
 };
 using LPDISPATCH = IDispatch*;
 
-enum DESCKIND {
-    DESCKIND_NONE = 0,
-    DESCKIND_FUNCDESC = 1,
-    DESCKIND_VARDESC = 2,
-    DESCKIND_TYPECOMP = 3,
-    DESCKIND_IMPLICITAPPOBJ = 4,
-    DESCKIND_MAX = 5
-};
-union BINDPTR {
-    FUNCDESC* lpfuncdesc;
-    VARDESC* lpvardesc;
-    ITypeComp* lptcomp;
-};
-using LPBINDPTR = BINDPTR*;
-
-EXTERN_C VELK_LAYER_EXPORT IID const IID_ITypeComp;
-struct ITypeComp : IUnknown {
-    virtual HRESULT STDMETHODCALLTYPE Bind(LPOLESTR szName, ULONG lHashVal, WORD wFlags,
-                                           ITypeInfo** ppTInfo, DESCKIND* pDescKind,
-                                           BINDPTR* pBindPtr) = 0;
-    virtual HRESULT STDMETHODCALLTYPE BindType(LPOLESTR szName, ULONG lHashVal, ITypeInfo** ppTInfo,
-                                               ITypeComp** ppTComp) = 0;
-};
-
 EXTERN_C VELK_LAYER_EXPORT IID const IID_ITypeInfo;
 struct ITypeInfo : IUnknown {
     virtual HRESULT STDMETHODCALLTYPE GetTypeAttr(TYPEATTR** ppTypeAttr) = 0;

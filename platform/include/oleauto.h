@@ -11,8 +11,6 @@
 WINOLEAUTAPI_(BSTR) SysAllocString(OLECHAR const* text);
 WINOLEAUTAPI_(BSTR) SysAllocStringLen(OLECHAR const* text, UINT length);
 WINOLEAUTAPI_(BSTR) SysAllocStringByteLen(LPCSTR bytes, UINT byteLength);
-WINOLEAUTAPI_(INT) SysReAllocString(BSTR* text, OLECHAR const* source);
-WINOLEAUTAPI_(INT) SysReAllocStringLen(BSTR* text, OLECHAR const* source, UINT length);
 WINOLEAUTAPI_(void) SysFreeString(BSTR text);
 WINOLEAUTAPI_(UINT) SysStringLen(BSTR text);
 WINOLEAUTAPI_(UINT) SysStringByteLen(BSTR text);
@@ -39,39 +37,15 @@ WINOLEAUTAPI VariantChangeTypeEx(VARIANTARG* destination, VARIANTARG const* sour
 WINOLEAUTAPI_(INT) SystemTimeToVariantTime(LPSYSTEMTIME time, DOUBLE* date);
 WINOLEAUTAPI_(INT) VariantTimeToSystemTime(DOUBLE date, LPSYSTEMTIME time);
 
-#define VAR_TIMEVALUEONLY 0x1
-#define VAR_DATEVALUEONLY 0x2
-
-// Conversions between one type and text; `flags` takes VARIANT_ flags, for
-// dates VAR_ ones.
-WINOLEAUTAPI VarI4FromStr(LPCOLESTR text, LCID lcid, ULONG flags, LONG* value);
-WINOLEAUTAPI VarR8FromStr(LPCOLESTR text, LCID lcid, ULONG flags, DOUBLE* value);
-WINOLEAUTAPI VarCyFromStr(LPCOLESTR text, LCID lcid, ULONG flags, CY* value);
-WINOLEAUTAPI VarDecFromStr(LPCOLESTR text, LCID lcid, ULONG flags, DECIMAL* value);
-WINOLEAUTAPI VarBoolFromStr(LPCOLESTR text, LCID lcid, ULONG flags, VARIANT_BOOL* value);
-WINOLEAUTAPI VarDateFromStr(LPCOLESTR text, LCID lcid, ULONG flags, DATE* value);
-WINOLEAUTAPI VarBstrFromI4(LONG value, LCID lcid, ULONG flags, BSTR* text);
-WINOLEAUTAPI VarBstrFromR8(DOUBLE value, LCID lcid, ULONG flags, BSTR* text);
-WINOLEAUTAPI VarBstrFromCy(CY value, LCID lcid, ULONG flags, BSTR* text);
-WINOLEAUTAPI VarBstrFromDec(DECIMAL* value, LCID lcid, ULONG flags, BSTR* text);
-WINOLEAUTAPI VarBstrFromBool(VARIANT_BOOL value, LCID lcid, ULONG flags, BSTR* text);
-WINOLEAUTAPI VarBstrFromDate(DATE value, LCID lcid, ULONG flags, BSTR* text);
-
 // Arrays.
-WINOLEAUTAPI SafeArrayAllocDescriptor(UINT dimensions, SAFEARRAY** array);
 WINOLEAUTAPI SafeArrayAllocDescriptorEx(VARTYPE type, UINT dimensions, SAFEARRAY** array);
-WINOLEAUTAPI SafeArrayAllocData(SAFEARRAY* array);
 WINOLEAUTAPI_(SAFEARRAY*) SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds);
 WINOLEAUTAPI_(SAFEARRAY*) SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG elements);
 WINOLEAUTAPI_(SAFEARRAY*)
 SafeArrayCreateEx(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds, PVOID extra);
-WINOLEAUTAPI_(SAFEARRAY*)
-SafeArrayCreateVectorEx(VARTYPE type, LONG lowerBound, ULONG elements, PVOID extra);
 WINOLEAUTAPI SafeArrayDestroy(SAFEARRAY* array);
 WINOLEAUTAPI SafeArrayDestroyData(SAFEARRAY* array);
-WINOLEAUTAPI SafeArrayDestroyDescriptor(SAFEARRAY* array);
 WINOLEAUTAPI SafeArrayCopy(SAFEARRAY* source, SAFEARRAY** copy);
-WINOLEAUTAPI SafeArrayCopyData(SAFEARRAY* source, SAFEARRAY* target);
 WINOLEAUTAPI SafeArrayRedim(SAFEARRAY* array, SAFEARRAYBOUND* bound);
 WINOLEAUTAPI SafeArrayLock(SAFEARRAY* array);
 WINOLEAUTAPI SafeArrayUnlock(SAFEARRAY* array);
@@ -87,7 +61,6 @@ WINOLEAUTAPI SafeArrayGetElement(SAFEARRAY* array, LONG* indices, void* value);
 WINOLEAUTAPI SafeArrayPutElement(SAFEARRAY* array, LONG* indices, void* value);
 WINOLEAUTAPI SafeArraySetRecordInfo(SAFEARRAY* array, IRecordInfo* record);
 WINOLEAUTAPI SafeArrayGetRecordInfo(SAFEARRAY* array, IRecordInfo** record);
-WINOLEAUTAPI SafeArraySetIID(SAFEARRAY* array, REFGUID id);
 WINOLEAUTAPI SafeArrayGetIID(SAFEARRAY* array, GUID* id);
 
 // Type libraries.
@@ -95,46 +68,11 @@ enum REGKIND { REGKIND_DEFAULT, REGKIND_REGISTER, REGKIND_NONE };
 WINOLEAUTAPI LoadTypeLib(LPCOLESTR file, ITypeLib** library);
 WINOLEAUTAPI LoadTypeLibEx(LPCOLESTR file, REGKIND kind, ITypeLib** library);
 WINOLEAUTAPI LoadRegTypeLib(REFGUID id, WORD major, WORD minor, LCID lcid, ITypeLib** library);
-WINOLEAUTAPI QueryPathOfRegTypeLib(REFGUID id, USHORT major, USHORT minor, LCID lcid, BSTR* path);
 WINOLEAUTAPI RegisterTypeLib(ITypeLib* library, LPCOLESTR path, LPCOLESTR helpFolder);
 WINOLEAUTAPI UnRegisterTypeLib(REFGUID id, WORD major, WORD minor, LCID lcid, SYSKIND system);
 WINOLEAUTAPI RegisterTypeLibForUser(ITypeLib* library, LPOLESTR path, LPOLESTR helpFolder);
 WINOLEAUTAPI UnRegisterTypeLibForUser(REFGUID id, WORD major, WORD minor, LCID lcid,
                                       SYSKIND system);
-/// A library without types, in memory only: `file` is never written, and
-/// SaveAllChanges says so.
-///
-/// @param system  for whom the library is; sizes and offsets are those of this
-///                process whatever it says
-/// @return        E_INVALIDARG for a null pointer or an unknown system
-WINOLEAUTAPI CreateTypeLib2(SYSKIND system, LPCOLESTR file, ICreateTypeLib2** library);
-/// The same by the older interface.
-WINOLEAUTAPI CreateTypeLib(SYSKIND system, LPCOLESTR file, ICreateTypeLib** library);
-WINOLEAUTAPI_(ULONG) LHashValOfNameSys(SYSKIND system, LCID lcid, OLECHAR const* name);
-WINOLEAUTAPI DispGetIDsOfNames(ITypeInfo* type, LPOLESTR* names, UINT count, DISPID* ids);
-WINOLEAUTAPI DispInvoke(void* instance, ITypeInfo* type, DISPID member, WORD flags,
-                        DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
-                        UINT* argumentError);
-
-/// Calls a function whose types only the caller knows.
-///
-/// @param instance    an object with a vtable, which is the first argument; null
-///                    for a function of its own
-/// @param place       offset of the vtable's slot in bytes, or the function's
-///                    address where there is no instance
-/// @param convention  CC_STDCALL or CC_CDECL
-/// @param returnType  what the function returns; VT_EMPTY for nothing
-/// @param types       of the parameters, which the values have to hold: they are
-///                    passed as they are, with VT_BYREF by their pointer, records
-///                    and VARIANTs by value
-/// @param result      gets the returned value; null drops it
-/// @return            E_INVALIDARG for another convention, null pointers and a
-///                    slot without a function, DISP_E_BADVARTYPE for a type that
-///                    cannot be passed or returned, DISP_E_TYPEMISMATCH for a
-///                    record parameter whose value is none. What the function
-///                    itself answers is in `result` only.
-WINOLEAUTAPI DispCallFunc(void* instance, ULONG_PTR place, CALLCONV convention, VARTYPE returnType,
-                          UINT count, VARTYPE* types, VARIANTARG** arguments, VARIANT* result);
 
 // Records.
 
@@ -144,10 +82,6 @@ WINOLEAUTAPI DispCallFunc(void* instance, ULONG_PTR place, CALLCONV convention, 
 ///         a record without an identifier; DISP_E_BADVARTYPE for a record with
 ///         a field that automation cannot hold
 WINOLEAUTAPI GetRecordInfoFromTypeInfo(ITypeInfo* type, IRecordInfo** record);
-/// The same for a record of a registered library, which is loaded as
-/// LoadRegTypeLib does.
-WINOLEAUTAPI GetRecordInfoFromGuids(REFGUID library, ULONG major, ULONG minor, LCID lcid,
-                                    REFGUID id, IRecordInfo** record);
 
 /// IDispatch over an object, by a type that describes its vtable.
 ///

@@ -78,33 +78,6 @@ EXTERN_C VELK_LAYER_EXPORT FMTID const FMTID_MediaFileSummaryInformation;
 #define PIDMSI_PRODUCTION 10
 #define PIDMSI_COPYRIGHT 11
 
-/// Room for the name of the stream of any property set, with its zero.
-#define CCH_MAX_PROPSTG_NAME 31
-
 /// Gives back what a value holds and makes it VT_EMPTY. A value of a type that
 /// is not known is made VT_EMPTY too, with STG_E_INVALIDPARAMETER.
 WINOLEAPI PropVariantClear(PROPVARIANT* value);
-
-/// Copies a value with all that it holds. Interfaces get a reference more.
-WINOLEAPI PropVariantCopy(PROPVARIANT* target, PROPVARIANT const* source);
-
-/// Clears `count` values; goes on after one that fails, and tells of the last
-/// failure.
-WINOLEAPI FreePropVariantArray(ULONG count, PROPVARIANT* values);
-
-/// A view of a storage as one of property sets.
-WINOLEAPI StgCreatePropSetStg(IStorage* storage, DWORD reserved, IPropertySetStorage** sets);
-
-/// A property set in a stream of its own. STG_E_INVALIDPARAMETER for a set that
-/// is not simple, which needs a storage. It is the same property storage as a
-/// storage gives, but for Commit, which commits the stream.
-WINOLEAPI StgCreatePropStg(IUnknown* stream, REFFMTID formatId, CLSID const* classId, DWORD flags,
-                           DWORD reserved, IPropertyStorage** set);
-WINOLEAPI StgOpenPropStg(IUnknown* stream, REFFMTID formatId, DWORD flags, DWORD reserved,
-                         IPropertyStorage** set);
-
-/// The name of the stream that a property set is kept in.
-/// \param name  receives up to CCH_MAX_PROPSTG_NAME characters and a zero
-WINOLEAPI FmtIdToPropStgName(FMTID const* formatId, LPOLESTR name);
-/// The reverse, without regard to case. STG_E_INVALIDNAME.
-WINOLEAPI PropStgNameToFmtId(LPOLESTR const name, FMTID* formatId);

@@ -11,11 +11,6 @@
 #define GET_MODULE_HANDLE_EX_FLAG_PIN 0x1
 #define GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT 0x2
 #define GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS 0x4
-#define DRIVE_UNKNOWN 0
-#define DRIVE_NO_ROOT_DIR 1
-#define DRIVE_REMOVABLE 2
-#define DRIVE_FIXED 3
-#define DRIVE_REMOTE 4
 #define FILE_CASE_SENSITIVE_SEARCH 0x1
 #define FILE_CASE_PRESERVED_NAMES 0x2
 #define FILE_UNICODE_ON_DISK 0x4
@@ -52,13 +47,9 @@ EXTERN_C WINBASEAPI BOOL WINAPI GetVolumeInformationW(LPCWSTR root, LPWSTR label
                                                       LPDWORD serial, LPDWORD longestName,
                                                       LPDWORD flags, LPWSTR fileSystem,
                                                       DWORD fileSystemSize);
-/// DRIVE_NO_ROOT_DIR, DRIVE_FIXED or DRIVE_REMOTE.
-EXTERN_C WINBASEAPI UINT WINAPI GetDriveTypeW(LPCWSTR root);
 
 struct TIME_ZONE_INFORMATION;
 
-/// The time of this system in UTC, in steps of 100 ns since 1601.
-EXTERN_C WINBASEAPI void WINAPI GetSystemTimeAsFileTime(FILETIME* time);
 /// FALSE with ERROR_INVALID_PARAMETER for times beyond the year 30827, and for
 /// dates that there are not.
 EXTERN_C WINBASEAPI BOOL WINAPI FileTimeToSystemTime(FILETIME const* time, LPSYSTEMTIME split);

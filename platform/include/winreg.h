@@ -44,18 +44,7 @@ struct SECURITY_ATTRIBUTES;
 #define REG_OPTION_NON_VOLATILE 0
 #define REG_CREATED_NEW_KEY 1
 #define REG_OPENED_EXISTING_KEY 2
-#define RRF_RT_REG_NONE 0x00000001
 #define RRF_RT_REG_SZ 0x00000002
-#define RRF_RT_REG_EXPAND_SZ 0x00000004
-#define RRF_RT_REG_BINARY 0x00000008
-#define RRF_RT_REG_DWORD 0x00000010
-#define RRF_RT_REG_MULTI_SZ 0x00000020
-#define RRF_RT_REG_QWORD 0x00000040
-#define RRF_RT_DWORD (RRF_RT_REG_BINARY | RRF_RT_REG_DWORD)
-#define RRF_RT_QWORD (RRF_RT_REG_BINARY | RRF_RT_REG_QWORD)
-#define RRF_RT_ANY 0x0000ffff
-#define RRF_NOEXPAND 0x10000000
-#define RRF_ZEROONFAILURE 0x20000000
 
 EXTERN_C WINADVAPI LSTATUS WINAPI RegOpenKeyExW(HKEY key, LPCWSTR name, DWORD options,
                                                 REGSAM access, PHKEY result);
@@ -68,6 +57,7 @@ EXTERN_C WINADVAPI LSTATUS WINAPI RegSetValueExW(HKEY key, LPCWSTR name, DWORD r
                                                  BYTE const* data, DWORD size);
 EXTERN_C WINADVAPI LSTATUS WINAPI RegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD reserved,
                                                    LPDWORD type, LPBYTE data, LPDWORD size);
+/// Texts alone: `flags` is RRF_RT_REG_SZ. Expandable ones are expanded.
 EXTERN_C WINADVAPI LSTATUS WINAPI RegGetValueW(HKEY key, LPCWSTR subKey, LPCWSTR name, DWORD flags,
                                                LPDWORD type, PVOID data, LPDWORD size);
 EXTERN_C WINADVAPI LSTATUS WINAPI RegDeleteValueW(HKEY key, LPCWSTR name);

@@ -7,10 +7,10 @@ namespace {
 /// What a path below a handle means for deletion.
 KeyView viewToDelete(OpenKey const& base, KeyPath const& path) {
     auto const view = findBelow(base.view, path);
-    failIf(!view, ERROR_FILE_NOT_FOUND);
+    require(view.has_value(), ERROR_FILE_NOT_FOUND);
     bool const isRoot = view->kind == KeyView::Kind::users || view->place.key == rootKey;
     bool const isClassesRoot = view->kind == KeyView::Kind::merged && view->classesPath.empty();
-    failIf(isRoot || isClassesRoot, ERROR_ACCESS_DENIED);
+    require(!isRoot && !isClassesRoot, ERROR_ACCESS_DENIED);
     return *view;
 }
 
@@ -28,6 +28,7 @@ void changeAll(KeyView const& view, void (HiveStore::*change)(KeyId)) {
 }  // namespace
 }  // namespace velk::platform::registry
 
+using namespace velk::platform;
 using namespace velk::platform::registry;
 
 LSTATUS RegDeleteKeyW(HKEY key, LPCWSTR name) {
@@ -39,7 +40,7 @@ LSTATUS RegDeleteKeyW(HKEY key, LPCWSTR name) {
             // Of a merged key the user's goes first; the machine's shows then.
             auto const place = placesOf(viewToDelete(*base, path)).front();
             HiveSession session(place.hive, Purpose::write);
-            failIf(session.hasChildren(place.key), ERROR_ACCESS_DENIED);
+            require(!session.hasChildren(place.key), ERROR_ACCESS_DENIED);
             session.removeTree(place.key);
             session.commit();
         });
@@ -55,8 +56,8 @@ LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR name) {
                           [&] { changeAll(viewToDelete(*base, path), &HiveStore::removeTree); });
         }
         // Without a name the key itself stays.
-        base->require(KEY_SET_VALUE | KEY_ENUMERATE_SUB_KEYS);
-        failIf(base->isPredefined, ERROR_ACCESS_DENIED);
+        base->demand(KEY_SET_VALUE | KEY_ENUMERATE_SUB_KEYS);
+        require(!base->isPredefined, ERROR_ACCESS_DENIED);
         changeAll(base->view, &HiveStore::clear);
     });
 }

@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <cerrno>
-#include <thread>
 
 #include <pthread.h>
 #include <velk_registry.h>
@@ -83,7 +82,7 @@ Hive& Hive::named(HiveName name) {
                                                       hive->lock_.unlock();
                                                   }
                                               });
-    failIf(failure != 0, ERROR_NOT_ENOUGH_MEMORY);
+    require(failure == 0, ERROR_NOT_ENOUGH_MEMORY);
     return name == HiveName::user ? user : machine;
 }
 
@@ -130,33 +129,30 @@ HiveDatabase& Hive::database() {
         stamp_ = newStamp();
         try {
             load();
-        } catch (RegistryError const& error) {
-            bool const isForeign = error.status == ERROR_BADDB;
-            bool const isDamaged = error.status == ERROR_REGISTRY_CORRUPT;
-            if (isForeign || isDamaged) damage_ = error.status;
+        } catch (Failure const& failure) {
+            bool const isForeign = failure.code == ERROR_BADDB;
+            bool const isDamaged = failure.code == ERROR_REGISTRY_CORRUPT;
+            if (isForeign || isDamaged) damage_ = failure.code;
             note(isForeign ? "is no registry" : isDamaged ? "is damaged" : "cannot be read");
             throw;
         }
     }
-    failIf(damage_ != ERROR_SUCCESS, damage_);
+    require(damage_ == ERROR_SUCCESS, damage_);
     return *database_;
 }
 
 HiveChange::Turn HiveChange::turnAt(Hive& hive, OwnedFileTurn::Deadline deadline) {
-    for (;;) {
-        {
-            std::lock_guard const guard(hive.lock_);
-            // Before anything is made on its behalf.
-            hive.database();
-            failIf(!hive.isWritable(), ERROR_ACCESS_DENIED);
-            if (!std::exchange(hive.isBeingChanged_, true)) return Turn(&hive);
-            if (std::chrono::steady_clock::now() > deadline) {
-                hive.note("is being changed by this process");
-                fail(ERROR_BUSY);
-            }
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
+    bool const isOurs = tryUntil(deadline, [&] {
+        std::lock_guard const guard(hive.lock_);
+        // Before anything is made on its behalf.
+        hive.database();
+        require(hive.isWritable(), ERROR_ACCESS_DENIED);
+        return !std::exchange(hive.isBeingChanged_, true);
+    });
+    if (isOurs) return Turn(&hive);
+    std::lock_guard const guard(hive.lock_);
+    hive.note("is being changed by this process");
+    fail(ERROR_BUSY);
 }
 
 void HiveChange::EndTurn::operator()(Hive* hive) const noexcept {
@@ -171,14 +167,14 @@ HiveChange::HiveChange(HiveName name)
     try {
         fileTurn_ = onFiles(
             [&] { return std::make_unique<OwnedFileTurn>(hive_->file_, deadline_, holder); });
-    } catch (RegistryError const&) {
+    } catch (Failure const&) {
         std::lock_guard const guard(hive_->lock_);
         if (!holder.empty()) hive_->note("is being changed by process " + holder);
         throw;
     }
     std::lock_guard const guard(hive_->lock_);
     auto const& now = hive_->database();
-    failIf(hive_->isRefused_, ERROR_ACCESS_DENIED);
+    require(!hive_->isRefused_, ERROR_ACCESS_DENIED);
     database_ = now.copy();
     database_->run("BEGIN");
     stamp_ = newStamp();
@@ -186,9 +182,9 @@ HiveChange::HiveChange(HiveName name)
 
 void HiveChange::commit() {
     // In a forked child the turn is the parent's.
-    failIf(process_ != getpid(), ERROR_NOT_SUPPORTED);
+    require(process_ == getpid(), ERROR_NOT_SUPPORTED);
     // Nothing but a lack of memory takes more back than a step.
-    failIf(isSpoiled_ || !database_->isInTransaction(), ERROR_NOT_ENOUGH_MEMORY);
+    require(!isSpoiled_ && database_->isInTransaction(), ERROR_NOT_ENOUGH_MEMORY);
     if (database_->changes() == 0) return;
     database_->run("COMMIT");
     onFiles([&] { fileTurn_->replace(database_->bytes(), logEndings); });
@@ -237,6 +233,7 @@ void HiveSession::commit() {
 
 }  // namespace velk::platform::registry
 
+using namespace velk::platform;
 using namespace velk::platform::registry;
 
 DWORD VelkRegistryProblems(char* text, DWORD capacity) {

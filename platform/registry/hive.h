@@ -8,6 +8,7 @@
 #include <string>
 
 #include <winbase.h>
+#include <winreg.h>
 
 #include "platform/registry/hive_store.h"
 #include "platform/system/owned_file.h"
@@ -15,6 +16,12 @@
 namespace velk::platform::registry {
 
 enum class HiveName { user, machine };
+
+/// Runs the body of a published function, and gives the status for what it throws.
+template <typename Body>
+LSTATUS answer(Body&& body) noexcept {
+    return guarded<ERROR_NOT_ENOUGH_MEMORY, ERROR_REGISTRY_IO_FAILED>(body);
+}
 
 /// Another number whenever a hive may have changed.
 using HiveStamp = std::uint64_t;

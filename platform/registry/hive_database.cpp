@@ -44,7 +44,7 @@ static_assert(std::size(schema) == 4);
 
 /// Fails for a result that is no success.
 void failUnlessOk(int sqliteResult) {
-    failIf(sqliteResult == SQLITE_IOERR_NOMEM, ERROR_NOT_ENOUGH_MEMORY);
+    require(sqliteResult != SQLITE_IOERR_NOMEM, ERROR_NOT_ENOUGH_MEMORY);
     switch (sqliteResult & 0xFF) {
         case SQLITE_OK:
             return;
@@ -64,7 +64,7 @@ void failUnlessOk(int sqliteResult) {
 
 /// Memory of SQLite's own; it is null only where there is none left.
 HiveImage taken(unsigned char* memory, std::uint64_t size) {
-    failIf(memory == nullptr, ERROR_NOT_ENOUGH_MEMORY);
+    require(memory != nullptr, ERROR_NOT_ENOUGH_MEMORY);
     return {std::unique_ptr<unsigned char, HiveImage::Free>(memory), size};
 }
 
@@ -120,7 +120,7 @@ std::string_view Statement::bytes(int column) const {
 }
 
 HiveImage HiveImage::ofSize(std::uint64_t size) {
-    failIf(size > largestHive, ERROR_REGISTRY_CORRUPT);
+    require(size <= largestHive, ERROR_REGISTRY_CORRUPT);
     return taken(static_cast<unsigned char*>(sqlite3_malloc64(size)), size);
 }
 
@@ -146,7 +146,7 @@ HiveDatabase::HiveDatabase() {
 
 HiveDatabase::HiveDatabase(HiveImage image) {
     auto const bytes = image.bytes();
-    failIf(!beginsAsHive(bytes), ERROR_BADDB);
+    require(beginsAsHive(bytes), ERROR_BADDB);
     // The log has been read already.
     bytes[18] = bytes[19] = 1;
     load(std::move(image));
@@ -154,11 +154,11 @@ HiveDatabase::HiveDatabase(HiveImage image) {
     for (auto const& entry : schema) {
         bool const isSame =
             entries.step() && entries.bytes(0) == entry.name && entries.bytes(1) == entry.sql;
-        failIf(!isSame, ERROR_BADDB);
+        require(isSame, ERROR_BADDB);
     }
     auto check = query("PRAGMA quick_check(1)");
-    failIf(!check.step() || check.bytes(0) != "ok", ERROR_REGISTRY_CORRUPT);
-    failIf(!query("SELECT 1 FROM keys WHERE id = 1").step(), ERROR_REGISTRY_CORRUPT);
+    require(check.step() && check.bytes(0) == "ok", ERROR_REGISTRY_CORRUPT);
+    require(query("SELECT 1 FROM keys WHERE id = 1").step(), ERROR_REGISTRY_CORRUPT);
 }
 
 std::unique_ptr<HiveDatabase> HiveDatabase::copy() const {
@@ -171,7 +171,7 @@ std::unique_ptr<HiveDatabase> HiveDatabase::copy() const {
 std::span<unsigned char const> HiveDatabase::bytes() const {
     sqlite3_int64 size = 0;
     auto* const bytes = sqlite3_serialize(database_.get(), "main", &size, SQLITE_SERIALIZE_NOCOPY);
-    failIf(bytes == nullptr, ERROR_NOT_ENOUGH_MEMORY);
+    require(bytes != nullptr, ERROR_NOT_ENOUGH_MEMORY);
     return {bytes, static_cast<std::size_t>(size)};
 }
 
@@ -184,7 +184,7 @@ void HiveDatabase::load(HiveImage image) {
     int const result =
         sqlite3_deserialize(database, "main", image.memory.release(), size, size,
                             SQLITE_DESERIALIZE_FREEONCLOSE | SQLITE_DESERIALIZE_RESIZEABLE);
-    failIf(result != SQLITE_OK, ERROR_NOT_ENOUGH_MEMORY);
+    require(result == SQLITE_OK, ERROR_NOT_ENOUGH_MEMORY);
     auto limit = largestHive;
     sqlite3_file_control(database, "main", SQLITE_FCNTL_SIZE_LIMIT, &limit);
     run("PRAGMA cell_size_check = ON");

@@ -19,7 +19,7 @@
 #include <sqlite3.h>
 
 #include "platform/registry/names.h"
-#include "platform/registry/registry_error.h"
+#include "platform/system/boundary.h"
 
 namespace velk::platform::registry {
 

@@ -73,8 +73,8 @@ std::vector<ListedName> HiveStore::children(KeyId key) {
 
 KeyId HiveStore::addChild(KeyId key, Name const& name, std::u16string_view keyClass) {
     auto const parent = facts(key);
-    failIf(!parent, ERROR_KEY_DELETED);
-    failIf(parent->depth >= deepestKey, ERROR_INVALID_PARAMETER);
+    require(parent.has_value(), ERROR_KEY_DELETED);
+    require(parent->depth < deepestKey, ERROR_INVALID_PARAMETER);
     database_->run(
         "INSERT INTO keys(parent, folded, name, class, depth, written) VALUES(?,?,?,?,?,?)", key,
         name.folded, name.text, keyClass, parent->depth + 1, currentFileTime());
@@ -89,7 +89,7 @@ bool HiveStore::hasChildren(KeyId key) {
 
 void HiveStore::removeTree(KeyId key) {
     auto query = database_->query("SELECT parent FROM keys WHERE id = ?", key);
-    failIf(!query.step(), ERROR_KEY_DELETED);
+    require(query.step(), ERROR_KEY_DELETED);
     KeyId const parent = query.number(0);
     clear(key);
     database_->run("DELETE FROM keys WHERE id = ?", key);
@@ -124,7 +124,7 @@ void HiveStore::setValue(KeyId key, Name const& name, DWORD type, std::string_vi
 
 bool HiveStore::removeValue(KeyId key, Name const& name) {
     if (!value(key, name)) {
-        failIf(!facts(key), ERROR_KEY_DELETED);
+        require(facts(key).has_value(), ERROR_KEY_DELETED);
         return false;
     }
     database_->run("DELETE FROM data WHERE key = ? AND folded = ?", key, name.folded);
@@ -133,7 +133,7 @@ bool HiveStore::removeValue(KeyId key, Name const& name) {
 }
 
 void HiveStore::touch(KeyId key) {
-    failIf(!facts(key), ERROR_KEY_DELETED);
+    require(facts(key).has_value(), ERROR_KEY_DELETED);
     database_->run("UPDATE keys SET written = ? WHERE id = ?", currentFileTime(), key);
 }
 

@@ -42,7 +42,7 @@ std::optional<KeyId> findClass(HiveName hive, KeyPath const& classesPath) {
 
 void requireExistence(Place const& place) {
     HiveSession session(place.hive, Purpose::read);
-    failIf(!session.facts(place.key), ERROR_KEY_DELETED);
+    require(session.facts(place.key).has_value(), ERROR_KEY_DELETED);
 }
 
 /// The keys of a path below Software\Classes, the user's first and no more than
@@ -56,9 +56,9 @@ std::pair<std::vector<Place>, LSTATUS> readableClasses(KeyPath const& classesPat
         if (places.size() == wanted) break;
         try {
             if (auto const key = findClass(hive, classesPath)) places.push_back({hive, *key});
-        } catch (RegistryError const& error) {
-            if (error.status == ERROR_NOT_ENOUGH_MEMORY) throw;
-            unreadable = error.status;
+        } catch (Failure const& failure) {
+            if (failure.code == ERROR_NOT_ENOUGH_MEMORY) throw;
+            unreadable = failure.code;
         }
     }
     return {std::move(places), unreadable};
@@ -67,13 +67,13 @@ std::pair<std::vector<Place>, LSTATUS> readableClasses(KeyPath const& classesPat
 /// The same; a hive that cannot be read is a failure where nothing is found.
 std::vector<Place> findClasses(KeyPath const& classesPath, std::size_t wanted = 2) {
     auto [places, unreadable] = readableClasses(classesPath, wanted);
-    failIf(places.empty() && unreadable != ERROR_SUCCESS, unreadable);
+    require(!places.empty() || unreadable == ERROR_SUCCESS, unreadable);
     return places;
 }
 
 std::optional<KeyView> findPlain(Place start, std::span<Name const> path) {
     HiveSession session(start.hive, Purpose::read);
-    failIf(!session.facts(start.key), ERROR_KEY_DELETED);
+    require(session.facts(start.key).has_value(), ERROR_KEY_DELETED);
     auto const key = session.walk(start.key, path);
     if (!key) return std::nullopt;
     return KeyView{KeyView::Kind::plain, {start.hive, *key}, {}};
@@ -99,10 +99,10 @@ HiveName hiveForNewClass(KeyPath const& classesPath) {
 
 CreatedKey createPlain(Place start, std::span<Name const> path, std::u16string_view keyClass) {
     HiveSession session(start.hive, Purpose::write);
-    failIf(!session.facts(start.key), ERROR_KEY_DELETED);
+    require(session.facts(start.key).has_value(), ERROR_KEY_DELETED);
     // What stands directly below HKEY_LOCAL_MACHINE is the system's alone.
     bool const belowMachine = start.hive == HiveName::machine && start.key == rootKey;
-    failIf(belowMachine && !session.child(rootKey, path.front()), ERROR_INVALID_PARAMETER);
+    require(!belowMachine || session.child(rootKey, path.front()), ERROR_INVALID_PARAMETER);
     KeyId key = start.key;
     bool made = false;
     for (std::size_t step = 0; step < path.size(); ++step) {
@@ -143,7 +143,7 @@ KeyView predefinedView(DWORD number) {
     if (is(HKEY_USERS)) return {KeyView::Kind::users, {}, {}};
     if (is(HKEY_CURRENT_CONFIG)) {
         auto const view = findPlain({HiveName::machine, rootKey}, currentConfiguration());
-        failIf(!view, ERROR_FILE_NOT_FOUND);
+        require(view.has_value(), ERROR_FILE_NOT_FOUND);
         return *view;
     }
     fail(ERROR_INVALID_HANDLE);
@@ -179,7 +179,7 @@ CreatedKey createBelow(KeyView const& view, KeyPath const& path, std::u16string_
         if (auto const existing = findBelow(view, path)) return {*existing, false};
         if (view.kind == KeyView::Kind::plain) return createPlain(view.place, path, keyClass);
         auto const user = enterUsers(path.front());
-        failIf(!user, ERROR_INVALID_PARAMETER);
+        require(user.has_value(), ERROR_INVALID_PARAMETER);
         return createPlain(user->place, std::span(path).subspan(1), keyClass);
     }
     if (!view.classesPath.empty()) requireExistence(view.place);

@@ -29,8 +29,8 @@ template <typename Body>
 auto atPath(KeyView const& view, KeyPath const& path, Body body) {
     try {
         return body();
-    } catch (RegistryError const& error) {
-        if (error.status != ERROR_KEY_DELETED || path.empty()) throw;
+    } catch (Failure const& failure) {
+        if (failure.code != ERROR_KEY_DELETED || path.empty()) throw;
     }
     placesOf(view);
     fail(ERROR_FILE_NOT_FOUND);

@@ -32,7 +32,7 @@ REGSAM grant(KeyView const& view, REGSAM asked) {
     if ((rights & MAXIMUM_ALLOWED) != 0) {
         return mayWrite(view) ? REGSAM{KEY_ALL_ACCESS} : REGSAM{KEY_READ};
     }
-    failIf((rights & writingRights) != 0 && !mayWrite(view), ERROR_ACCESS_DENIED);
+    require((rights & writingRights) == 0 || mayWrite(view), ERROR_ACCESS_DENIED);
     return rights;
 }
 
@@ -48,6 +48,7 @@ bool isEmpty(LPCWSTR text) {
 }  // namespace
 }  // namespace velk::platform::registry
 
+using namespace velk::platform;
 using namespace velk::platform::registry;
 
 LSTATUS RegOpenKeyExW(HKEY key, LPCWSTR name, DWORD, REGSAM access, PHKEY result) {
@@ -60,7 +61,7 @@ LSTATUS RegOpenKeyExW(HKEY key, LPCWSTR name, DWORD, REGSAM access, PHKEY result
             return;
         }
         auto view = findBelow(base->view, splitPath(name));
-        failIf(!view, ERROR_FILE_NOT_FOUND);
+        require(view.has_value(), ERROR_FILE_NOT_FOUND);
         *result = newHandle(std::move(*view), access);
     });
 }
@@ -71,7 +72,7 @@ LSTATUS RegCreateKeyExW(HKEY key, LPCWSTR name, DWORD reserved, LPWSTR keyClass,
     if (result == nullptr || reserved != 0) return ERROR_INVALID_PARAMETER;
     return answer([&] {
         *result = nullptr;
-        failIf(options != REG_OPTION_NON_VOLATILE, ERROR_INVALID_PARAMETER);
+        require(options == REG_OPTION_NON_VOLATILE, ERROR_INVALID_PARAMETER);
         auto const base = openKey(key);
         std::u16string_view const className = keyClass == nullptr ? u"" : keyClass;
         auto created = createBelow(base->view, splitPath(name), className);

@@ -16,7 +16,7 @@ Listing const& freshListing(OpenKey& key, Listed what) {
 ListedName entryAt(OpenKey& key, Listed what, DWORD index) {
     std::lock_guard const guard(key.listingLock);
     auto const& names = freshListing(key, what).names;
-    failIf(index >= names.size(), ERROR_NO_MORE_ITEMS);
+    require(index < names.size(), ERROR_NO_MORE_ITEMS);
     return names[index];
 }
 
@@ -28,7 +28,7 @@ std::vector<ListedName> allEntries(OpenKey& key, Listed what) {
 /// Gives a text and its length in units, without the zero that follows it.
 /// The room counts that zero.
 void handOutText(std::u16string_view text, LPWSTR buffer, LPDWORD capacity) {
-    failIf(text.size() >= *capacity, ERROR_MORE_DATA);
+    require(text.size() < *capacity, ERROR_MORE_DATA);
     std::copy(text.begin(), text.end(), buffer);
     buffer[text.size()] = 0;
     *capacity = static_cast<DWORD>(text.size());
@@ -43,7 +43,7 @@ KeyFacts factsOf(KeyView const& view) {
     if (places.empty()) return {};
     HiveSession session(places.front().hive, Purpose::read);
     auto facts = session.facts(places.front().key);
-    failIf(!facts, ERROR_KEY_DELETED);
+    require(facts.has_value(), ERROR_KEY_DELETED);
     return *facts;
 }
 
@@ -71,6 +71,7 @@ void putLongest(LPDWORD target, std::vector<ListedName> const& entries, Measure 
 }  // namespace
 }  // namespace velk::platform::registry
 
+using namespace velk::platform;
 using namespace velk::platform::registry;
 
 LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD capacity, LPDWORD reserved,
@@ -81,12 +82,12 @@ LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD capacity, LPDW
     }
     return answer([&] {
         auto const source = openKey(key);
-        source->require(KEY_ENUMERATE_SUB_KEYS);
+        source->demand(KEY_ENUMERATE_SUB_KEYS);
         auto const entry = entryAt(*source, Listed::keys, index);
         handOutText(entry.name, name, capacity);
         if (classCapacity == nullptr && written == nullptr) return;
         auto const below = findBelow(source->view, {Name(entry.name)});
-        failIf(!below, ERROR_NO_MORE_ITEMS);
+        require(below.has_value(), ERROR_NO_MORE_ITEMS);
         auto const facts = factsOf(*below);
         handOutClass(facts.keyClass, keyClass, classCapacity);
         if (written != nullptr) *written = fileTime(facts.written);
@@ -101,10 +102,10 @@ LSTATUS RegEnumValueW(HKEY key, DWORD index, LPWSTR name, LPDWORD capacity, LPDW
     }
     return answer([&] {
         auto const source = openKey(key);
-        source->require(KEY_QUERY_VALUE);
+        source->demand(KEY_QUERY_VALUE);
         auto const entry = entryAt(*source, Listed::values, index);
         auto const value = valueOf(source->view, Name(entry.name));
-        failIf(!value, ERROR_NO_MORE_ITEMS);
+        require(value.has_value(), ERROR_NO_MORE_ITEMS);
         if (type != nullptr) *type = value->type;
         LSTATUS const status = handOut(value->bytes, data, size);
         handOutText(entry.name, name, capacity);
@@ -121,7 +122,7 @@ LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR keyClass, LPDWORD classCapacity, LPDWO
     }
     return answer([&] {
         auto const source = openKey(key);
-        source->require(KEY_QUERY_VALUE);
+        source->demand(KEY_QUERY_VALUE);
         auto const facts = factsOf(source->view);
         auto const below = allEntries(*source, Listed::keys);
         auto const own = allEntries(*source, Listed::values);

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/registry/registry_error.h"
+#include "platform/system/boundary.h"
 #include "platform/system/letter_case.h"
 
 namespace velk::platform::registry {
@@ -26,10 +26,10 @@ std::u16string textOf(std::string_view bytes) {
 KeyPath splitPath(LPCWSTR path) {
     KeyPath names;
     std::u16string_view rest = path == nullptr ? u"" : path;
-    failIf(!rest.empty() && rest[0] == u'\\', ERROR_BAD_PATHNAME);
+    require(!rest.starts_with(u'\\'), ERROR_BAD_PATHNAME);
     while (!rest.empty()) {
         auto const name = rest.substr(0, rest.find(u'\\'));
-        failIf(name.size() > longestKeyName, ERROR_INVALID_PARAMETER);
+        require(name.size() <= longestKeyName, ERROR_INVALID_PARAMETER);
         rest.remove_prefix(std::min(name.size() + 1, rest.size()));
         if (!name.empty()) names.emplace_back(name);
     }
@@ -38,7 +38,7 @@ KeyPath splitPath(LPCWSTR path) {
 
 Name valueName(LPCWSTR name) {
     std::u16string_view const text = name == nullptr ? u"" : name;
-    failIf(text.size() > longestValueName, ERROR_INVALID_PARAMETER);
+    require(text.size() <= longestValueName, ERROR_INVALID_PARAMETER);
     return Name(text);
 }
 

@@ -36,8 +36,8 @@ OpenKey::~OpenKey() {
     if (!isPredefined) countLive(VELK_LIVE_REGISTRY_KEY, -1);
 }
 
-void OpenKey::require(REGSAM rights) const {
-    failIf((access & rights) != rights, ERROR_ACCESS_DENIED);
+void OpenKey::demand(REGSAM rights) const {
+    require((access & rights) == rights, ERROR_ACCESS_DENIED);
 }
 
 bool isPredefined(HKEY handle) {
@@ -50,7 +50,7 @@ OpenKeyPointer openKey(HKEY handle) {
         return std::make_shared<OpenKey>(predefinedView(number), REGSAM{KEY_ALL_ACCESS}, true);
     }
     auto key = handles().find(handle);
-    failIf(key == nullptr, ERROR_INVALID_HANDLE);
+    require(key != nullptr, ERROR_INVALID_HANDLE);
     return key;
 }
 
@@ -60,7 +60,7 @@ HKEY addHandle(OpenKeyPointer key) {
 
 void removeHandle(HKEY handle) {
     if (isPredefined(handle)) return;
-    failIf(handles().remove(handle) == nullptr, ERROR_INVALID_HANDLE);
+    require(handles().remove(handle) != nullptr, ERROR_INVALID_HANDLE);
 }
 
 }  // namespace velk::platform::registry

@@ -58,7 +58,7 @@ struct OpenKey {
     OpenKey& operator=(OpenKey const&) = delete;
 
     /// Fails with ERROR_ACCESS_DENIED unless all of these rights were granted.
-    void require(REGSAM rights) const;
+    void demand(REGSAM rights) const;
 };
 using OpenKeyPointer = std::shared_ptr<OpenKey>;
 

@@ -21,15 +21,8 @@ HandleTable<Transaction>& transactions() {
 
 std::shared_ptr<Transaction> transactionOf(HANDLE handle) {
     auto transaction = transactions().find(handle);
-    failIf(transaction == nullptr || !transaction->isOfThisThread(), ERROR_INVALID_HANDLE);
+    require(transaction != nullptr && transaction->isOfThisThread(), ERROR_INVALID_HANDLE);
     return transaction;
-}
-
-template <typename Body>
-BOOL succeeds(Body body) {
-    LSTATUS const status = answer(body);
-    if (status != ERROR_SUCCESS) SetLastError(static_cast<DWORD>(status));
-    return status == ERROR_SUCCESS;
 }
 
 }  // namespace
@@ -45,7 +38,7 @@ HiveChange* Transaction::change(HiveName name, bool toWrite) {
 }
 
 void Transaction::end(bool commits) {
-    failIf(hasEnded_, ERROR_TRANSACTION_NOT_ACTIVE);
+    require(!hasEnded_, ERROR_TRANSACTION_NOT_ACTIVE);
     hasEnded_ = true;
     if (ofThread() == this) ofThisThread = {};
     auto const ending = std::move(changes_);
@@ -56,41 +49,41 @@ void Transaction::end(bool commits) {
 
 }  // namespace velk::platform::registry
 
+using namespace velk::platform;
 using namespace velk::platform::registry;
 
 HANDLE CreateTransaction(SECURITY_ATTRIBUTES* security, GUID* id, DWORD options,
                          DWORD isolationLevel, DWORD isolationFlags, DWORD timeout, LPWSTR) {
-    HANDLE handle = INVALID_HANDLE_VALUE;
-    succeeds([&] {
-        failIf(security != nullptr || id != nullptr ||
-                   (options | isolationLevel | isolationFlags | timeout) != 0,
-               ERROR_INVALID_PARAMETER);
-        handle = transactions().add(std::make_shared<Transaction>());
+    return orLastError(INVALID_HANDLE_VALUE, [&] {
+        DWORD const numbers = options | isolationLevel | isolationFlags | timeout;
+        require(security == nullptr && id == nullptr && numbers == 0, ERROR_INVALID_PARAMETER);
+        return transactions().add(std::make_shared<Transaction>());
     });
-    return handle;
 }
 
 BOOL CommitTransaction(HANDLE transaction) {
-    return succeeds([&] { transactionOf(transaction)->end(true); });
+    return orLastError(FALSE, [&] { return transactionOf(transaction)->end(true), TRUE; });
 }
 
 BOOL RollbackTransaction(HANDLE transaction) {
-    return succeeds([&] { transactionOf(transaction)->end(false); });
+    return orLastError(FALSE, [&] { return transactionOf(transaction)->end(false), TRUE; });
 }
 
 BOOL CloseHandle(HANDLE transaction) {
-    return succeeds([&] {
+    return orLastError(FALSE, [&] {
         auto const closed = transactionOf(transaction);
         transactions().remove(transaction);
         if (!closed->hasEnded()) closed->end(false);
+        return TRUE;
     });
 }
 
 BOOL VelkSetThreadTransaction(HANDLE transaction) {
-    return succeeds([&] {
+    return orLastError(FALSE, [&] {
         auto* const entered = transaction == nullptr ? nullptr : transactionOf(transaction).get();
-        failIf(entered != nullptr && entered->hasEnded(), ERROR_TRANSACTION_NOT_ACTIVE);
+        require(entered == nullptr || !entered->hasEnded(), ERROR_TRANSACTION_NOT_ACTIVE);
         ofThisThread = {entered, transaction};
+        return TRUE;
     });
 }
 
@@ -101,8 +94,8 @@ HANDLE VelkThreadTransaction() {
 LSTATUS VelkTakeHive(HKEY hive) {
     return answer([&] {
         auto* const transaction = Transaction::ofThread();
-        failIf(transaction == nullptr, ERROR_INVALID_HANDLE);
-        failIf(hive != HKEY_LOCAL_MACHINE && hive != HKEY_CURRENT_USER, ERROR_INVALID_PARAMETER);
+        require(transaction != nullptr, ERROR_INVALID_HANDLE);
+        require(hive == HKEY_LOCAL_MACHINE || hive == HKEY_CURRENT_USER, ERROR_INVALID_PARAMETER);
         transaction->change(hive == HKEY_LOCAL_MACHINE ? HiveName::machine : HiveName::user, true);
     });
 }

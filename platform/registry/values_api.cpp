@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/registry/key_view.h"
+#include "platform/system/environment.h"
 
 namespace velk::platform::registry {
 namespace {
@@ -11,8 +12,23 @@ namespace {
 /// key the user's, if there is one.
 Place placeToChange(KeyView const& view) {
     auto const places = placesOf(view);
-    failIf(places.empty(), ERROR_ACCESS_DENIED);
+    require(!places.empty(), ERROR_ACCESS_DENIED);
     return places.front();
+}
+
+/// A text with one zero at its end at least, whatever was stored, and with the
+/// environment's variables put into an expandable one.
+std::u16string wholeText(ValueContent const& value) {
+    bool const expands = value.type == REG_EXPAND_SZ;
+    require(expands || value.type == REG_SZ, ERROR_UNSUPPORTED_TYPE);
+    auto text = textOf(value.bytes);
+    if (expands) {
+        auto expanded = withVariables(text.c_str());
+        require(expanded.has_value(), ERROR_INVALID_DATA);
+        text = std::move(*expanded);
+    }
+    if (!text.ends_with(u'\0')) text.push_back(u'\0');
+    return text;
 }
 
 }  // namespace
@@ -36,14 +52,15 @@ LSTATUS handOut(std::string_view bytes, void* data, LPDWORD size) {
 
 }  // namespace velk::platform::registry
 
+using namespace velk::platform;
 using namespace velk::platform::registry;
 
 LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD, DWORD type, BYTE const* data, DWORD size) {
     return answer([&] {
         auto const target = openKey(key);
-        target->require(KEY_SET_VALUE);
-        failIf(data == nullptr && size != 0, ERROR_NOACCESS);
-        failIf(size > longestValue, ERROR_NOT_ENOUGH_MEMORY);
+        target->demand(KEY_SET_VALUE);
+        require(data != nullptr || size == 0, ERROR_NOACCESS);
+        require(size <= longestValue, ERROR_NOT_ENOUGH_MEMORY);
         auto const value = valueName(name);
         auto const place = placeToChange(target->view);
         HiveSession session(place.hive, Purpose::write);
@@ -58,21 +75,44 @@ LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD reserved, LPDWORD type,
     if (reserved != nullptr || (data != nullptr && size == nullptr)) return ERROR_INVALID_PARAMETER;
     return answer([&] {
         auto const source = openKey(key);
-        source->require(KEY_QUERY_VALUE);
+        source->demand(KEY_QUERY_VALUE);
         auto const value = valueOf(source->view, Name(name == nullptr ? u"" : name));
         if (!value) {
             if (data == nullptr && size != nullptr) *size = 0;
             fail(ERROR_FILE_NOT_FOUND);
         }
         if (type != nullptr) *type = value->type;
-        if (LSTATUS const status = handOut(value->bytes, data, size)) fail(status);
+        return handOut(value->bytes, data, size);
+    });
+}
+
+LSTATUS RegGetValueW(HKEY key, LPCWSTR subKey, LPCWSTR name, DWORD flags, LPDWORD type, PVOID data,
+                     LPDWORD size) {
+    bool const dataWithoutRoom = data != nullptr && size == nullptr;
+    if (flags != RRF_RT_REG_SZ || dataWithoutRoom) return ERROR_INVALID_PARAMETER;
+    return answer([&] {
+        auto const base = openKey(key);
+        auto const path = splitPath(subKey);
+        if (path.empty()) base->demand(KEY_QUERY_VALUE);
+        auto const value = atPath(base->view, path, [&] {
+            auto const view =
+                path.empty() ? std::optional(base->view) : findBelow(base->view, path);
+            require(view.has_value(), ERROR_FILE_NOT_FOUND);
+            return valueOf(*view, Name(name == nullptr ? u"" : name));
+        });
+        require(value.has_value(), ERROR_FILE_NOT_FOUND);
+        auto const text = wholeText(*value);
+        if (type != nullptr) *type = REG_SZ;
+        std::string_view const bytes(reinterpret_cast<char const*>(text.data()),
+                                     text.size() * sizeof(char16_t));
+        return handOut(bytes, data, size);
     });
 }
 
 LSTATUS RegDeleteValueW(HKEY key, LPCWSTR name) {
     return answer([&] {
         auto const target = openKey(key);
-        target->require(KEY_SET_VALUE);
+        target->demand(KEY_SET_VALUE);
         Name const value(name == nullptr ? u"" : name);
         for (auto const& place : placesOf(target->view)) {
             // A look first, so that what is not there needs no permission.

@@ -4,7 +4,7 @@
 #include <new>
 #include <type_traits>
 
-#include <winerror.h>
+#include <winbase.h>
 
 namespace velk::platform {
 
@@ -47,6 +47,26 @@ LONG guarded(Body&& body) noexcept {
     } catch (...) {
         return unforeseen;
     }
+}
+
+/// As guarded, for functions that tell of a failure by their result and leave
+/// the code to GetLastError.
+template <typename Result, typename Body>
+Result orLastError(Result failure, Body&& body) noexcept {
+    Result result = failure;
+    LONG const code = guarded<ERROR_NOT_ENOUGH_MEMORY, ERROR_NOT_ENOUGH_MEMORY>([&] {
+        result = body();
+        return LONG{ERROR_SUCCESS};
+    });
+    if (code != ERROR_SUCCESS) SetLastError(static_cast<DWORD>(code));
+    return result;
+}
+
+/// The status of a registry function; throws where it tells of a lack of
+/// memory, so that nobody takes that for an absence.
+inline LONG unlessOutOfMemory(LONG status) {
+    if (status == ERROR_NOT_ENOUGH_MEMORY) throw std::bad_alloc();
+    return status;
 }
 
 }  // namespace velk::platform

@@ -55,15 +55,6 @@ LONGLONG unixTime(SYSTEMTIME const& split) {
 
 }  // namespace
 
-void GetSystemTimeAsFileTime(FILETIME* time) {
-    timespec now{};
-    std::timespec_get(&now, TIME_UTC);
-    ULONGLONG const steps =
-        static_cast<ULONGLONG>(now.tv_sec + secondsToUnixTime) * stepsPerSecond +
-        static_cast<ULONGLONG>(now.tv_nsec) / 100;
-    *time = {static_cast<DWORD>(steps), static_cast<DWORD>(steps >> 32)};
-}
-
 BOOL FileTimeToSystemTime(FILETIME const* time, LPSYSTEMTIME split) {
     if (time == nullptr || split == nullptr) return refuse(ERROR_INVALID_PARAMETER);
     ULONGLONG const steps = ULONGLONG{time->dwHighDateTime} << 32 | time->dwLowDateTime;

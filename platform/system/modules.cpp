@@ -1,9 +1,7 @@
 /// The published functions about modules.
 #include <algorithm>
-#include <new>
 
-#include <winbase.h>
-
+#include "platform/system/boundary.h"
 #include "platform/system/data_modules.h"
 #include "platform/system/module_references.h"
 #include "platform/system/utf16.h"
@@ -11,23 +9,6 @@
 using namespace velk::platform;
 
 namespace {
-
-/// Sets the last error and gives the null of the caller's result.
-std::nullptr_t failWith(DWORD error) {
-    SetLastError(error);
-    return nullptr;
-}
-
-/// Runs `work`; what it throws is a lack of memory, and becomes `failure`.
-template <typename Work, typename Result>
-Result guarded(Result failure, Work work) noexcept {
-    try {
-        return work();
-    } catch (...) {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return failure;
-    }
-}
 
 std::string absolutePathOf(HMODULE module) {
     if (module == nullptr) return programObject().path;
@@ -38,9 +19,10 @@ std::string absolutePathOf(HMODULE module) {
 
 HMODULE loadAsData(LPCWSTR path) {
     auto const file = toFileName(path);
-    if (!file) return failWith(ERROR_MOD_NOT_FOUND);
+    require(file.has_value(), ERROR_MOD_NOT_FOUND);
     HMODULE const module = openDataModule(*file);
-    return module != nullptr ? module : failWith(ERROR_BAD_EXE_FORMAT);
+    require(module != nullptr, ERROR_BAD_EXE_FORMAT);
+    return module;
 }
 
 }  // namespace
@@ -51,23 +33,18 @@ HMODULE LoadLibraryW(LPCWSTR path) {
 
 HMODULE LoadLibraryExW(LPCWSTR path, HANDLE file, DWORD flags) {
     constexpr DWORD known = LOAD_LIBRARY_AS_DATAFILE | LOAD_WITH_ALTERED_SEARCH_PATH;
-    if (path == nullptr || file != nullptr || (flags & ~known) != 0) {
-        return failWith(ERROR_INVALID_PARAMETER);
-    }
-    return guarded<>(HMODULE{}, [&] {
+    return orLastError(HMODULE{}, [&] {
+        require(path != nullptr && file == nullptr && (flags & ~known) == 0,
+                ERROR_INVALID_PARAMETER);
         return (flags & LOAD_LIBRARY_AS_DATAFILE) != 0 ? loadAsData(path) : loadModule(path);
     });
 }
 
 BOOL FreeLibrary(HMODULE module) {
-    return guarded(BOOL{FALSE}, [&]() -> BOOL {
-        if (module == nullptr) {
-            SetLastError(ERROR_INVALID_HANDLE);
-            return FALSE;
-        }
-        if (closeDataModule(module) || releaseModule(module)) return TRUE;
-        SetLastError(ERROR_MOD_NOT_FOUND);
-        return FALSE;
+    return orLastError(FALSE, [&] {
+        require(module != nullptr, ERROR_INVALID_HANDLE);
+        require(closeDataModule(module) || releaseModule(module), ERROR_MOD_NOT_FOUND);
+        return TRUE;
     });
 }
 
@@ -81,42 +58,27 @@ BOOL GetModuleHandleExW(DWORD flags, LPCWSTR nameOrAddress, HMODULE* module) {
     constexpr DWORD pin = GET_MODULE_HANDLE_EX_FLAG_PIN;
     constexpr DWORD unchanged = GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
     constexpr DWORD fromAddress = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS;
-    if (module == nullptr) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return FALSE;
-    }
-    *module = nullptr;
-    bool const contradicts = (flags & pin) != 0 && (flags & unchanged) != 0;
-    bool const nothingToFind = (flags & fromAddress) != 0 && nameOrAddress == nullptr;
-    if ((flags & ~(pin | unchanged | fromAddress)) != 0 || contradicts || nothingToFind) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return FALSE;
-    }
-    return guarded(BOOL{FALSE}, [&]() -> BOOL {
-        auto const object = (flags & fromAddress) != 0 ? loadedObjectAround(nameOrAddress)
-                                                       : findModule(nameOrAddress);
-        bool const held =
-            object && ((flags & unchanged) != 0 || holdModule(*object, (flags & pin) != 0));
-        if (!held) {
-            SetLastError(ERROR_MOD_NOT_FOUND);
-            return FALSE;
-        }
+    bool const pins = (flags & pin) != 0, keepsCount = (flags & unchanged) != 0;
+    bool const byAddress = (flags & fromAddress) != 0;
+    return orLastError(FALSE, [&] {
+        require(module != nullptr, ERROR_INVALID_PARAMETER);
+        *module = nullptr;
+        bool const isSense = (flags & ~(pin | unchanged | fromAddress)) == 0 &&
+                             !(pins && keepsCount) && !(byAddress && nameOrAddress == nullptr);
+        require(isSense, ERROR_INVALID_PARAMETER);
+        auto const object =
+            byAddress ? loadedObjectAround(nameOrAddress) : findModule(nameOrAddress);
+        require(object && (keepsCount || holdModule(*object, pins)), ERROR_MOD_NOT_FOUND);
         *module = object->handle;
         return TRUE;
     });
 }
 
 DWORD GetModuleFileNameW(HMODULE module, LPWSTR path, DWORD capacity) {
-    return guarded(DWORD{0}, [&]() -> DWORD {
+    return orLastError(DWORD{0}, [&] {
         std::u16string const full = toUtf16(absolutePathOf(module));
-        if (full.empty()) {
-            SetLastError(ERROR_MOD_NOT_FOUND);
-            return 0;
-        }
-        if (path == nullptr || capacity == 0) {
-            SetLastError(ERROR_INSUFFICIENT_BUFFER);
-            return 0;
-        }
+        require(!full.empty(), ERROR_MOD_NOT_FOUND);
+        require(path != nullptr && capacity != 0, ERROR_INSUFFICIENT_BUFFER);
         bool const fits = full.size() < capacity;
         std::size_t const length = std::min<std::size_t>(full.size(), capacity - 1);
         std::copy_n(full.begin(), length, path);
@@ -127,13 +89,13 @@ DWORD GetModuleFileNameW(HMODULE module, LPWSTR path, DWORD capacity) {
 }
 
 FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
-    return guarded(FARPROC{}, [&]() -> FARPROC {
+    return orLastError(FARPROC{}, [&] {
         // Numbers in place of names mean ordinals, which shared objects lack.
-        if ((reinterpret_cast<ULONG_PTR>(name) >> 16) == 0) return failWith(ERROR_PROC_NOT_FOUND);
+        require((reinterpret_cast<ULONG_PTR>(name) >> 16) != 0, ERROR_PROC_NOT_FOUND);
         HMODULE const owner = module != nullptr ? module : programObject().handle;
-        if (void* const symbol = moduleSymbol(owner, name)) {
-            return reinterpret_cast<FARPROC>(symbol);
-        }
-        return failWith(loadedObject(owner) ? ERROR_PROC_NOT_FOUND : ERROR_MOD_NOT_FOUND);
+        void* const symbol = moduleSymbol(owner, name);
+        require(symbol != nullptr,
+                loadedObject(owner) ? ERROR_PROC_NOT_FOUND : ERROR_MOD_NOT_FOUND);
+        return reinterpret_cast<FARPROC>(symbol);
     });
 }

@@ -55,15 +55,10 @@ std::string mountedType(MountMark const& mark) {
 struct KnownType {
     std::string_view type;
     std::u16string_view name;
-    bool overNetwork;
 };
 
-constexpr std::array knownTypes = {
-    KnownType{"ntfs", u"NTFS", false},  KnownType{"ntfs3", u"NTFS", false},
-    KnownType{"vfat", u"FAT32", false}, KnownType{"exfat", u"exFAT", false},
-    KnownType{"cifs", u"cifs", true},   KnownType{"smb3", u"smb3", true},
-    KnownType{"nfs", u"nfs", true},     KnownType{"nfs4", u"nfs4", true},
-};
+constexpr std::array knownTypes = {KnownType{"ntfs", u"NTFS"}, KnownType{"ntfs3", u"NTFS"},
+                                   KnownType{"vfat", u"FAT32"}, KnownType{"exfat", u"exFAT"}};
 
 }  // namespace
 
@@ -79,7 +74,6 @@ std::optional<MountedFileSystem> mountedAt(std::string const& folder) {
         std::find_if(knownTypes.begin(), knownTypes.end(),
                      [&](KnownType const& candidate) { return candidate.type == type; });
     found.name = known != knownTypes.end() ? std::u16string(known->name) : toUtf16(type);
-    found.overNetwork = known != knownTypes.end() && known->overNetwork;
     found.serial = static_cast<DWORD>(room.f_fsid ^ (room.f_fsid >> 32));
     found.longestName = static_cast<DWORD>(room.f_namemax);
     found.readOnly = (room.f_flag & ST_RDONLY) != 0;

@@ -14,7 +14,6 @@ struct MountedFileSystem {
     DWORD serial = 0;
     DWORD longestName = 0;
     bool readOnly = false;
-    bool overNetwork = false;
 };
 
 /// Nothing when the folder cannot be looked at; `errno` tells why.

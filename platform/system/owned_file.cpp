@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <fstream>
-#include <thread>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,12 +11,13 @@ namespace {
 
 constexpr char const* noFile = "it is no regular file";
 
-void require(bool success) {
-    if (!success) throw SystemFailure{errno};
+void require(bool success, int number) {
+    if (!success) throw SystemFailure{number};
 }
 
-void failIf(bool condition, int number) {
-    if (condition) throw SystemFailure{number};
+/// After a call of the system.
+void require(bool success) {
+    if (!success) throw SystemFailure{errno};
 }
 
 bool isOwn(struct stat const& info) {
@@ -47,9 +47,9 @@ void makeFolders(std::string const& folder, mode_t mode) {
     if (stat(folder.c_str(), &info) == 0) return;
     auto const parent = parentOf(folder);
     require(errno == ENOENT);
-    failIf(folder.empty() || parent == folder, ENOENT);
+    require(!folder.empty() && parent != folder, ENOENT);
     makeFolders(parent, mode);
-    failIf(stat(parent.c_str(), &info) != 0 || !isOwn(info), EACCES);
+    require(stat(parent.c_str(), &info) == 0 && isOwn(info), EACCES);
     if (mkdir(folder.c_str(), mode) != 0) return require(errno == EEXIST);
     // By its descriptor: the name may show another one by now.
     Descriptor const made(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -123,7 +123,7 @@ void readAll(Descriptor const& file, std::span<unsigned char> target) {
         ssize_t const done = read(file, target.data(), target.size());
         if (done < 0 && errno == EINTR) continue;
         require(done >= 0);
-        failIf(done == 0, ENODATA);
+        require(done != 0, ENODATA);
         target = target.subspan(static_cast<std::size_t>(done));
     }
 }
@@ -135,7 +135,7 @@ OwnedFileTurn::OwnedFileTurn(OwnedFile const& file, Deadline deadline, std::stri
       lock_(openat(folder_, (file.name_ + ".lock").c_str(),
                    O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600)) {
     require(lock_ >= 0);
-    failIf(!doubt(folder_, S_IFDIR).empty() || !doubt(lock_, S_IFREG).empty(), EACCES);
+    require(doubt(folder_, S_IFDIR).empty() && doubt(lock_, S_IFREG).empty(), EACCES);
     // First the place of the next one, so that who has just had the turn cannot
     // take it again before those who wait.
     constexpr off_t turn = 0, next = 1;
@@ -149,17 +149,17 @@ void OwnedFileTurn::take(off_t byte, short kind, Deadline deadline, std::string&
     wanted.l_type = kind;
     wanted.l_start = byte;
     wanted.l_len = 1;
-    while (fcntl(lock_, F_SETLK, &wanted) != 0) {
+    bool const isOurs = tryUntil(deadline, [&] {
+        if (fcntl(lock_, F_SETLK, &wanted) == 0) return true;
         require(errno == EACCES || errno == EAGAIN || errno == EINTR);
-        if (std::chrono::steady_clock::now() > deadline) {
-            struct flock found = wanted;
-            found.l_start = 0;
-            fcntl(lock_, F_GETLK, &found);
-            holder = nameOfProcess(found.l_pid);
-            failIf(true, EBUSY);
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
+        return false;
+    });
+    if (isOurs) return;
+    struct flock found = wanted;
+    found.l_start = 0;
+    fcntl(lock_, F_GETLK, &found);
+    holder = nameOfProcess(found.l_pid);
+    throw SystemFailure{EBUSY};
 }
 
 void OwnedFileTurn::replace(std::span<unsigned char const> content,

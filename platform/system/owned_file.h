@@ -11,6 +11,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include <sys/types.h>
@@ -83,6 +84,17 @@ class OwnedFile {
 std::uint64_t sizeOf(Descriptor const& file);
 /// Fails with ENODATA when the file ends before.
 void readAll(Descriptor const& file, std::span<unsigned char> target);
+
+/// Tries once a millisecond until `attempt` gives true; false when it has not by
+/// the deadline.
+template <typename Attempt>
+bool tryUntil(std::chrono::steady_clock::time_point deadline, Attempt attempt) {
+    while (!attempt()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
 
 /// The turn of one writer among all processes, given back by the end of this or
 /// of the process; a forked child has no part in it. A process takes one turn at

@@ -1,4 +1,4 @@
-/// The calling thread's number and locale.
+/// The calling thread's number, locale and last error.
 #include <pthread.h>
 #include <unistd.h>
 #include <winbase.h>
@@ -11,6 +11,7 @@ constexpr LCID englishUnitedStates = 0x0409;
 
 thread_local LCID threadLocale = englishUnitedStates;
 thread_local DWORD threadId = 0;
+thread_local DWORD lastError = ERROR_SUCCESS;
 
 // A forked child goes on in a thread with a number of its own.
 int const forgetsIdInChild = pthread_atfork(nullptr, nullptr, [] { threadId = 0; });
@@ -45,6 +46,15 @@ DWORD GetCurrentThreadId() {
     velk::platform::watchThreadEnd();
     if (threadId == 0) threadId = static_cast<DWORD>(gettid());
     return threadId;
+}
+
+DWORD GetLastError() {
+    return lastError;
+}
+
+void SetLastError(DWORD error) {
+    velk::platform::watchThreadEnd();
+    lastError = error;
 }
 
 LCID GetThreadLocale() {

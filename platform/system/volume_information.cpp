@@ -1,11 +1,8 @@
 /// The published functions about volumes.
 #include <algorithm>
 #include <cerrno>
-#include <exception>
-#include <filesystem>
 
-#include <winbase.h>
-
+#include "platform/system/boundary.h"
 #include "platform/system/mounted_file_system.h"
 #include "platform/system/utf16.h"
 #include "platform/system/volume_map.h"
@@ -16,45 +13,39 @@ namespace {
 struct Volume {
     std::u16string fileSystem;
     MountedFileSystem mounted;
-    bool share = false;
 };
 
-/// The last error in place of a volume.
-struct NoVolume {
-    DWORD error;
-};
-
-DWORD errorOf(int number) {
+LONG errorOf(int number) {
     return number == EACCES ? ERROR_ACCESS_DENIED : ERROR_PATH_NOT_FOUND;
 }
 
 MountedFileSystem requireMounted(std::string const& folder) {
     auto mounted = mountedAt(folder);
-    if (!mounted) throw NoVolume{errorOf(errno)};
+    require(mounted.has_value(), errorOf(errno));
     return std::move(*mounted);
 }
 
 /// The volume of the current directory, which is no part of the table.
 Volume currentVolume() {
     auto mounted = requireMounted(".");
-    return {mounted.name, mounted, false};
+    return {mounted.name, mounted};
 }
 
 void requireRoot(VolumePath const& path, std::u16string_view text) {
-    if (!path.below.empty()) throw NoVolume{ERROR_DIR_NOT_ROOT};
-    if (text.back() != u'\\' && text.back() != u'/') throw NoVolume{ERROR_INVALID_NAME};
+    require(path.below.empty(), ERROR_DIR_NOT_ROOT);
+    require(text.back() == u'\\' || text.back() == u'/', ERROR_INVALID_NAME);
 }
 
 Volume volumeAt(LPCWSTR root) {
     if (root == nullptr) return currentVolume();
     auto const path = volumePathOf(root);
-    if (!path) throw NoVolume{ERROR_PATH_NOT_FOUND};
+    require(path.has_value(), ERROR_PATH_NOT_FOUND);
     requireRoot(*path, root);
     auto const folder = folderOfVolume(path->root);
-    if (!folder) throw NoVolume{DWORD(path->share ? ERROR_BAD_NETPATH : ERROR_PATH_NOT_FOUND)};
+    require(folder.has_value(), path->share ? ERROR_BAD_NETPATH : ERROR_PATH_NOT_FOUND);
     auto mounted = requireMounted(*folder);
     auto const name = fileSystemOfVolume(path->root);
-    return {name ? *name : mounted.name, mounted, path->share};
+    return {name ? *name : mounted.name, mounted};
 }
 
 DWORD flagsOf(MountedFileSystem const& mounted) {
@@ -68,7 +59,7 @@ void requireRoom(Volume const& volume, LPWSTR label, DWORD labelSize, LPWSTR fil
                  DWORD fileSystemSize) {
     bool const tooSmall = (label != nullptr && labelSize < 1) ||
                           (fileSystem != nullptr && fileSystemSize <= volume.fileSystem.size());
-    if (tooSmall) throw NoVolume{ERROR_BAD_LENGTH};
+    require(!tooSmall, ERROR_BAD_LENGTH);
 }
 
 }  // namespace
@@ -78,32 +69,17 @@ using namespace velk::platform;
 
 BOOL GetVolumeInformationW(LPCWSTR root, LPWSTR label, DWORD labelSize, LPDWORD serial,
                            LPDWORD longestName, LPDWORD flags, LPWSTR fileSystem,
-                           DWORD fileSystemSize) try {
-    Volume const volume = volumeAt(root);
-    requireRoom(volume, label, labelSize, fileSystem, fileSystemSize);
-    if (label != nullptr) *label = u'\0';
-    if (serial != nullptr) *serial = volume.mounted.serial;
-    if (longestName != nullptr) *longestName = volume.mounted.longestName;
-    if (flags != nullptr) *flags = flagsOf(volume.mounted);
-    if (fileSystem != nullptr) {
-        std::copy_n(volume.fileSystem.c_str(), volume.fileSystem.size() + 1, fileSystem);
-    }
-    return TRUE;
-} catch (NoVolume const& none) {
-    SetLastError(none.error);
-    return FALSE;
-} catch (std::exception const&) {
-    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-    return FALSE;
-}
-
-UINT GetDriveTypeW(LPCWSTR root) try {
-    if (root == nullptr) return DRIVE_FIXED;
-    auto const path = volumePathOf(root);
-    auto const folder = path && path->below.empty() ? folderOfVolume(path->root) : std::nullopt;
-    auto const mounted = folder ? mountedAt(*folder) : std::nullopt;
-    if (!mounted) return DRIVE_NO_ROOT_DIR;
-    return path->share || mounted->overNetwork ? DRIVE_REMOTE : DRIVE_FIXED;
-} catch (std::exception const&) {
-    return DRIVE_UNKNOWN;
+                           DWORD fileSystemSize) {
+    return orLastError(FALSE, [&] {
+        Volume const volume = volumeAt(root);
+        requireRoom(volume, label, labelSize, fileSystem, fileSystemSize);
+        if (label != nullptr) *label = u'\0';
+        if (serial != nullptr) *serial = volume.mounted.serial;
+        if (longestName != nullptr) *longestName = volume.mounted.longestName;
+        if (flags != nullptr) *flags = flagsOf(volume.mounted);
+        if (fileSystem != nullptr) {
+            std::copy_n(volume.fileSystem.c_str(), volume.fileSystem.size() + 1, fileSystem);
+        }
+        return TRUE;
+    });
 }

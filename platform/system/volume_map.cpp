@@ -4,7 +4,7 @@
 
 #include <winreg.h>
 
-#include "platform/system/memory_failure.h"
+#include "platform/system/boundary.h"
 #include "platform/system/utf16.h"
 
 namespace velk::platform {

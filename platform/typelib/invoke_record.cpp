@@ -1,6 +1,6 @@
 // Records as arguments and results of late-bound calls.
 
-#include "platform/typelib/invoke_argument.h"
+#include "platform/typelib/invoke/invoke_argument.h"
 #include "platform/typelib/record_info.h"
 
 namespace velk::typelib {

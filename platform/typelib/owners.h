@@ -1,53 +1,21 @@
-/// Owners of native texts, values and interfaces.
+/// Owners of native texts, values and interfaces, and the words of the layer for
+/// failures.
 #pragma once
 
 #include <string_view>
 #include <utility>
 
 #include "oleauto.h"
-#include "platform/typelib/boundary.h"
+#include "platform/system/boundary.h"
+#include "platform/system/reference.h"
 
 namespace velk::typelib {
 
-/// One reference to an interface or to one of this family's objects.
-template <typename T>
-class Reference {
-  public:
-    Reference() = default;
-    /// Adds a reference of its own.
-    explicit Reference(T* object) : object_(object) {
-        if (object_) object_->AddRef();
-    }
-    Reference(Reference const& other) : Reference(other.object_) {}
-    Reference(Reference&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
-    Reference& operator=(Reference other) noexcept {
-        std::swap(object_, other.object_);
-        return *this;
-    }
-    ~Reference() {
-        if (object_) object_->Release();
-    }
-
-    /// Takes over a reference that someone else added.
-    static Reference adopt(T* object) {
-        Reference reference;
-        reference.object_ = object;
-        return reference;
-    }
-
-    T* get() const { return object_; }
-    T* operator->() const { return object_; }
-    T& operator*() const { return *object_; }
-    explicit operator bool() const { return object_ != nullptr; }
-    T* release() { return std::exchange(object_, nullptr); }
-    T** out() {
-        *this = Reference();
-        return &object_;
-    }
-
-  private:
-    T* object_ = nullptr;
-};
+using platform::check;
+using platform::fail;
+using platform::guarded;
+using platform::Reference;
+using platform::require;
 
 /// One BSTR.
 class Bstr {

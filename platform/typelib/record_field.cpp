@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "platform/typelib/record_array.h"
-#include "platform/typelib/vtable_call.h"
+#include "platform/typelib/invoke/vtable_call.h"
 
 namespace velk::typelib {
 namespace {
@@ -48,25 +48,6 @@ void askForInterface(VARIANT& value, GUID const& id) {
     HRESULT const asked = value.punkVal->QueryInterface(id, reinterpret_cast<void**>(found.out()));
     require(SUCCEEDED(asked), DISP_E_TYPEMISMATCH);
     Reference<IUnknown>::adopt(std::exchange(value.punkVal, found.release()));
-}
-
-// Passes `value` to the default property of an object.
-void putDefaultValue(IDispatch* object, VARIANT const& value) {
-    require(object, DISP_E_TYPEMISMATCH);
-    // The object may let go of what holds the only reference to it.
-    Reference<IDispatch> const called(object);
-    VARIANT argument = value;
-    DISPID name = DISPID_PROPERTYPUT;
-    DISPPARAMS parameters{&argument, &name, 1, 1};
-    check(called->Invoke(DISPID_VALUE, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYPUT,
-                         &parameters, nullptr, nullptr, nullptr));
-}
-
-void getDefaultValue(IDispatch* object, VARIANT& value) {
-    require(object, DISP_E_TYPEMISMATCH);
-    DISPPARAMS none{};
-    check(object->Invoke(DISPID_VALUE, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none,
-                         &value, nullptr, nullptr));
 }
 
 }  // namespace
@@ -146,15 +127,6 @@ void RecordField::get(std::byte* record, VARIANT& value) const {
     std::swap(value, *copy.get());
 }
 
-void RecordField::refer(std::byte* record, VARIANT& value) const {
-    requireValue();
-    check(VariantClear(&value));
-    value.vt = static_cast<VARTYPE>(type_.type | VT_BYREF);
-    value.byref = record + offset_;
-    // Borrowed like the field itself: a reference releases nothing.
-    if (type_.type == VT_RECORD) value.pRecInfo = type_.record.get();
-}
-
 bool RecordField::takes(VARIANT const& value) const {
     if (type_.isFixedArray() || type_.type == VT_EMPTY) return false;
     if (type_.type == VT_VARIANT) return !(value.vt & VT_BYREF);
@@ -185,21 +157,6 @@ void RecordField::assign(std::byte* record, VARIANT const& value) const {
     Value converted;
     convert(value, *converted.get());
     take(record, *converted.get());
-}
-
-void RecordField::let(std::byte* record, VARIANT const& value) const {
-    if (type_.isFixedArray()) return assign(record, value);
-    if (type_.type == VT_DISPATCH) {
-        return putDefaultValue(bitsAt(VT_DISPATCH, record + offset_).pdispVal, value);
-    }
-    require(type_.type != VT_UNKNOWN, DISP_E_TYPEMISMATCH);
-    if (type_.type != VT_VARIANT) return assign(record, value);
-    Value content;
-    check(VariantCopyInd(content.get(), &value));
-    if (content->vt != VT_DISPATCH) return take(record, *content.get());
-    Value inner;
-    getDefaultValue(content->pdispVal, *inner.get());
-    assign(record, *inner.get());
 }
 
 void RecordField::take(std::byte* record, VARIANT& value) const {

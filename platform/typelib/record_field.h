@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/typelib/native_structure.h"
+#include "platform/typelib/invoke/native_structure.h"
 #include "platform/typelib/owners.h"
 
 namespace velk::typelib {
@@ -36,7 +36,7 @@ struct FieldType {
 };
 
 /// Immutable once made. All places are addresses inside a record and need not
-/// be aligned. What can fail without a result code fails with a ResultError.
+/// be aligned. What can fail without a result code fails with a Failure.
 class RecordField {
   public:
     RecordField(std::u16string_view name, ULONG offset, FieldType type)
@@ -57,23 +57,16 @@ class RecordField {
     /// Puts a copy of the field into `value`, whose old content is cleared. A
     /// fixed array becomes a SAFEARRAY of the same indices.
     void get(std::byte* record, VARIANT& value) const;
-    /// Makes `value` a reference to the field, or to the first element of a
-    /// fixed array. The reference owns nothing.
-    void refer(std::byte* record, VARIANT& value) const;
     /// Replaces the field by a copy of `value`, converted to its type.
     void assign(std::byte* record, VARIANT const& value) const;
-    /// The same by value: an object in the field gets `value` as its default
-    /// property, and of an object in `value` a VARIANT gets the default value.
-    /// DISP_E_TYPEMISMATCH where the field holds no object that could take it.
-    void let(std::byte* record, VARIANT const& value) const;
-    /// Moves `value` into the field and leaves VT_EMPTY there. Only for a
-    /// value that `takes` accepts; a failure changes neither.
-    void take(std::byte* record, VARIANT& value) const;
-    /// Whether `value` can go into the field as it is.
-    bool takes(VARIANT const& value) const;
 
   private:
     void requireValue() const;
+    /// Whether `value` can go into the field as it is.
+    bool takes(VARIANT const& value) const;
+    /// Moves `value`, which the field takes, into it and leaves VT_EMPTY there. A
+    /// failure changes neither.
+    void take(std::byte* record, VARIANT& value) const;
     void convert(VARIANT const& value, VARIANT& converted) const;
     HRESULT clearElement(std::byte* place) const noexcept;
     void copyElement(std::byte const* from, std::byte* to) const;

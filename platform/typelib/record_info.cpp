@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "platform/system/live_counts.h"
-#include "platform/typelib/names.h"
+#include "platform/typelib/model/names.h"
 
 namespace velk::typelib {
 namespace {
@@ -124,38 +124,9 @@ HRESULT RecordInfo::GetField(PVOID record, LPCOLESTR name, VARIANT* value) noexc
     return guarded([&] { fieldNamed(name).get(static_cast<std::byte*>(record), *value); });
 }
 
-HRESULT RecordInfo::GetFieldNoCopy(PVOID record, LPCOLESTR name, VARIANT* value,
-                                   PVOID* fixedArray) noexcept {
-    if (!record || !name || !value || !fixedArray) return E_INVALIDARG;
-    *fixedArray = nullptr;
-    return guarded([&] {
-        auto const& field = fieldNamed(name);
-        field.refer(static_cast<std::byte*>(record), *value);
-        if (field.type().isFixedArray()) *fixedArray = value->byref;
-    });
-}
-
 HRESULT RecordInfo::PutField(ULONG flags, PVOID record, LPCOLESTR name, VARIANT* value) noexcept {
     if (!record || !name || !value || !isPutFlag(flags)) return E_INVALIDARG;
-    return guarded([&] {
-        auto const& field = fieldNamed(name);
-        auto* const place = static_cast<std::byte*>(record);
-        if (flags == INVOKE_PROPERTYPUTREF) {
-            field.assign(place, *value);
-        } else {
-            field.let(place, *value);
-        }
-    });
-}
-
-HRESULT RecordInfo::PutFieldNoCopy(ULONG flags, PVOID record, LPCOLESTR name,
-                                   VARIANT* value) noexcept {
-    if (!record || !name || !value || !isPutFlag(flags)) return E_INVALIDARG;
-    return guarded([&] {
-        auto const& field = fieldNamed(name);
-        require(field.takes(*value), DISP_E_TYPEMISMATCH);
-        field.take(static_cast<std::byte*>(record), *value);
-    });
+    return guarded([&] { fieldNamed(name).assign(static_cast<std::byte*>(record), *value); });
 }
 
 HRESULT RecordInfo::GetFieldNames(ULONG* count, BSTR* names) noexcept {
@@ -218,3 +189,17 @@ Reference<RecordInfo> makeRecordInfo(ITypeInfo& type, RecordBudget& budget) {
 }
 
 }  // namespace velk::typelib
+
+HRESULT GetRecordInfoFromTypeInfo(ITypeInfo* type, IRecordInfo** record) {
+    using namespace velk::typelib;
+    if (!record) return E_INVALIDARG;
+    *record = nullptr;
+    if (!type) return E_INVALIDARG;
+    return guarded([&] {
+        RecordBudget budget;
+        auto info = makeRecordInfo(*type, budget);
+        // A record without an identifier could not be told to another process.
+        require(info->description().id != GUID_NULL, E_INVALIDARG);
+        *record = info.release();
+    });
+}

@@ -14,9 +14,10 @@ namespace velk::typelib {
 /// accept records in any memory, but destroy only those that they have made.
 ///
 /// A field that is a fixed array is read and written as a SAFEARRAY of the same
-/// dimensions. GetFieldNoCopy gives its first element, as the reference and as
-/// the pointer that is null for all other fields. A field that no VARIANT can
-/// hold, a union or a plain pointer, answers DISP_E_BADVARTYPE.
+/// dimensions. A field that no VARIANT can hold, a union or a plain pointer,
+/// answers DISP_E_BADVARTYPE. What is put by value and by reference is the same:
+/// an object itself, never its default property. Fields are not lent: the
+/// methods for that answer E_NOTIMPL.
 class RecordInfo final : public IRecordInfo {
   public:
     explicit RecordInfo(RecordDescription record) : record_(std::move(record)) {}
@@ -36,12 +37,14 @@ class RecordInfo final : public IRecordInfo {
     HRESULT STDMETHODCALLTYPE GetTypeInfo(ITypeInfo** type) noexcept override;
     HRESULT STDMETHODCALLTYPE GetField(PVOID record, LPCOLESTR name,
                                        VARIANT* value) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetFieldNoCopy(PVOID record, LPCOLESTR name, VARIANT* value,
-                                             PVOID* fixedArray) noexcept override;
+    HRESULT STDMETHODCALLTYPE GetFieldNoCopy(PVOID, LPCOLESTR, VARIANT*, PVOID*) noexcept override {
+        return E_NOTIMPL;
+    }
     HRESULT STDMETHODCALLTYPE PutField(ULONG flags, PVOID record, LPCOLESTR name,
                                        VARIANT* value) noexcept override;
-    HRESULT STDMETHODCALLTYPE PutFieldNoCopy(ULONG flags, PVOID record, LPCOLESTR name,
-                                             VARIANT* value) noexcept override;
+    HRESULT STDMETHODCALLTYPE PutFieldNoCopy(ULONG, PVOID, LPCOLESTR, VARIANT*) noexcept override {
+        return E_NOTIMPL;
+    }
     HRESULT STDMETHODCALLTYPE GetFieldNames(ULONG* count, BSTR* names) noexcept override;
     BOOL STDMETHODCALLTYPE IsMatchingType(IRecordInfo* other) noexcept override;
     PVOID STDMETHODCALLTYPE RecordCreate() noexcept override;

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/typelib/boundary.h"
+#include "platform/automation/variant_type.h"
+#include "platform/typelib/owners.h"
 
 namespace velk::typelib {
 namespace {
@@ -13,43 +14,22 @@ constexpr ULONGLONG largest = 0x7fffffff;
 // Records within records deeper than this occur in damaged files only.
 constexpr int deepestRecord = 64;
 
+struct Extent {
+    ULONG size = 0;
+    ULONG alignment = 1;
+};
+
 Extent basicExtent(VARTYPE type) {
-    switch (type) {
-        case VT_EMPTY:
-        case VT_NULL:
-        case VT_VOID:
-            return {0, 1};
-        case VT_I1:
-        case VT_UI1:
-            return {1, 1};
-        case VT_I2:
-        case VT_UI2:
-        case VT_BOOL:
-            return {2, 2};
-        case VT_I4:
-        case VT_UI4:
-        case VT_INT:
-        case VT_UINT:
-        case VT_R4:
-        case VT_ERROR:
-        case VT_HRESULT:
-            return {4, 4};
-        case VT_VARIANT:
-            return {sizeof(VARIANT), alignof(VARIANT)};
-        case VT_DECIMAL:
-            return {sizeof(DECIMAL), alignof(DECIMAL)};
-        default:
-            return {8, 8};
-    }
+    if (type == VT_EMPTY || type == VT_NULL || type == VT_VOID) return {0, 1};
+    // Pointers have no type of their own here.
+    constexpr ULONG pointer = 8;
+    ULONG const size = platform::sizeOfType(type == VT_HRESULT ? VARTYPE{VT_ERROR} : type);
+    return size == 0 ? Extent{pointer, pointer} : Extent{size, std::min(size, pointer)};
 }
 
 class RecordLayouter {
   public:
-    using Foreign = std::function<Extent(HREFTYPE)>;
-
-    // With `foreign`, whatever a damaged file may say is an error.
-    explicit RecordLayouter(LibraryModel& model, Foreign const* foreign = nullptr)
-        : model_(model), foreign_(foreign), states_(model.types.size()) {}
+    explicit RecordLayouter(LibraryModel& model) : model_(model), states_(model.types.size()) {}
 
     void run() {
         for (std::size_t i = 0; i < model_.types.size(); ++i) layOut(i);
@@ -65,20 +45,12 @@ class RecordLayouter {
             states_[index] = State::done;
             --depth_;
         }
-        if (states_[index] != State::done) {
-            require(!foreign_, TYPE_E_CIRCULARTYPE);
-            return {};
-        }
+        if (states_[index] != State::done) return {};
         return {type.instanceSize, std::max<ULONG>(type.alignment, 1)};
     }
 
   private:
     enum class State { untouched, running, done };
-
-    ULONGLONG limited(ULONGLONG size) const {
-        require(size <= largest || !foreign_, TYPE_E_SIZETOOBIG);
-        return std::min(size, largest);
-    }
 
     void take(TypeModel& type, Extent layout) {
         type.instanceSize = layout.size;
@@ -88,8 +60,7 @@ class RecordLayouter {
     void layOutFields(TypeModel& type) {
         bool const unite = type.kind == TKIND_UNION;
         // The file's alignment limits the fields', as the compiler's packing did.
-        ULONG const stored = type.alignment == 4 ? 8 : std::max<ULONG>(type.alignment, 1);
-        ULONG const packing = type.packing ? type.packing : stored;
+        ULONG const packing = type.alignment == 4 ? 8 : std::max<ULONG>(type.alignment, 1);
         ULONGLONG size = 0;
         ULONG alignment = 1;
         for (auto& field : type.variables) {
@@ -97,11 +68,12 @@ class RecordLayouter {
             ULONG const own = std::min(layout.alignment, packing);
             alignment = std::max(alignment, own);
             ULONGLONG const at = unite ? 0 : (size + own - 1) / own * own;
-            field.offset = static_cast<ULONG>(limited(at));
-            size = limited(unite ? std::max<ULONGLONG>(size, layout.size) : at + layout.size);
+            field.offset = static_cast<ULONG>(std::min(at, largest));
+            size = std::min(unite ? std::max<ULONGLONG>(size, layout.size) : at + layout.size,
+                            largest);
         }
         size = (size + alignment - 1) / alignment * alignment;
-        take(type, {static_cast<ULONG>(limited(size)), alignment});
+        take(type, {static_cast<ULONG>(std::min(size, largest)), alignment});
     }
 
     Extent of(TYPEDESC const& type) {
@@ -112,24 +84,21 @@ class RecordLayouter {
 
     Extent ofReference(HREFTYPE reference) {
         if (kindOfReference(reference) != ReferenceKind::local) {
-            return foreign_ ? (*foreign_)(reference) : basicExtent(VT_USERDEFINED);
+            return basicExtent(VT_USERDEFINED);
         }
-        std::size_t const index = indexOfReference(reference);
-        require(!model_.types[index].deleted, TYPE_E_UNDEFINEDTYPE);
-        return layOut(index);
+        return layOut(indexOfReference(reference));
     }
 
     Extent ofArray(ARRAYDESC const& array) {
         Extent const element = of(array.tdescElem);
         ULONGLONG size = element.size;
         for (USHORT i = 0; i < array.cDims; ++i) {
-            size = limited(size * array.rgbounds[i].cElements);
+            size = std::min(largest, size * array.rgbounds[i].cElements);
         }
         return {static_cast<ULONG>(size), element.alignment};
     }
 
     LibraryModel& model_;
-    Foreign const* foreign_;
     std::vector<State> states_;
     int depth_ = 0;
 };
@@ -138,11 +107,6 @@ class RecordLayouter {
 
 void layOutRecords(LibraryModel& model) {
     RecordLayouter(model).run();
-}
-
-void layOutRecord(LibraryModel& model, std::size_t place,
-                  std::function<Extent(HREFTYPE)> const& foreign) {
-    RecordLayouter(model, &foreign).layOut(place);
 }
 
 }  // namespace velk::typelib

@@ -1,7 +1,7 @@
 #include "platform/typelib/record_types.h"
 
 #include "platform/typelib/record_info.h"
-#include "platform/typelib/vtable_call.h"
+#include "platform/typelib/invoke/vtable_call.h"
 
 namespace velk::typelib {
 namespace {

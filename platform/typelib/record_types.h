@@ -26,7 +26,7 @@ struct RecordDescription {
 };
 
 /// Reads the record that `type` is, or is an alias of. Fails with a
-/// ResultError: E_INVALIDARG for another kind of type, TYPE_E_CIRCULARTYPE for
+/// Failure: E_INVALIDARG for another kind of type, TYPE_E_CIRCULARTYPE for
 /// one that contains itself, TYPE_E_SIZETOOBIG for one of too many fields,
 /// TYPE_E_INVDATAREAD for fields outside of the record, DISP_E_BADVARTYPE for
 /// fields of a type that no record has, and the failures of `type`.

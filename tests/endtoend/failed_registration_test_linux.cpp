@@ -2,15 +2,15 @@
 #include <iterator>
 
 #include <gtest/gtest.h>
-#include <oleauto.h>
 
+#include "registry_table.h"
 #include "support/installed_module.h"
 #include "support/odd_files_linux.h"
-#include "support/registry_dump.h"
 
 namespace {
 
 using namespace velk::test;
+using velk::com::test::dumpRegistry;
 
 /// Where the module's type library begins in its file.
 std::size_t libraryIn(std::string const& file) {
@@ -25,8 +25,8 @@ TEST(FailedRegistration, ChangesNothing) {
     InstalledModule const former;
     auto const path = made.changed(builtModule(), "module.so", libraryIn(builtModule()), "X");
     auto const everything = [] {
-        return std::pair(dumpRegistry(HKEY_LOCAL_MACHINE, "Software", [](auto&) { return true; }),
-                         dumpRegistry(HKEY_CURRENT_USER, "Software", [](auto&) { return true; }));
+        return std::pair(dumpRegistry(HKEY_LOCAL_MACHINE, "Software"),
+                         dumpRegistry(HKEY_CURRENT_USER, "Software"));
     };
     for (bool const isRegistered : {false, true}) {
         if (isRegistered) {

@@ -11,12 +11,13 @@
 #include <unistd.h>
 
 #include "com/registration/registry_change.h"
+#include "registry_table.h"
 #include "support/installed_module.h"
-#include "support/registry_dump.h"
 
 namespace {
 
 using namespace velk::test;
+using namespace velk::com::test;
 
 /// Registers and unregisters until it is killed, or so often. Ends with the
 /// number of the failure: 1, the module does not load; 2, a step failed.
@@ -38,13 +39,12 @@ pid_t startRegistering(int rounds) {
 RegistryTable everything() {
     // Nobody changes anything while it is read.
     velk::com::RegistryChange const pause(false);
-    return dumpRegistry(HKEY_LOCAL_MACHINE, "Software\\Classes",
-                        [](std::string const&) { return true; });
+    return dumpRegistry(HKEY_LOCAL_MACHINE, "Software\\Classes");
 }
 
 struct Processes : testing::Test {
     void SetUp() override {
-        writeText(HKEY_LOCAL_MACHINE, "Software\\Classes\\CLSID", "kept", "by someone else");
+        writeText(HKEY_LOCAL_MACHINE, "Software\\Classes\\CLSID\\kept", "by someone else");
         ASSERT_EQ(module.registerServer(), S_OK);
         registered = everything();
         ASSERT_EQ(module.unregisterServer(), S_OK);

@@ -12,7 +12,7 @@
 
 #include <oleauto.h>
 
-#include "com/owners.h"
+#include "support/client.h"
 #include "support/installed_module.h"
 #include "support/start_gate.h"
 
@@ -23,53 +23,29 @@ namespace {
 
 using namespace velk::test;
 using velk::com::ComPtr;
-using velk::com::TextView;
 
-CLSID proxyClass() {
-    CLSID id{};
-    EXPECT_EQ(CLSIDFromProgID(OLESTR("VelkCOMAdapter.VelkCOMProxy"), &id), S_OK);
-    return id;
+using Proxy = ComPtr<IDispatch>;
+
+// What becomes of the calls is up to what other threads do.
+void createObject(Proxy const& proxy) {
+    EXPECT_TRUE(
+        SUCCEEDED(call(proxy, OLESTR("CreateObject"), {OLESTR("qxttools.comadapter")}).code));
 }
 
-/// Calls a method; what becomes of it is up to what other threads do.
-void call(IDispatch& object, OLECHAR const* name, TextView text = {}) {
-    auto* member = const_cast<OLECHAR*>(name);
-    DISPID id = 0;
-    ASSERT_EQ(object.GetIDsOfNames(IID_NULL, &member, 1, LOCALE_USER_DEFAULT, &id), S_OK);
-    auto const owned = velk::com::makeBstr(text);
-    VARIANT argument{};
-    argument.vt = VT_BSTR;
-    argument.bstrVal = owned.get();
-    velk::com::Variant result;
-    DISPPARAMS parameters{&argument, nullptr, text.empty() ? 0U : 1U, 0};
-    EXPECT_TRUE(SUCCEEDED(object.Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
-                                        &parameters, result.put(), nullptr, nullptr)));
-}
-
-void createObject(IDispatch& proxy) {
-    call(proxy, OLESTR("CreateObject"), OLESTR("qxttools.comadapter"));
-}
-
-void createAndTerminate(IDispatch& proxy) {
+void createAndTerminate(Proxy const& proxy) {
     createObject(proxy);
-    call(proxy, OLESTR("TerminateApplication"));
+    EXPECT_TRUE(SUCCEEDED(call(proxy, OLESTR("TerminateApplication")).code));
 }
 
-void doNothing(IDispatch&) {}
+void doNothing(Proxy const&) {}
 
 /// What a thread does before it ends, and need not have left COM.
-using Use = void (*)(IDispatch&);
+using Use = void (*)(Proxy const&);
 constexpr Use uses[] = {doNothing, createObject, createAndTerminate};
 
 void useProxy(CLSID const& id, bool leaves, Use use) {
     ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED)));
-    {
-        ComPtr<IDispatch> proxy;
-        ASSERT_EQ(
-            CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, proxy.putVoid()),
-            S_OK);
-        use(*proxy.get());
-    }
+    use(newProxy(id));
     if (leaves) CoUninitialize();
 }
 
@@ -96,7 +72,7 @@ TEST(ThreadEnd, TheLastThreadInComEndsWhole) {
 /// Whether the module goes within some time: with the thread that ends, or, if
 /// it had a reason to stay then, with the next one that leaves COM.
 bool isGone() {
-    auto const path = wide(builtModule());
+    auto const path = velk::com::fromUtf8(builtModule()).value();
     for (int poll = 0; poll < 100; ++poll) {
         if (GetModuleHandleW(path.c_str()) == nullptr) return true;
         std::this_thread::sleep_for(std::chrono::milliseconds(100));

@@ -112,17 +112,12 @@ class Reader {
         if (!name.empty() && name.back() == 0) name.pop_back();
         return name;
     }
-    static std::u16string upper(std::u16string name) {
-        for (auto& unit : name) unit -= unit >= u'a' && unit <= u'z' ? 32 : 0;
-        return name;
-    }
-
     bool isFoundByName(std::uint64_t storage, std::uint64_t wanted) const {
-        auto const name = upper(nameOf(entry(wanted)));
+        auto const name = upperName(nameOf(entry(wanted)));
         std::uint64_t at = numberIn(entry(storage), 76);
         for (std::size_t steps = 0; steps * entrySize < directory_.size(); ++steps) {
             auto const met = entry(at);
-            auto const other = upper(nameOf(met));
+            auto const other = upperName(nameOf(met));
             if (met.empty() || other == name) return !met.empty();
             bool const isLess =
                 name.size() != other.size() ? name.size() < other.size() : name < other;
@@ -187,6 +182,11 @@ std::uint64_t numberIn(std::string const& bytes, std::size_t at, std::size_t siz
         number = number << 8 | (isThere ? static_cast<unsigned char>(bytes[at + i]) : 0);
     }
     return number;
+}
+
+std::u16string upperName(std::u16string name) {
+    for (auto& unit : name) unit -= unit >= u'a' && unit <= u'z' ? 32 : 0;
+    return name;
 }
 
 Elements elementsOf(std::string const& file) {

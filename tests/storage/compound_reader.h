@@ -29,6 +29,9 @@ using Elements = std::multimap<std::u16string, Element>;
 /// All that is linked.
 Elements elementsOf(std::string const& file);
 
+/// The form in which names are compared, as far as ASCII goes.
+std::u16string upperName(std::u16string name);
+
 /// The unsigned number of so many bytes, as far as there are any.
 std::uint64_t numberIn(std::string const& bytes, std::size_t at, std::size_t size = 4);
 

@@ -5,14 +5,9 @@
 namespace velk::test {
 namespace {
 
+constexpr char16_t summaryStream[] = u"\5SummaryInformation",
+                   documentStream[] = u"\5DocumentSummaryInformation";
 constexpr std::size_t longText = 6000;
-
-PROPVARIANT textOf(OLECHAR* text) {
-    PROPVARIANT value{};
-    value.vt = VT_LPWSTR;
-    value.pwszVal = text;
-    return value;
-}
 
 /// Not on the heap, whose allocations are counted.
 OLECHAR* manyLetters() {
@@ -24,8 +19,15 @@ OLECHAR* manyLetters() {
     return text.data();
 }
 
-HRESULT openForChange(IStorage& root, REFFMTID id, bool makes, PropertySets& sets,
-                      PropertySet& set) {
+PROPVARIANT textOf(std::size_t length) {
+    PROPVARIANT value{};
+    value.vt = VT_LPWSTR;
+    value.pwszVal = manyLetters() + longText - length;
+    return value;
+}
+
+HRESULT openForChange(IStorage& root, REFFMTID id, bool makes, PropertySet& set) {
+    PropertySets sets;
     HRESULT code =
         root.QueryInterface(IID_IPropertySetStorage, reinterpret_cast<void**>(sets.put()));
     if (SUCCEEDED(code)) code = sets->Open(id, change, set.put());
@@ -35,14 +37,14 @@ HRESULT openForChange(IStorage& root, REFFMTID id, bool makes, PropertySets& set
 
 template <typename Body>
 HRESULT changeSet(IStorage& root, REFFMTID id, bool makes, Body body) {
-    PropertySets sets;
     PropertySet set;
-    HRESULT code = openForChange(root, id, makes, sets, set);
+    HRESULT code = openForChange(root, id, makes, set);
     if (SUCCEEDED(code)) code = body(*set.get());
     return SUCCEEDED(code) ? set->Commit(STGC_DEFAULT) : code;
 }
 
-HRESULT makeSet(IStorage& root, REFFMTID id) {
+template <FMTID const& id>
+HRESULT make(IStorage& root, Text const&) {
     return changeSet(root, id, true, [](IPropertyStorage&) { return S_OK; });
 }
 
@@ -52,44 +54,17 @@ HRESULT write(IStorage& root, REFFMTID id, PROPSPEC specifier, PROPVARIANT const
     });
 }
 
-HRESULT renameProperty(IStorage& root, Text const&) {
-    return changeSet(root, customSet, false, [](IPropertyStorage& set) {
-        com::ComPtr<IEnumSTATPROPSTG> all;
-        HRESULT code = set.Enum(all.put());
-        STATPROPSTG entry{};
-        while (SUCCEEDED(code) && (code = all->Next(1, &entry, nullptr)) == S_OK) {
-            com::TaskMemory const name(entry.lpwstrName);
-            if (entry.lpwstrName == nullptr || Text(OLESTR("added")) != entry.lpwstrName) continue;
-            auto* const renamed = const_cast<OLECHAR*>(OLESTR("renamed"));
-            return set.WritePropertyNames(1, &entry.propid, &renamed);
-        }
-        return FAILED(code) ? code : STG_E_FILENOTFOUND;
-    });
-}
-
-HRESULT removeProperty(IStorage& root, Text const&) {
-    return changeSet(root, customSet, false, [](IPropertyStorage& set) {
-        PROPSPEC const property = byName(OLESTR("renamed"));
-        return set.DeleteMultiple(1, &property);
-    });
-}
-
-/// A number as it is, a text's length; -1 when there is none.
-long measureOf(IStorage& root, REFFMTID id, PROPSPEC specifier) {
-    PropertySets sets;
-    PropertySet set;
-    PropVariant value;
-    if (FAILED(openForChange(root, id, false, sets, set))) return -2;
-    if (get(set, specifier, value) != S_OK) return -1;
-    bool const isNumber = value.get().vt == VT_I4;
-    return isNumber ? value.get().lVal : static_cast<long>(Text(value.get().pwszVal).size());
-}
-
-long measureAdded(IStorage& root) {
-    return measureOf(root, customSet, byName(OLESTR("added")));
-}
-long measureRenamed(IStorage& root) {
-    return measureOf(root, customSet, byName(OLESTR("renamed")));
+HRESULT rename(IPropertyStorage& set) {
+    com::ComPtr<IEnumSTATPROPSTG> all;
+    HRESULT code = set.Enum(all.put());
+    STATPROPSTG entry{};
+    while (SUCCEEDED(code) && (code = all->Next(1, &entry, nullptr)) == S_OK) {
+        com::TaskMemory const name(entry.lpwstrName);
+        if (entry.lpwstrName == nullptr || Text(OLESTR("added")) != entry.lpwstrName) continue;
+        auto* const renamed = const_cast<OLECHAR*>(OLESTR("renamed"));
+        return set.WritePropertyNames(1, &entry.propid, &renamed);
+    }
+    return FAILED(code) ? code : STG_E_FILENOTFOUND;
 }
 
 /// Opens the stream and calls `body`, which gets the number of its bytes.
@@ -109,24 +84,6 @@ HRESULT writeAt(IStream& stream, ULONGLONG place, std::size_t size) {
     return SUCCEEDED(code) ? stream.Write(manyLetters(), static_cast<ULONG>(size), nullptr) : code;
 }
 
-HRESULT overwrite(IStorage& root, Text const& name) {
-    return changeStream(root, name, [](IStream& stream, ULONGLONG size) {
-        return size == 0 ? S_OK : writeAt(stream, size / 2, 1);
-    });
-}
-HRESULT lengthen(IStorage& root, Text const& name) {
-    return changeStream(root, name, [](IStream& stream, ULONGLONG size) {
-        return writeAt(stream, size, longText);
-    });
-}
-HRESULT shorten(IStorage& root, Text const& name) {
-    return changeStream(root, name, [](IStream& stream, ULONGLONG) {
-        ULARGE_INTEGER size;
-        size.QuadPart = 50;
-        return stream.SetSize(size);
-    });
-}
-
 HRESULT addElements(IStorage& root, Text const&) {
     Storage inner;
     Stream small, big;
@@ -140,50 +97,63 @@ HRESULT addElements(IStorage& root, Text const&) {
     return SUCCEEDED(code) ? writeAt(*big.get(), 0, longText) : code;
 }
 
-DWORD modeOf(Way way) {
-    return way == Way::direct ? change : STGM_READWRITE | STGM_TRANSACTED | STGM_SHARE_DENY_WRITE;
-}
-
-void lookAt(IStorage& root) {
-    com::ComPtr<IEnumSTATSTG> elements;
-    static_cast<void>(root.EnumElements(0, nullptr, 0, elements.put()));
-}
-
 }  // namespace
 
 std::vector<Step> const steps{
-    {"make custom set", [](IStorage& root, Text const&) { return makeSet(root, customSet); },
-     u"\5DocumentSummaryInformation", measureAdded, -1, Step::Clients::direct},
-    {"make summary set", [](IStorage& root, Text const&) { return makeSet(root, summarySet); },
-     u"\5SummaryInformation", nullptr, 0, Step::Clients::direct},
+    {"make custom set", make<customSet>, documentStream, &customSet, byName(u"added"), -1,
+     Step::Clients::direct},
+    {"make summary set", make<summarySet>, summaryStream, nullptr, {}, 0, Step::Clients::direct},
     {"add",
      [](IStorage& root, Text const&) {
-         return write(root, customSet, byName(OLESTR("added")), number(1));
+         return write(root, customSet, byName(u"added"), number(1));
      },
-     u"\5DocumentSummaryInformation", measureAdded, 1},
+     documentStream, &customSet, byName(u"added"), 1},
     {"change",
      [](IStorage& root, Text const&) {
-         return write(root, customSet, byName(OLESTR("added")), textOf(manyLetters()));
+         return write(root, customSet, byName(u"added"), textOf(longText));
      },
-     u"\5DocumentSummaryInformation", measureAdded, longText},
-    {"rename", renameProperty, u"\5DocumentSummaryInformation", measureRenamed, longText},
-    {"remove", removeProperty, u"\5DocumentSummaryInformation", measureRenamed, -1},
+     documentStream, &customSet, byName(u"added"), longText},
+    {"rename",
+     [](IStorage& root, Text const&) { return changeSet(root, customSet, false, rename); },
+     documentStream, &customSet, byName(u"renamed"), longText},
+    {"remove",
+     [](IStorage& root, Text const&) {
+         return changeSet(root, customSet, false, [](IPropertyStorage& set) {
+             PROPSPEC const property = byName(u"renamed");
+             return set.DeleteMultiple(1, &property);
+         });
+     },
+     documentStream, &customSet, byName(u"renamed"), -1},
     {"company",
-     [](IStorage& root, Text const&) {
-         return write(root, documentSet, byId(15), textOf(manyLetters() + longText - 7));
-     },
-     u"\5DocumentSummaryInformation",
-     [](IStorage& root) { return measureOf(root, documentSet, byId(15)); }, 7},
+     [](IStorage& root, Text const&) { return write(root, documentSet, byId(15), textOf(7)); },
+     documentStream, &documentSet, byId(15), 7},
     {"title",
-     [](IStorage& root, Text const&) {
-         return write(root, summarySet, byId(2), textOf(manyLetters() + longText - 9));
+     [](IStorage& root, Text const&) { return write(root, summarySet, byId(2), textOf(9)); },
+     summaryStream, &summarySet, byId(2), 9},
+    {"overwrite",
+     [](IStorage& root, Text const& name) {
+         return changeStream(root, name, [](IStream& stream, ULONGLONG size) {
+             return size == 0 ? S_OK : writeAt(stream, size / 2, 1);
+         });
      },
-     u"\5SummaryInformation", [](IStorage& root) { return measureOf(root, summarySet, byId(2)); },
-     9},
-    {"overwrite", overwrite, nullptr},
-    {"lengthen", lengthen, nullptr},
-    {"shorten", shorten, nullptr},
-    {"add elements", addElements, u"new", nullptr, 0, Step::Clients::transacted},
+     nullptr},
+    {"lengthen",
+     [](IStorage& root, Text const& name) {
+         return changeStream(root, name, [](IStream& stream, ULONGLONG size) {
+             return writeAt(stream, size, longText);
+         });
+     },
+     nullptr},
+    {"shorten",
+     [](IStorage& root, Text const& name) {
+         return changeStream(root, name, [](IStream& stream, ULONGLONG) {
+             ULARGE_INTEGER size;
+             size.QuadPart = 50;
+             return stream.SetSize(size);
+         });
+     },
+     nullptr},
+    {"add elements", addElements, u"new", nullptr, {}, 0, Step::Clients::transacted},
     {"set state bits", [](IStorage& root, Text const&) { return root.SetStateBits(0x50, 0x70); },
      u""},
     {"rename stream",
@@ -191,26 +161,29 @@ std::vector<Step> const steps{
          return root.RenameElement(name.c_str(), renamedStream);
      },
      nullptr},
-    {"move stream",
-     [](IStorage& root, Text const&) {
-         return root.MoveElementTo(renamedStream, &root, movedStream, STGMOVE_MOVE);
-     },
-     nullptr},
-    {"destroy",
-     [](IStorage& root, Text const&) {
-         HRESULT const code = root.DestroyElement(movedStream);
-         return code == STG_E_FILENOTFOUND ? root.DestroyElement(renamedStream) : code;
-     },
+    {"destroy", [](IStorage& root, Text const&) { return root.DestroyElement(renamedStream); },
      nullptr},
 };
+
+long Step::measure(IStorage& root) const {
+    PropertySet opened;
+    PropVariant value;
+    if (FAILED(openForChange(root, *set, false, opened))) return -2;
+    if (get(opened, property, value) != S_OK) return -1;
+    bool const isNumber = value.get().vt == VT_I4;
+    return isNumber ? value.get().lVal : static_cast<long>(Text(value.get().pwszVal).size());
+}
 
 HRESULT runStep(FilePlace const& place, Step const& step, Text const& stream, Way way,
                 void (*whenFailed)()) {
     Storage root;
-    HRESULT code = place.tryOpen(modeOf(way), root);
+    DWORD const mode =
+        way == Way::direct ? change : STGM_READWRITE | STGM_TRANSACTED | STGM_SHARE_DENY_WRITE;
+    HRESULT code = place.tryOpen(mode, root);
     if (FAILED(code)) return code;
     // What could not be listed is listed whole the next time.
-    lookAt(*root.get());
+    com::ComPtr<IEnumSTATSTG> elements;
+    static_cast<void>(root->EnumElements(0, nullptr, 0, elements.put()));
     auto const make = [&] {
         HRESULT const made = step.run(*root.get(), stream);
         return SUCCEEDED(made) ? root->Commit(STGC_DEFAULT) : made;

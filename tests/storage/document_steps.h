@@ -15,20 +15,24 @@ struct Step {
     HRESULT (*run)(IStorage& root, Text const& stream);
     /// The path of what it changes, with all below; none is `stream`.
     char16_t const* changes;
-    /// A number that tells of the property that it changed, and what it then is.
-    long (*measure)(IStorage& root) = nullptr;
+    /// What it leaves of a property: a number, a text's length, -1 for nothing.
+    FMTID const* set = nullptr;
+    PROPSPEC property = {};
     long expected = 0;
     enum class Clients {
         all,
         direct,     ///< others make a set together with its first property
         transacted  ///< several changes to direct ones
     } clients = Clients::all;
+
+    /// What there is of the property.
+    long measure(IStorage& root) const;
 };
 
 extern std::vector<Step> const steps;
 
-/// Names that the steps give to other elements.
-inline constexpr char16_t renamedStream[] = u"renamed stream", movedStream[] = u"moved stream";
+/// The name that a step gives to another element.
+inline constexpr char16_t renamedStream[] = u"renamed stream";
 
 /// How a client opens a document.
 enum class Way {

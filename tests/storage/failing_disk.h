@@ -1,5 +1,8 @@
-/// Transfers to and from files that can be told to fail.
+/// Transfers to and from files that can be told to fail, and are written down.
 #pragma once
+
+#include <string>
+#include <vector>
 
 namespace velk::test {
 
@@ -26,5 +29,23 @@ void shortenTransfers(bool isOn);
 
 /// How many transfers were shortened.
 long shortTransfers();
+
+/// A write to a file, or a sync, which has no bytes.
+struct DiskStep {
+    std::size_t offset = 0;
+    std::string bytes = {};
+
+    bool isSync() const { return bytes.empty(); }
+    void apply(std::string& file) const {
+        if (file.size() < offset + bytes.size()) file.resize(offset + bytes.size());
+        file.replace(offset, bytes.size(), bytes);
+    }
+};
+
+/// Has writes and syncs be written down from now on.
+void recordDisk();
+
+/// Ends that and gives what was.
+std::vector<DiskStep> recordedSteps();
 
 }  // namespace velk::test

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -16,8 +17,9 @@ namespace velk::test {
 namespace {
 
 DiskFault present;
-bool hasFailed = false, isShortening = false;
+bool hasFailed = false, isShortening = false, isRecording = false;
 long turn = 0, shortened = 0;
+std::vector<DiskStep> steps;
 
 bool isToFail(DiskCall call) {
     if (present.call != call || present.before-- > 0) return false;
@@ -49,7 +51,18 @@ template <typename Buffer>
 ssize_t transfer(DiskCall call, long number, int file, Buffer* bytes, std::size_t size,
                  off64_t offset) {
     bool const mayFail = present.error != ENOSPC || needsRoom(file, size, offset);
-    if (mayFail && isToFail(call)) return -1;
+    if (mayFail && isToFail(call)) {
+        // What fails may have reached the medium in part, but for a header,
+        // which is one piece.
+        int const error = errno;
+        if (call == DiskCall::write && offset != 0) syscall(number, file, bytes, size / 2, offset);
+        errno = error;
+        return -1;
+    }
+    if (call == DiskCall::write && isRecording) {
+        steps.push_back(
+            {static_cast<std::size_t>(offset), {static_cast<char const*>(bytes), size}});
+    }
     std::size_t const moved = share(size);
     if (moved == 0 && size != 0) return -1;
     return syscall(number, file, bytes, moved, offset);
@@ -76,6 +89,16 @@ long shortTransfers() {
     return shortened;
 }
 
+void recordDisk() {
+    steps.clear();
+    isRecording = true;
+}
+
+std::vector<DiskStep> recordedSteps() {
+    isRecording = false;
+    return std::move(steps);
+}
+
 }  // namespace velk::test
 
 using namespace velk::test;
@@ -99,7 +122,7 @@ ssize_t pwrite64(int file, void const* bytes, std::size_t size, off64_t offset) 
 }
 
 int fdatasync(int file) {
-    // What the medium would have of it, no test can see.
+    if (isRecording) steps.emplace_back();
     return isToFail(DiskCall::sync) || fcntl(file, F_GETFD) < 0 ? -1 : 0;
 }
 }

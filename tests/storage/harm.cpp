@@ -1,25 +1,13 @@
 #include "storage/harm.h"
 
 #include <algorithm>
+#include <map>
 #include <vector>
 
-#include "storage/property_bytes.h"
+#include "com/utf.h"
 
 namespace velk::test {
 namespace {
-
-std::string narrow(std::u16string const& text) {
-    std::string made;
-    for (char16_t const unit : text) {
-        made += unit >= 0x20 && unit < 0x7F ? static_cast<char>(unit) : '?';
-    }
-    return made;
-}
-
-std::u16string upper(std::u16string text) {
-    for (auto& unit : text) unit -= unit >= u'a' && unit <= u'z' ? 32 : 0;
-    return text;
-}
 
 /// What the file did not have before may be zeros.
 bool isKept(Element const& former, Element const& now) {
@@ -33,19 +21,71 @@ bool isChangedBy(Step const& step, Text const& stream, std::u16string const& pat
     // To the layer, names end at a zero.
     auto const named = path.substr(0, path.find(u'\0'));
     std::vector<std::u16string> changed{step.changes == nullptr ? stream : step.changes};
-    if (step.changes == nullptr) changed.insert(changed.end(), {renamedStream, movedStream});
+    if (step.changes == nullptr) changed.emplace_back(renamedStream);
     return std::ranges::any_of(changed, [&](std::u16string const& name) {
         auto const whole = name.empty() ? name : u'/' + name;
         return named == whole || (!whole.empty() && path.starts_with(whole + u'/'));
     });
 }
 
+/// The number of the section, the id, and how many of that id came before.
+struct PropertyPlace {
+    std::size_t section;
+    PROPID id;
+    std::size_t before;
+    // The check takes the comparison's 0 for a pointer.
+    auto operator<=>(PropertyPlace const&) const = default;  // NOLINT(modernize-use-nullptr)
+};
+
+constexpr PROPID wholeSection = 0xFFFFFFFF;
+
+void addSection(std::string const& stream, std::size_t section,
+                std::map<PropertyPlace, std::string>& all) {
+    auto const beginOf = [&](std::size_t i) { return numberIn(stream, 28 + 20 * i + 16); };
+    std::size_t const begin = beginOf(section), sections = numberIn(stream, 24);
+    std::string bytes = stream;
+    // Where one makes no sense, it ends where the next one begins.
+    if (section == 0 && sections > 1 && beginOf(1) > begin) bytes.resize(beginOf(1));
+    std::size_t const end = begin + numberIn(bytes, begin);
+    std::size_t const count = numberIn(bytes, begin + 4);
+    if (begin + 8 + 8 * count > bytes.size()) {
+        std::string whole = bytes.substr(std::min(begin, bytes.size()));
+        whole.resize(whole.find_last_not_of('\0') + 1);
+        all[{section, wholeSection, 0}] = std::move(whole);
+        return;
+    }
+    auto const startOf = [&](std::size_t i) { return begin + numberIn(bytes, begin + 12 + 8 * i); };
+    std::vector<std::size_t> starts{end};
+    for (std::size_t i = 0; i < count; ++i) starts.push_back(startOf(i));
+    std::ranges::sort(starts);
+    std::map<PROPID, std::size_t> seen;
+    for (std::size_t i = 0; i < count; ++i) {
+        auto const id = static_cast<PROPID>(numberIn(bytes, begin + 8 + 8 * i));
+        std::size_t const start = startOf(i);
+        auto const next = std::ranges::upper_bound(starts, start);
+        if (next == starts.end() || start >= bytes.size()) continue;
+        std::string property = bytes.substr(start, *next - start);
+        // Not every program pads its properties.
+        property.resize((property.size() + 3) / 4 * 4);
+        all[{section, id, seen[id]++}] = std::move(property);
+    }
+}
+
+/// The bytes of each property. What makes no sense as a section is one without
+/// an id.
+std::map<PropertyPlace, std::string> propertiesIn(std::string const& stream) {
+    std::map<PropertyPlace, std::string> all;
+    std::size_t const sections = std::min<std::size_t>(numberIn(stream, 24), 2);
+    for (std::size_t i = 0; i < sections; ++i) addSection(stream, i, all);
+    return all;
+}
+
 }  // namespace
 
 bool isSharedName(Elements const& elements, std::u16string const& path) {
-    auto const name = upper(path);
-    return std::ranges::count_if(elements,
-                                 [&](auto const& each) { return upper(each.first) == name; }) > 1;
+    auto const name = upperName(path);
+    return std::ranges::count_if(
+               elements, [&](auto const& each) { return upperName(each.first) == name; }) > 1;
 }
 
 Text biggestStream(Elements const& elements) {
@@ -74,13 +114,13 @@ std::string harmBy(Step const& step, Text const& stream, std::string const& befo
             return isKept(each.second, candidate.second);
         });
         if (kept == last) {
-            harm += "lost or changed: " + narrow(path) + "\n";
+            harm += "lost or changed: " + com::toUtf8(path) + "\n";
             continue;
         }
-        if (element.isFound && !kept->second.isFound) harm += "hidden: " + narrow(path) + "\n";
+        if (element.isFound && !kept->second.isFound) harm += "hidden: " + com::toUtf8(path) + "\n";
         present.erase(kept);
     }
-    for (auto const& [path, element] : present) harm += "new: " + narrow(path) + "\n";
+    for (auto const& [path, element] : present) harm += "new: " + com::toUtf8(path) + "\n";
     return harm;
 }
 

@@ -2,16 +2,12 @@
 
 #include <sstream>
 
-#include "call_command.h"
 #include "com/error.h"
 #include "command_line.h"
-#include "enum_command.h"
+#include "commands/commands.h"
 #include "help_text.h"
-#include "props_command.h"
-#include "register_command.h"
-#include "result_codes.h"
 #include "system.h"
-#include "typelib_command.h"
+#include "text/result_codes.h"
 
 namespace velk::velkcom {
 namespace {

@@ -9,7 +9,7 @@
 #include <oleauto.h>
 
 #include "com/com_ptr.h"
-#include "host/read_write_spin_lock.h"
+#include "host/read_write_lock.h"
 
 /// What a wrapper keeps instead of a pointer: a cookie of the global interface
 /// table, and the registry that it is from. Cookie 0 stands for no object.

@@ -58,7 +58,7 @@ class VELKCORE_API prxDictionaryObjC : public proxyObjectC, public mzIIterable {
 
   private:
     struct Contents;
-    class KeyIterator;
+    class Place;
 
     // The members that scripts see; they fail with a message.
     void scriptAdd(mzComVariantC const& key, mzComVariantC const& item);

@@ -39,7 +39,6 @@
 #include "host/proxy_member.h"
 #include "host/proxy_object.h"
 #include "host/read_write_lock.h"
-#include "host/read_write_spin_lock.h"
 #include "host/ref_object.h"
 #include "host/server.h"
 #include "host/server_state_event.h"

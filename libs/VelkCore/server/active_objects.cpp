@@ -1,4 +1,4 @@
-#include "active_objects.h"
+#include "registries.h"
 
 #include <algorithm>
 #include <mutex>
@@ -8,7 +8,6 @@
 
 #include "host/creation.h"
 
-#include "folded_name.h"
 #include "services/immortal.h"
 
 namespace velk::core {

@@ -2,9 +2,8 @@
 
 #include "host/proxy_factory.h"
 
-#include "active_objects.h"
 #include "event_list.h"
-#include "factory_list.h"
+#include "registries.h"
 
 namespace {
 

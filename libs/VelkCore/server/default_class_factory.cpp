@@ -2,7 +2,7 @@
 
 #include "host/class_factory.h"
 
-#include "folded_name.h"
+#include "registries.h"
 
 namespace {
 

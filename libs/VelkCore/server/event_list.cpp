@@ -4,7 +4,7 @@
 
 #include "host/server.h"
 
-#include "active_objects.h"
+#include "registries.h"
 #include "services/immortal.h"
 
 mzServerEventListC& mzServerEventListC::instance() {

@@ -1,4 +1,4 @@
-#include "factory_list.h"
+#include "registries.h"
 
 #include <algorithm>
 #include <mutex>

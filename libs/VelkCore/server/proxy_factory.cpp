@@ -8,8 +8,8 @@
 
 #include "host/proxy_object.h"
 
-#include "folded_name.h"
 #include "objects/class_indexes.h"
+#include "registries.h"
 #include "services/immortal.h"
 
 namespace {

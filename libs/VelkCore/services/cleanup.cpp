@@ -7,7 +7,7 @@
 
 #include "host/logger.h"
 #include "services/immortal.h"
-#include "services/module_of_address.h"
+#include "services/system.h"
 
 namespace {
 

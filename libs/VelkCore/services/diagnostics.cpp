@@ -3,7 +3,7 @@
 #include <array>
 #include <atomic>
 
-#include "host/reader_stripes.h"
+#include "host/read_write_lock.h"
 #include "services/thread_index.h"
 
 namespace {

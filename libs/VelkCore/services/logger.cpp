@@ -7,7 +7,7 @@
 #include <string>
 
 #include "services/immortal.h"
-#include "services/log_output.h"
+#include "services/system.h"
 
 constinit StaticLogger codeTrackLogger;
 constinit StaticLogger baseLogger("VELK_BASE_LOG_LEVEL");

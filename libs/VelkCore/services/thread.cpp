@@ -1,11 +1,14 @@
 #include "host/thread.h"
 
 #include <atomic>
+#include <chrono>
 #include <mutex>
 #include <system_error>
 #include <thread>
 
-#include "services/thread_run.h"
+#include "host/exchange.h"
+#include "host/sleep.h"
+#include "services/thread_end.h"
 
 namespace {
 
@@ -57,4 +60,16 @@ bool mzThreadC::start(unsigned (*function)(void*), void* argument) {
 void mzThreadC::detach() {
     std::lock_guard const guard(state_->mutex);
     state_->detached = true;
+}
+
+void mzSleep(int milliseconds) {
+    if (milliseconds > 0) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+    } else {
+        std::this_thread::yield();
+    }
+}
+
+bool mzThreadSafeExchangeInt(int* target, int expected, int desired) {
+    return target && std::atomic_ref(*target).compare_exchange_strong(expected, desired);
 }

@@ -1,11 +1,17 @@
 #include "services/thread_end.h"
-#include "services/thread_end_actions.h"
 
 namespace velk::core {
 namespace {
 
 // Without a destructor, so that it outlives the thread's other values.
 thread_local constinit bool mark = false;
+
+struct EndWithThread {
+    std::shared_ptr<ThreadRun> run;
+    ~EndWithThread() {
+        if (run) run->active.store(false);
+    }
+};
 
 }  // namespace
 
@@ -21,5 +27,12 @@ bool threadMark() noexcept {
 void setThreadMark(bool set) noexcept {
     mark = set;
 }
+
+ThreadRunEnd::ThreadRunEnd(std::shared_ptr<ThreadRun> run) noexcept {
+    thread_local EndWithThread end;
+    end.run = std::move(run);
+}
+
+ThreadRunEnd::~ThreadRunEnd() = default;
 
 }  // namespace velk::core

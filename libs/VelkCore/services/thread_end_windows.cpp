@@ -1,11 +1,9 @@
 #include <pthread.h>
 #include <windows.h>
 
-#include <memory>
 #include <new>
 
 #include "services/thread_end.h"
-#include "services/thread_end_actions.h"
 
 namespace velk::core {
 namespace {
@@ -51,6 +49,12 @@ bool threadMark() noexcept {
 void setThreadMark(bool set) noexcept {
     static char marked;
     TlsSetValue(markSlot(), set ? &marked : nullptr);
+}
+
+ThreadRunEnd::ThreadRunEnd(std::shared_ptr<ThreadRun> run) noexcept : run_(std::move(run)) {}
+
+ThreadRunEnd::~ThreadRunEnd() {
+    run_->active.store(false);
 }
 
 }  // namespace velk::core

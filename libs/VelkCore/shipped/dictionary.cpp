@@ -1,9 +1,8 @@
 #include "host/dictionary.h"
 
+#include "collection.h"
 #include "dictionary_contents.h"
-#include "required_use.h"
 #include "script_array.h"
-#include "values/counted_object.h"
 
 using velk::core::DictionaryEntries;
 using velk::core::DictionaryKey;
@@ -25,43 +24,21 @@ bool isCompareMode(int mode) {
 
 }  // namespace
 
-// Walks the live dictionary: an entry that is removed on the way is not seen
-// any more, one that is added is seen at the end. A walk that meets another
-// thread in the dictionary fails.
-class prxDictionaryObjC::KeyIterator : public velk::core::CountedObject<mzIIterator> {
+// An entry that is removed on the way is not seen any more, one that is added is
+// seen at the end.
+class prxDictionaryObjC::Place {
   public:
-    explicit KeyIterator(prxDictionaryObjC& dictionary)
-        : keepAlive_(dictionary.getIUnknown()), dictionary_(dictionary) {}
-
-    unsigned next(mzComVariantC& value) override {
-        mzSingleThreadUseC::Use const use(dictionary_.singleThreadUse());
-        if (!use.granted()) {
-            value.clear();
-            return mzFailure;
-        }
-        DictionaryEntries const& entries = dictionary_.contents_->entries;
+    bool next(prxDictionaryObjC& dictionary, mzComVariantC& value) {
+        DictionaryEntries const& entries = dictionary.contents_->entries;
         std::uint32_t const position = entries.after(serial_, position_);
-        if (position == DictionaryEntries::none) {
-            value.clear();
-            return mzFailure;
-        }
+        if (position == DictionaryEntries::none) return false;
         position_ = position;
         serial_ = entries.at(position).serial;
         value = entries.at(position).keyValue;
-        return mzSuccess;
-    }
-
-    unsigned reset() override {
-        mzSingleThreadUseC::Use const use(dictionary_.singleThreadUse());
-        if (!use.granted()) return mzFailure;
-        serial_ = 0;
-        position_ = 0;
-        return mzSuccess;
+        return true;
     }
 
   private:
-    mzComPtrC keepAlive_;
-    prxDictionaryObjC& dictionary_;
     std::uint64_t serial_ = 0;
     std::uint32_t position_ = 0;
 };
@@ -87,12 +64,9 @@ unsigned prxDictionaryObjC::release() {
     return proxyObjectC::release();
 }
 
-unsigned prxDictionaryObjC::createIterator(mzComPtrT<mzIIterator>& out) try {
-    out = new KeyIterator(*this);
-    return mzSuccess;
-} catch (...) {
-    out.detach();
-    return mzFailure;
+unsigned prxDictionaryObjC::createIterator(mzComPtrT<mzIIterator>& out) {
+    return velk::core::CollectionWalk<prxDictionaryObjC, Place>::create(*this, singleThreadUse(),
+                                                                        out);
 }
 
 int prxDictionaryObjC::addObj(mzComVariantC const& key, mzComVariantC const& item) {

@@ -45,11 +45,13 @@ std::uint32_t DictionaryEntries::append(DictionaryKey key, mzComVariantC const& 
 void DictionaryEntries::rename(std::uint32_t position, DictionaryKey key,
                                mzComVariantC const& keyValue) {
     Entry& entry = entries_[position];
-    removeSlot(entry.key.hash(), position);
+    // A key that is only respelled keeps its place before younger equal ones.
+    bool const moves = entry.key.hash() != key.hash();
+    if (moves) removeSlot(entry.key.hash(), position);
     entry.key = std::move(key);
     // The old value leaves last, as below.
     mzComVariantC const gone = std::exchange(entry.keyValue, keyValue);
-    insertSlot(entry.key.hash(), position);
+    if (moves) insertSlot(entry.key.hash(), position);
 }
 
 void DictionaryEntries::remove(std::uint32_t position) {

@@ -6,8 +6,8 @@
 #include "host/auto_register.h"
 #include "host/proxy_member.h"
 
+#include "collection.h"
 #include "dictionary_key.h"
-#include "values/counted_object.h"
 
 namespace velk::core {
 
@@ -18,32 +18,16 @@ constexpr int mostValues = 1 << 28;
 
 }  // namespace
 
-// Walks the live list by index. A walk that meets another thread in the list fails.
-class ScriptArray::ValueIterator : public CountedObject<mzIIterator> {
+class ScriptArray::Place {
   public:
-    explicit ValueIterator(ScriptArray& array) : keepAlive_(array.getIUnknown()), array_(array) {}
-
-    unsigned next(mzComVariantC& value) override {
-        mzSingleThreadUseC::Use const use(array_.singleThreadUse());
-        if (!use.granted() || position_ >= array_.values_.size()) {
-            value.clear();
-            return mzFailure;
-        }
-        value = array_.values_[position_++];
-        return mzSuccess;
-    }
-
-    unsigned reset() override {
-        mzSingleThreadUseC::Use const use(array_.singleThreadUse());
-        if (!use.granted()) return mzFailure;
-        position_ = 0;
-        return mzSuccess;
+    bool next(ScriptArray& array, mzComVariantC& value) {
+        if (index_ >= array.values_.size()) return false;
+        value = array.values_[index_++];
+        return true;
     }
 
   private:
-    mzComPtrC keepAlive_;
-    ScriptArray& array_;
-    std::size_t position_ = 0;
+    std::size_t index_ = 0;
 };
 
 unsigned ScriptArray::queryInterface(mzIIDS const& iid, mzComPtrC& out) {
@@ -54,12 +38,8 @@ unsigned ScriptArray::queryInterface(mzIIDS const& iid, mzComPtrC& out) {
     return proxyObjectC::queryInterface(iid, out);
 }
 
-unsigned ScriptArray::createIterator(mzComPtrT<mzIIterator>& out) try {
-    out = new ValueIterator(*this);
-    return mzSuccess;
-} catch (...) {
-    out.detach();
-    return mzFailure;
+unsigned ScriptArray::createIterator(mzComPtrT<mzIIterator>& out) {
+    return CollectionWalk<ScriptArray, Place>::create(*this, singleThreadUse(), out);
 }
 
 void ScriptArray::requireIndex(int index, int last, char const* operation) const {

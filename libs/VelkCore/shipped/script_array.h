@@ -62,7 +62,7 @@ class ScriptArray : public proxyObjectC, public mzIIterable {
     mzComPtrT<mzIUnknown> copyRange(int start, int length);
 
   private:
-    class ValueIterator;
+    class Place;
 
     void requireIndex(int index, int last, char const* operation) const;
 

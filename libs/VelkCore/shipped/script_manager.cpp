@@ -5,12 +5,44 @@
 #include "host/proxy_member.h"
 #include "host/sleep.h"
 
-#include "null_type.h"
+#include "class_constants.h"
 #include "script_array.h"
 
 namespace velk::core {
 
 namespace {
+
+/// Stands for a class without being an instance of it: its properties are the
+/// constants of the class, which can only be read. Any thread may read them.
+class NullType : public proxyObjectC {
+  public:
+    explicit NullType(ConstantClass const& constants) : class_(constants) { setThreadSafe(); }
+
+    /// Answers every constant itself; what is left are the runtime's own members.
+    unsigned invokeByName(mzComStringC const& name, unsigned callKind,
+                          mzComVariantArrayC const& args, mzComVariantC& result,
+                          mzComPtrT<mzIException>& exception) override {
+        ClassConstant const* const constant = class_.find(name);
+        if (constant != nullptr && (callKind & mzCallPropertyGet) != 0 && args.size() == 0) {
+            result = constant->value();
+            return mzSuccess;
+        }
+        return proxyObjectC::invokeByName(name, callKind, args, result, exception);
+    }
+
+    proxyMemberDescListS const* getProxyTypeInfo() override {
+        static proxyMemberDescS const members[] = {proxyMembersEnd()};
+        static proxyMemberDescListS const* const bases[] = {proxyObjectC::getStaticProxyTypeInfo(),
+                                                            nullptr};
+        static proxyMemberDescListS const record = {
+            "prxNullTypeObjC", proxyCastTo<NullType>, bases,   members, nullptr, 0,
+            nullptr,           "script_manager.cpp",  __LINE__};
+        return &record;
+    }
+
+  private:
+    ConstantClass const& class_;
+};
 
 ConstantClass const& requireClass(mzComStringC const& typeName, char const* operation) {
     ConstantClass const* const found = constantClass(typeName);

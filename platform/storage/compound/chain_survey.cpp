@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "platform/storage/compound/sector_chain.h"
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 
 namespace velk::platform::storage {
 namespace {
@@ -15,7 +15,7 @@ template <typename Result, typename Body>
 Result orIfDamaged(Result otherwise, Body body) {
     try {
         return body();
-    } catch (StorageError const& error) {
+    } catch (Failure const& error) {
         if (error.code != STG_E_DOCFILECORRUPT) throw;
         return otherwise;
     }

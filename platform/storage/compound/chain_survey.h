@@ -28,7 +28,7 @@ struct Survey {
 };
 
 /// Follows all that the header and the directory lead to, each chain as far as
-/// its size reaches. For a store without changes. Fails with a StorageError
+/// its size reaches. For a store without changes. Fails with a Failure
 /// when the file cannot be read; a damaged chain is followed as far as it goes.
 Survey surveyChains(SectorStore& store);
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 
 namespace velk::platform::storage {
 
@@ -18,21 +18,22 @@ void CompoundFile::openTables() {
 }
 
 Directory& CompoundFile::directory() {
-    failIf(!directory_, STG_E_REVERTED);
+    require(directory_.has_value(), STG_E_REVERTED);
     return *directory_;
 }
 
 MiniStore& CompoundFile::small() {
-    failIf(!small_, STG_E_REVERTED);
+    require(small_.has_value(), STG_E_REVERTED);
     return *small_;
 }
 
-void CompoundFile::create(FileAccess& file, std::size_t sectorSize) {
+void CompoundFile::create(FileAccess& file) {
+    constexpr std::size_t sectorSize = 512;
     // The header, one sector of the table and one of the directory.
     std::vector<std::byte> bytes(3 * sectorSize);
     MutableBytes const table = MutableBytes(bytes).subspan(sectorSize, sectorSize);
     MutableBytes const entries = MutableBytes(bytes).subspan(2 * sectorSize);
-    Header header = Header::ofNewFile(sectorSize);
+    Header header = Header::ofNewFile();
     header.setFatSectors(1);
     header.setDifat(0, 0);
     header.setDirectory(1, 1);
@@ -80,7 +81,7 @@ std::size_t CompoundFile::readStream(EntryId stream, std::uint64_t offset, Mutab
 void CompoundFile::writeStream(EntryId stream, std::uint64_t offset, Bytes source) {
     if (source.empty()) return;
     StreamContent& target = content(stream);
-    failIf(offset + source.size() < offset, STG_E_MEDIUMFULL);
+    require(offset + source.size() >= offset, STG_E_MEDIUMFULL);
     changeContent(stream, [&] {
         if (offset + source.size() > target.size()) target.resize(offset + source.size());
         target.write(offset, source);
@@ -140,7 +141,7 @@ std::shared_ptr<OpenElement> CompoundFile::open(EntryId element, DWORD mode) {
     std::erase_if(open_, [](auto const& each) { return each.expired(); });
     for (auto const& each : open_) {
         auto const opened = each.lock();
-        failIf(opened && opened->entry == element && !opened->isReverted, STG_E_ACCESSDENIED);
+        require(!opened || opened->entry != element || opened->isReverted, STG_E_ACCESSDENIED);
     }
     auto opened = std::make_shared<OpenElement>(OpenElement{element, mode});
     open_.push_back(opened);
@@ -149,7 +150,7 @@ std::shared_ptr<OpenElement> CompoundFile::open(EntryId element, DWORD mode) {
 
 void CompoundFile::commit() {
     if (!isWritable_) return;
-    failIf(torn_ != S_OK, torn_);
+    require(torn_ == S_OK, torn_);
     change([&] {
         Entry const& root = directory().at(rootEntry);
         bool const hasContainer = root.size != 0 || small().containerSize() != 0;
@@ -179,14 +180,14 @@ void CompoundFile::close() noexcept {
     revertElements();
     // There is nobody left to tell: what counts is whole whatever comes of it.
     // What goes wrong once may go well the next time.
-    auto const restore = [&] { return answer([&] { store_.restoreFile(); }); };
+    auto const restore = [&] { return guarded([&] { store_.restoreFile(); }); };
     if (file_ && isWritable_ && FAILED(restore())) static_cast<void>(restore());
     file_.reset();
 }
 
 void CompoundFile::checkSize(EntryId stream) {
-    failIf(directory().at(stream).size / store_.sectorSize() > store_.sectorLimit(),
-           STG_E_DOCFILECORRUPT);
+    require(directory().at(stream).size / store_.sectorSize() <= store_.sectorLimit(),
+            STG_E_DOCFILECORRUPT);
 }
 
 void CompoundFile::revertElements() noexcept {

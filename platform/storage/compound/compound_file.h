@@ -9,7 +9,7 @@
 
 #include "platform/storage/compound/directory.h"
 #include "platform/storage/compound/stream_content.h"
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 
 namespace velk::platform::storage {
 
@@ -23,7 +23,7 @@ struct OpenElement {
 };
 
 /// A compound file with what clients have open in it. Members fail with a
-/// StorageError. A caller holds lock() while it uses one.
+/// Failure. A caller holds lock() while it uses one.
 class CompoundFile {
   public:
     /// Reads what is there. `isWritable` as the file was opened; `isDirect`:
@@ -33,8 +33,8 @@ class CompoundFile {
     CompoundFile& operator=(CompoundFile const&) = delete;
     ~CompoundFile() { close(); }
 
-    /// Writes an empty compound file. `sectorSize` is 512 or 4096 bytes.
-    static void create(FileAccess& file, std::size_t sectorSize);
+    /// Writes an empty compound file, with sectors of 512 bytes.
+    static void create(FileAccess& file);
 
     std::recursive_mutex& lock() noexcept { return lock_; }
     bool isWritable() const noexcept { return isWritable_; }
@@ -42,7 +42,6 @@ class CompoundFile {
     bool isOpen() const noexcept { return file_ != nullptr; }
     /// STG_E_REVERTED after a revert() that failed.
     Directory& directory();
-    std::size_t sectorSize() const noexcept { return store_.sectorSize(); }
 
     std::uint64_t streamSize(EntryId stream) { return content(stream).size(); }
     /// Reads up to the end of the stream; gives the number of bytes.
@@ -67,7 +66,7 @@ class CompoundFile {
         auto const before = store_.touches();
         try {
             body();
-        } catch (StorageError const& error) {
+        } catch (Failure const& error) {
             bool const hasBegun = store_.touches() != before;
             if (hasBegun || error.code == STG_E_READFAULT) torn_ = error.code;
             throw;

@@ -3,22 +3,22 @@
 #include <algorithm>
 #include <bit>
 
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 
 namespace velk::platform::storage {
 
 Directory::Directory(SectorStore& store)
     : store_(store), chain_(store, store.header().firstDirectorySector()) {
     std::uint64_t const count = std::uint64_t{chain_.length()} * store.sectorSize() / entrySize;
-    failIf(count == 0 || count >= noEntry, STG_E_DOCFILECORRUPT);
+    require(count != 0 && count < noEntry, STG_E_DOCFILECORRUPT);
     count_ = static_cast<EntryId>(count);
-    failIf(at(rootEntry).type != EntryType::root, STG_E_DOCFILECORRUPT);
+    require(at(rootEntry).type == EntryType::root, STG_E_DOCFILECORRUPT);
 }
 
 Entry& Directory::load(EntryId entry) {
     auto const known = entries_.find(entry);
     if (known != entries_.end()) return known->second;
-    failIf(entry >= count_, STG_E_DOCFILECORRUPT);
+    require(entry < count_, STG_E_DOCFILECORRUPT);
     std::array<std::byte, entrySize> bytes;
     chain_.read(std::uint64_t{entry} * entrySize, bytes);
     return entries_[entry] = parseEntry(bytes, store_.header().hasLargeSizes());
@@ -83,19 +83,6 @@ void Directory::collectAll() {
     hasAllOwners_ = true;
 }
 
-bool Directory::hasNamesOnly(EntryId element) {
-    std::vector<EntryId> open{element};
-    while (!open.empty()) {
-        EntryId const storage = open.back();
-        open.pop_back();
-        if (!at(storage).isStorage()) continue;
-        auto const& [named, all] = contents(storage);
-        if (named.size() != all.size()) return false;
-        open.insert(open.end(), all.begin(), all.end());
-    }
-    return true;
-}
-
 EntryId Directory::find(EntryId storage, std::u16string_view name) {
     auto const& all = children(storage);
     auto const found = all.find(orderedName(name));
@@ -121,7 +108,7 @@ EntryId Directory::unusedEntry() {
         if (at(entry).type == EntryType::unused && !owners_.contains(entry)) return entry;
     }
     auto const each = static_cast<EntryId>(store_.sectorSize() / entrySize);
-    failIf(count_ > lastSectorId - each, STG_E_MEDIUMFULL);
+    require(count_ <= lastSectorId - each, STG_E_MEDIUMFULL);
     chain_.resize(chain_.length() + 1);
     EntryId const first = count_;
     count_ += each;

@@ -11,7 +11,7 @@
 namespace velk::platform::storage {
 
 /// The entries of a file, read when they are needed. Every member fails with
-/// a StorageError. An EntryId that a member takes is one that it gave before,
+/// a Failure. An EntryId that a member takes is one that it gave before,
 /// or the root's.
 class Directory {
   public:
@@ -30,9 +30,6 @@ class Directory {
     /// All that is linked in a storage. What no name reaches is among it: names
     /// that are empty or another's but for the case, entries of unknown types.
     std::vector<EntryId> const& everythingIn(EntryId storage) { return contents(storage).all; }
-
-    /// Whether all in an element, at any depth, can be reached by names.
-    bool hasNamesOnly(EntryId element);
 
     /// noEntry when there is none of the name.
     EntryId find(EntryId storage, std::u16string_view name);

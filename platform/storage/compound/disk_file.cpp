@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 #include "platform/system/live_counts.h"
 
 namespace velk::platform::storage {
@@ -67,7 +67,7 @@ bool tryLock(int file, short type, LockByte byte) {
 /// Whether another handle holds a lock on the byte.
 bool isHeldByOthers(int file, LockByte byte) {
     auto lock = oneByte(F_WRLCK, byte);
-    failIf(fcntl(file, F_OFD_GETLK, &lock) != 0, STG_E_LOCKVIOLATION);
+    require(fcntl(file, F_OFD_GETLK, &lock) == 0, STG_E_LOCKVIOLATION);
     return lock.l_type != F_UNLCK;
 }
 
@@ -79,7 +79,7 @@ class OpeningTurn {
     OpeningTurn(int file, bool writes) : file_(file), isHeld_(writes) {
         constexpr std::chrono::milliseconds patience{2000}, pause{1};
         for (auto waited = pause; isHeld_ && !tryLock(file_, F_WRLCK, opening); waited += pause) {
-            failIf(waited > patience, STG_E_LOCKVIOLATION);
+            require(waited <= patience, STG_E_LOCKVIOLATION);
             std::this_thread::sleep_for(pause);
         }
     }
@@ -101,10 +101,10 @@ DiskFile::DiskFile(std::string const& path, Disposition disposition, Sharing sha
     open(disposition, sharing.writes);
     try {
         struct stat info {};
-        failIf(fstat(file_, &info) != 0 || !S_ISREG(info.st_mode), STG_E_ACCESSDENIED);
+        require(fstat(file_, &info) == 0 && S_ISREG(info.st_mode), STG_E_ACCESSDENIED);
         share(sharing);
         if (disposition == Disposition::createAlways) {
-            failIf(ftruncate(file_, 0) != 0, STG_E_ACCESSDENIED);
+            require(ftruncate(file_, 0) == 0, STG_E_ACCESSDENIED);
         }
     } catch (...) {
         close(file_);
@@ -128,7 +128,7 @@ void DiskFile::open(Disposition disposition, bool writes) {
     do {
         file_ = ::open(path_.c_str(), flags, everyone);
     } while (file_ < 0 && errno == EINTR);
-    failIf(file_ < 0, resultOf(errno));
+    require(file_ >= 0, resultOf(errno));
 }
 
 void DiskFile::share(Sharing sharing) {
@@ -139,20 +139,20 @@ void DiskFile::share(Sharing sharing) {
         LockByte excludedBy;
     };
     // Two writers would take the same free sectors, whatever they permit.
-    failIf(sharing.writes && isHeldByOthers(file_, writing), STG_E_SHAREVIOLATION);
+    require(!sharing.writes || !isHeldByOthers(file_, writing), STG_E_SHAREVIOLATION);
     for (auto const& claim : {Claim{sharing.reads, reading, readingDenied},
                               Claim{sharing.writes, writing, writingDenied},
                               Claim{sharing.deniesReading, readingDenied, reading},
                               Claim{sharing.deniesWriting, writingDenied, writing}}) {
         if (!claim.isMade) continue;
-        failIf(!tryLock(file_, F_RDLCK, claim.byte), STG_E_LOCKVIOLATION);
-        failIf(isHeldByOthers(file_, claim.excludedBy), STG_E_SHAREVIOLATION);
+        require(tryLock(file_, F_RDLCK, claim.byte), STG_E_LOCKVIOLATION);
+        require(!isHeldByOthers(file_, claim.excludedBy), STG_E_SHAREVIOLATION);
     }
 }
 
 std::uint64_t DiskFile::size() {
     struct stat info {};
-    failIf(fstat(file_, &info) != 0, STG_E_READFAULT);
+    require(fstat(file_, &info) == 0, STG_E_READFAULT);
     return static_cast<std::uint64_t>(info.st_size);
 }
 
@@ -160,7 +160,7 @@ void DiskFile::read(std::uint64_t offset, MutableBytes target) {
     while (!target.empty()) {
         ssize_t const got = pread(file_, target.data(), target.size(), static_cast<off_t>(offset));
         if (got < 0 && errno == EINTR) continue;
-        failIf(got < 0, STG_E_READFAULT);
+        require(got >= 0, STG_E_READFAULT);
         if (got == 0) {
             std::fill(target.begin(), target.end(), std::byte{0});
             return;
@@ -174,7 +174,7 @@ void DiskFile::write(std::uint64_t offset, Bytes source) {
     while (!source.empty()) {
         ssize_t const put = pwrite(file_, source.data(), source.size(), static_cast<off_t>(offset));
         if (put < 0 && errno == EINTR) continue;
-        failIf(put <= 0, put < 0 ? resultOfWrite(errno) : STG_E_WRITEFAULT);
+        require(put > 0, put < 0 ? resultOfWrite(errno) : STG_E_WRITEFAULT);
         source = source.subspan(static_cast<std::size_t>(put));
         offset += static_cast<std::uint64_t>(put);
     }
@@ -182,12 +182,12 @@ void DiskFile::write(std::uint64_t offset, Bytes source) {
 
 void DiskFile::truncate(std::uint64_t size) {
     int const result = ftruncate(file_, static_cast<off_t>(size));
-    failIf(result != 0, resultOfWrite(errno));
+    require(result == 0, resultOfWrite(errno));
 }
 
 void DiskFile::sync() {
     int const result = fdatasync(file_);
-    failIf(result != 0, resultOfWrite(errno));
+    require(result == 0, resultOfWrite(errno));
 }
 
 bool DiskFile::hasReaders() {

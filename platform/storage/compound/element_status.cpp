@@ -5,7 +5,7 @@
 
 #include <objbase.h>
 
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 
 namespace velk::platform::storage {
 namespace {
@@ -16,7 +16,7 @@ FILETIME toFileTime(std::uint64_t time) {
 
 LPOLESTR copied(std::u16string_view name) {
     auto* const text = static_cast<LPOLESTR>(CoTaskMemAlloc((name.size() + 1) * sizeof(OLECHAR)));
-    failIf(text == nullptr, STG_E_INSUFFICIENTMEMORY);
+    require(text != nullptr, STG_E_INSUFFICIENTMEMORY);
     std::memcpy(text, name.data(), name.size() * sizeof(OLECHAR));
     text[name.size()] = 0;
     return text;
@@ -26,8 +26,8 @@ LPOLESTR copied(std::u16string_view name) {
 
 void describe(Entry const& entry, std::u16string_view name, DWORD mode, DWORD flags,
               STATSTG* status) {
-    failIf(status == nullptr, STG_E_INVALIDPOINTER);
-    failIf(flags > STATFLAG_NOOPEN, STG_E_INVALIDFLAG);
+    require(status != nullptr, STG_E_INVALIDPOINTER);
+    require(flags <= STATFLAG_NOOPEN, STG_E_INVALIDFLAG);
     *status = {};
     status->type = entry.isStorage() ? STGTY_STORAGE : STGTY_STREAM;
     status->cbSize.QuadPart = entry.isStorage() ? 0 : entry.size;
@@ -37,6 +37,16 @@ void describe(Entry const& entry, std::u16string_view name, DWORD mode, DWORD fl
     status->clsid = entry.classId;
     status->grfStateBits = entry.stateBits;
     if (flags != STATFLAG_NONAME) status->pwcsName = copied(name);
+}
+
+STATSTG ElementStatus::give() const {
+    STATSTG given;
+    describe(entry, entry.name, 0, STATFLAG_DEFAULT, &given);
+    return given;
+}
+
+void ElementStatus::takeBack(STATSTG& given) noexcept {
+    CoTaskMemFree(given.pwcsName);
 }
 
 std::uint64_t presentFileTime() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/storage/compound/directory.h"
+#include "platform/storage/shared_object.h"
 
 namespace velk::platform::storage {
 
@@ -9,6 +10,15 @@ namespace velk::platform::storage {
 /// CoTaskMemAlloc unless `flags` says that none is wanted.
 void describe(Entry const& entry, std::u16string_view name, DWORD mode, DWORD flags,
               STATSTG* status);
+
+/// An element as an enumeration gives it.
+struct ElementStatus {
+    Entry entry;
+
+    STATSTG give() const;
+    static void takeBack(STATSTG& given) noexcept;
+};
+using ElementEnumerator = StatusEnumerator<IEnumSTATSTG, IID_IEnumSTATSTG, STATSTG, ElementStatus>;
 
 /// The present time, as files keep it.
 std::uint64_t presentFileTime();

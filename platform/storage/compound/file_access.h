@@ -10,7 +10,7 @@ namespace velk::platform::storage {
 using Bytes = std::span<std::byte const>;
 using MutableBytes = std::span<std::byte>;
 
-/// A file as compound files need it. Every member fails with a StorageError.
+/// A file as compound files need it. Every member fails with a Failure.
 class FileAccess {
   public:
     virtual ~FileAccess() = default;

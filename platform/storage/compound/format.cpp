@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 #include "platform/system/letter_case.h"
 
 namespace velk::platform::storage {
@@ -16,13 +16,6 @@ constexpr std::uint16_t byteOrder = 0xFFFE;
 constexpr std::size_t nameLengthAt = 64, typeAt = 66, colourAt = 67, leftAt = 68, rightAt = 72,
                       childAt = 76, classAt = 80, stateAt = 96, createdAt = 100, modifiedAt = 108,
                       firstAt = 116, sizeAt = 120;
-
-template <typename Number>
-std::uint16_t shiftOf(Number size) {
-    std::uint16_t shift = 0;
-    while ((Number{1} << shift) < size) ++shift;
-    return shift;
-}
 
 EntryType typeOf(std::byte value) {
     switch (std::to_integer<int>(value)) {
@@ -60,14 +53,14 @@ void writeName(std::u16string const& name, bool isUsed, MutableBytes bytes) {
 
 }  // namespace
 
-Header Header::ofNewFile(std::size_t sectorSize) {
+Header Header::ofNewFile() {
     Header header;
     std::memcpy(header.bytes_.data(), signature.data(), signature.size());
     writeNumber<std::uint16_t>(header.bytes_, 24, 0x3E);
-    writeNumber<std::uint16_t>(header.bytes_, 26, sectorSize == 4096 ? 4 : 3);
+    writeNumber<std::uint16_t>(header.bytes_, 26, 3);
     writeNumber<std::uint16_t>(header.bytes_, 28, byteOrder);
-    writeNumber<std::uint16_t>(header.bytes_, 30, shiftOf(sectorSize));
-    writeNumber<std::uint16_t>(header.bytes_, 32, shiftOf(miniSectorSize));
+    writeNumber<std::uint16_t>(header.bytes_, 30, 9);
+    writeNumber<std::uint16_t>(header.bytes_, 32, 6);
     writeNumber<std::uint32_t>(header.bytes_, 56, static_cast<std::uint32_t>(smallestBigStream));
     header.setDirectory(endOfChain, 0);
     header.setMiniFat(endOfChain, 0);
@@ -77,15 +70,15 @@ Header Header::ofNewFile(std::size_t sectorSize) {
 }
 
 Header Header::parse(std::array<std::byte, headerSize> const& bytes) {
-    failIf(std::memcmp(bytes.data(), signature.data(), signature.size()) != 0,
-           STG_E_FILEALREADYEXISTS);
+    require(std::memcmp(bytes.data(), signature.data(), signature.size()) == 0,
+            STG_E_FILEALREADYEXISTS);
     Header header;
     header.bytes_ = bytes;
     auto const shift = readNumber<std::uint16_t>(bytes, 30);
     bool const known = readNumber<std::uint16_t>(bytes, 28) == byteOrder &&
                        (shift == 9 || shift == 12) && readNumber<std::uint16_t>(bytes, 32) == 6 &&
                        header.number(56) == smallestBigStream;
-    failIf(!known, STG_E_OLDFORMAT);
+    require(known, STG_E_OLDFORMAT);
     return header;
 }
 

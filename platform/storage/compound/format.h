@@ -52,8 +52,8 @@ void writeNumber(MutableBytes bytes, std::size_t offset, Number number) {
 /// The first 512 bytes of the file. Bytes without a meaning here stay as they are.
 class Header {
   public:
-    /// That of a new file. `sectorSize` is 512 or 4096 bytes.
-    static Header ofNewFile(std::size_t sectorSize);
+    /// That of a new file, with sectors of 512 bytes.
+    static Header ofNewFile();
 
     /// Fails with STG_E_FILEALREADYEXISTS when these are no compound file's
     /// bytes, with STG_E_OLDFORMAT when it is of another version.

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 
 namespace velk::platform::storage {
 
@@ -27,21 +27,21 @@ std::vector<SectorId>& MiniStore::page(std::size_t index) {
 }
 
 SectorId MiniStore::next(SectorId sector) {
-    failIf(sector >= tableEntries_, STG_E_DOCFILECORRUPT);
+    require(sector < tableEntries_, STG_E_DOCFILECORRUPT);
     return page(sector / pageEntries)[sector % pageEntries];
 }
 
 /// Bytes that are in the file, but not in what counts of the container: a
 /// change there would take them for nobody's.
 void MiniStore::failIfStreamsStandBehind() {
-    failIf(store_.survey().smallEnd > (size_ + miniSectorSize - 1) / miniSectorSize,
-           STG_E_DOCFILECORRUPT);
+    require(store_.survey().smallEnd <= (size_ + miniSectorSize - 1) / miniSectorSize,
+            STG_E_DOCFILECORRUPT);
 }
 
 void MiniStore::link(SectorId sector, SectorId next) {
     failIfStreamsStandBehind();
-    failIf(sector >= tableEntries_ || store_.survey().small.shared.contains(sector),
-           STG_E_DOCFILECORRUPT);
+    require(sector < tableEntries_ && !store_.survey().small.shared.contains(sector),
+            STG_E_DOCFILECORRUPT);
     store_.touch();
     page(sector / pageEntries)[sector % pageEntries] = next;
     dirtyPages_.insert(sector / pageEntries);
@@ -50,9 +50,9 @@ void MiniStore::link(SectorId sector, SectorId next) {
 std::vector<SectorId> MiniStore::chain(SectorId first, std::uint64_t bytes) {
     std::vector<SectorId> sectors;
     std::uint64_t const needed = (bytes + miniSectorSize - 1) / miniSectorSize;
-    failIf(needed > tableEntries_, STG_E_DOCFILECORRUPT);
+    require(needed <= tableEntries_, STG_E_DOCFILECORRUPT);
     for (SectorId at = first; sectors.size() < needed; at = next(at)) {
-        failIf(at >= tableEntries_, STG_E_DOCFILECORRUPT);
+        require(at < tableEntries_, STG_E_DOCFILECORRUPT);
         sectors.push_back(at);
     }
     return sectors;
@@ -75,9 +75,9 @@ SectorId MiniStore::allocate() {
         ++sector;
     }
     while (kept.contains(sector)) ++sector;
-    failIf(sector > lastSectorId, STG_E_MEDIUMFULL);
+    require(sector <= lastSectorId, STG_E_MEDIUMFULL);
     while (sector >= tableEntries_) enlarge();
-    failIf(bytes_.length() < sectorsOf(size_), STG_E_DOCFILECORRUPT);
+    require(bytes_.length() >= sectorsOf(size_), STG_E_DOCFILECORRUPT);
     std::uint64_t const end = (std::uint64_t{sector} + 1) * miniSectorSize;
     std::uint64_t const sectors = sectorsOf(end);
     if (bytes_.length() < sectors) bytes_.resize(static_cast<std::size_t>(sectors));

@@ -10,7 +10,7 @@
 namespace velk::platform::storage {
 
 /// The bytes that small streams share and the table that links their sectors.
-/// Every member fails with a StorageError.
+/// Every member fails with a Failure.
 class MiniStore {
   public:
     /// `container` is the first sector of the shared bytes, as the root entry

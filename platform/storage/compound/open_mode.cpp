@@ -1,6 +1,6 @@
 #include "platform/storage/compound/open_mode.h"
 
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 
 namespace velk::platform::storage {
 namespace {
@@ -11,9 +11,9 @@ constexpr DWORD knownBits = accessBits | sharingBits | STGM_CREATE | STGM_CONVER
 
 void checkBits(DWORD mode) {
     DWORD const sharing = mode & sharingBits;
-    failIf((mode & ~knownBits) != 0 || (mode & accessBits) == accessBits ||
-               sharing > STGM_SHARE_DENY_NONE,
-           STG_E_INVALIDFLAG);
+    require((mode & ~knownBits) == 0 && (mode & accessBits) != accessBits &&
+                sharing <= STGM_SHARE_DENY_NONE,
+            STG_E_INVALIDFLAG);
 }
 
 /// One writer beside any number of readers.
@@ -33,25 +33,25 @@ bool isDirectMode(DWORD mode) {
 void checkFileMode(DWORD mode, bool toCreate) {
     checkBits(mode);
     constexpr DWORD ofCreating = STGM_CREATE | STGM_DELETEONRELEASE;
-    failIf((mode & STGM_CONVERT) != 0 || (!toCreate && (mode & ofCreating) != 0),
-           STG_E_INVALIDFLAG);
-    failIf(toCreate && !mayWrite(mode), STG_E_INVALIDFLAG);
+    require((mode & STGM_CONVERT) == 0 && (toCreate || (mode & ofCreating) == 0),
+            STG_E_INVALIDFLAG);
+    require(!toCreate || mayWrite(mode), STG_E_INVALIDFLAG);
     if ((mode & STGM_DIRECT_SWMR) != 0) {
-        failIf(isTransacted(mode) || !isSingleWriterMode(mode), STG_E_INVALIDFLAG);
+        require(!isTransacted(mode) && isSingleWriterMode(mode), STG_E_INVALIDFLAG);
     } else if ((mode & STGM_PRIORITY) != 0) {
-        failIf(mayWrite(mode) || isTransacted(mode), STG_E_INVALIDFLAG);
+        require(!mayWrite(mode) && !isTransacted(mode), STG_E_INVALIDFLAG);
     } else {
-        failIf(!isTransacted(mode) && !isDirectMode(mode), STG_E_INVALIDFLAG);
+        require(isTransacted(mode) || isDirectMode(mode), STG_E_INVALIDFLAG);
     }
 }
 
 void checkElementMode(DWORD mode, DWORD parent, bool toCreate) {
     checkBits(mode);
-    failIf((mode & sharingBits) != STGM_SHARE_EXCLUSIVE, STG_E_INVALIDFLAG);
+    require((mode & sharingBits) == STGM_SHARE_EXCLUSIVE, STG_E_INVALIDFLAG);
     constexpr DWORD ofFiles = STGM_CONVERT | STGM_TRANSACTED | STGM_PRIORITY |
                               STGM_DELETEONRELEASE | STGM_NOSCRATCH | STGM_NOSNAPSHOT;
-    failIf((mode & ofFiles) != 0 || (!toCreate && (mode & STGM_CREATE) != 0), STG_E_INVALIDFLAG);
-    failIf((mayWrite(mode) || toCreate) && !mayWrite(parent), STG_E_ACCESSDENIED);
+    require((mode & ofFiles) == 0 && (toCreate || (mode & STGM_CREATE) == 0), STG_E_INVALIDFLAG);
+    require(mayWrite(parent) || (!mayWrite(mode) && !toCreate), STG_E_ACCESSDENIED);
 }
 
 Sharing sharingOf(DWORD mode) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 
 namespace velk::platform::storage {
 
@@ -15,8 +15,8 @@ bool SectorChain::reach(std::size_t index) {
         bool const isLast = next == freeSector && !known_.empty();
         if (next == endOfChain || isLast) return false;
         // No chain has more sectors than the file, unless it runs in a circle.
-        failIf(next >= store_->sectorLimit() || known_.size() >= store_->sectorLimit(),
-               STG_E_DOCFILECORRUPT);
+        require(next < store_->sectorLimit() && known_.size() < store_->sectorLimit(),
+                STG_E_DOCFILECORRUPT);
         known_.push_back(next);
     }
     return true;
@@ -28,7 +28,7 @@ std::size_t SectorChain::length() {
 }
 
 SectorId SectorChain::sectorAt(std::size_t index) {
-    failIf(!reach(index), STG_E_DOCFILECORRUPT);
+    require(reach(index), STG_E_DOCFILECORRUPT);
     return known_[index];
 }
 

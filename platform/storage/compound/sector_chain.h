@@ -8,7 +8,7 @@
 namespace velk::platform::storage {
 
 /// One chain of a file. Reads no more of the chain than is asked for. Every
-/// member fails with a StorageError; STG_E_DOCFILECORRUPT for a chain that
+/// member fails with a Failure; STG_E_DOCFILECORRUPT for a chain that
 /// ends too early or runs in a circle.
 class SectorChain {
   public:

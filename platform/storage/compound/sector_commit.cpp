@@ -2,16 +2,16 @@
 #include <algorithm>
 
 #include "platform/storage/compound/sector_store.h"
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 
 namespace velk::platform::storage {
 
 void SectorStore::commit() {
-    failIf(failed_, STG_E_WRITEFAULT);
+    require(!failed_, STG_E_WRITEFAULT);
     if (!isChanged()) return;
     std::array<std::byte, headerSize> now;
     file_.read(0, now);
-    failIf(now != committed_.bytes(), STG_E_NOTCURRENT);
+    require(now == committed_.bytes(), STG_E_NOTCURRENT);
     bool headerIsWritten = false;
     try {
         placeTables();

@@ -4,7 +4,7 @@
 #include <span>
 #include <unordered_set>
 
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 
 namespace velk::platform::storage {
 namespace {
@@ -53,7 +53,7 @@ void SectorStore::loadTableLocations() {
     pageSectors_.clear();
     difatSectors_.clear();
     std::uint64_t const count = header_.fatSectors();
-    failIf(count > sectorLimit_ + 1, STG_E_DOCFILECORRUPT);
+    require(count <= sectorLimit_ + 1, STG_E_DOCFILECORRUPT);
     for (std::size_t i = 0; i < std::min<std::uint64_t>(count, headerDifatEntries); ++i) {
         pageSectors_.push_back(header_.difat(i));
     }
@@ -61,7 +61,7 @@ void SectorStore::loadTableLocations() {
     std::vector<std::byte> sector(sectorSize_);
     SectorId at = header_.firstDifatSector();
     while (pageSectors_.size() < count && at <= lastSectorId) {
-        failIf(at >= sectorLimit_ || !seen.insert(at).second, STG_E_DOCFILECORRUPT);
+        require(at < sectorLimit_ && seen.insert(at).second, STG_E_DOCFILECORRUPT);
         difatSectors_.push_back(at);
         read(at, 0, sector);
         for (std::size_t i = 0; i + 1 < pageEntries() && pageSectors_.size() < count; ++i) {
@@ -69,7 +69,7 @@ void SectorStore::loadTableLocations() {
         }
         at = readNumber<std::uint32_t>(sector, sectorSize_ - 4);
     }
-    failIf(pageSectors_.size() < count, STG_E_DOCFILECORRUPT);
+    require(pageSectors_.size() >= count, STG_E_DOCFILECORRUPT);
 }
 
 SectorStore::Page& SectorStore::page(std::size_t index) {
@@ -84,9 +84,9 @@ SectorStore::Page& SectorStore::page(std::size_t index) {
 SectorStore::Page& SectorStore::findPage(std::size_t index) {
     auto const known = pages_.find(index);
     if (known != pages_.end()) return known->second;
-    failIf(index >= pageSectors_.size(), STG_E_DOCFILECORRUPT);
+    require(index < pageSectors_.size(), STG_E_DOCFILECORRUPT);
     SectorId const sector = pageSectors_[index];
-    failIf(sector >= sectorLimit_, STG_E_DOCFILECORRUPT);
+    require(sector < sectorLimit_, STG_E_DOCFILECORRUPT);
     std::vector<std::byte> bytes(sectorSize_);
     read(sector, 0, bytes);
     Page loaded;
@@ -98,7 +98,7 @@ SectorStore::Page& SectorStore::findPage(std::size_t index) {
 }
 
 SectorId SectorStore::next(SectorId sector) {
-    failIf(sector >= sectorLimit_, STG_E_DOCFILECORRUPT);
+    require(sector < sectorLimit_, STG_E_DOCFILECORRUPT);
     return pageOf(sector).next[sector % pageEntries()];
 }
 
@@ -114,14 +114,14 @@ std::vector<SectorId> SectorStore::readTable() {
                pageSectors_[first + count] == sector + count) {
             ++count;
         }
-        failIf(sector + std::uint64_t{count} > sectorLimit_, STG_E_DOCFILECORRUPT);
+        require(sector + std::uint64_t{count} <= sectorLimit_, STG_E_DOCFILECORRUPT);
         read(sector, 0, bytes.subspan(first * sectorSize_, count * sectorSize_));
     }
     return table;
 }
 
 void SectorStore::set(SectorId sector, SectorId next, State state) {
-    failIf(survey().sectors.shared.contains(sector), STG_E_DOCFILECORRUPT);
+    require(!survey().sectors.shared.contains(sector), STG_E_DOCFILECORRUPT);
     Page& owner = pageOf(sector);
     touch();
     owner.next[sector % pageEntries()] = next;
@@ -146,7 +146,7 @@ bool SectorStore::isFree(SectorId sector, Page const& owner) {
 }
 
 SectorId SectorStore::allocate() {
-    failIf(failed_, STG_E_WRITEFAULT);
+    require(!failed_, STG_E_WRITEFAULT);
     static_cast<void>(survey());
     SectorId const found = mayReuse_ ? reuse() : freeSector;
     SectorId const sector = found != freeSector ? found : append();
@@ -172,7 +172,7 @@ SectorId SectorStore::reuse() {
 
 SectorId SectorStore::append() {
     for (;; ++appendAt_) {
-        failIf(appendAt_ > lastSectorId, STG_E_MEDIUMFULL);
+        require(appendAt_ <= lastSectorId, STG_E_MEDIUMFULL);
         std::size_t const index = static_cast<std::size_t>(appendAt_ / pageEntries());
         while (index >= pageSectors_.size()) {
             Page added;
@@ -199,12 +199,12 @@ void SectorStore::release(SectorId sector) {
 }
 
 bool SectorStore::isFresh(SectorId sector) {
-    failIf(sector >= sectorLimit_, STG_E_DOCFILECORRUPT);
+    require(sector < sectorLimit_, STG_E_DOCFILECORRUPT);
     return pageOf(sector).states[sector % pageEntries()] == State::fresh;
 }
 
 void SectorStore::read(SectorId sector, std::size_t offset, MutableBytes target) {
-    failIf(sector >= sectorLimit_, STG_E_DOCFILECORRUPT);
+    require(sector < sectorLimit_, STG_E_DOCFILECORRUPT);
     std::uint64_t const from = positionOf(sector) + offset;
     if (target.size() >= blockSize || !readFromBlock(from, target)) file_.read(from, target);
 }
@@ -220,7 +220,7 @@ bool SectorStore::readFromBlock(std::uint64_t from, MutableBytes target) {
         block_.resize(blockSize);
         try {
             file_.read(start, block_);
-        } catch (StorageError const&) {
+        } catch (Failure const&) {
             // There may be something wrong with what nobody asked for.
             return false;
         }

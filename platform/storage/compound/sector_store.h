@@ -21,7 +21,7 @@ namespace velk::platform::storage {
 /// added is cut off. Tables are read when they are first needed; the first
 /// change asks a survey of all of them what it must leave alone.
 ///
-/// Every member fails with a StorageError. Not thread-safe.
+/// Every member fails with a Failure. Not thread-safe.
 class SectorStore {
   public:
     /// Reads the header. The file must outlive this.

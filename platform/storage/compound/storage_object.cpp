@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/storage/compound/element_enumerator.h"
 #include "platform/storage/compound/element_status.h"
 #include "platform/storage/compound/stream_object.h"
 
@@ -10,17 +9,17 @@ namespace velk::platform::storage {
 namespace {
 
 std::u16string_view checkedName(OLECHAR const* name) {
-    failIf(name == nullptr, STG_E_INVALIDNAME);
+    require(name != nullptr, STG_E_INVALIDNAME);
     std::u16string_view const text = name;
     bool const isUsable = !text.empty() && text.size() <= longestName &&
                           text.find_first_of(u"/\\:!") == std::u16string_view::npos;
-    failIf(!isUsable, STG_E_INVALIDNAME);
+    require(isUsable, STG_E_INVALIDNAME);
     return text;
 }
 
 template <typename Interface>
 void clearTarget(Interface** target) {
-    failIf(target == nullptr, STG_E_INVALIDPOINTER);
+    require(target != nullptr, STG_E_INVALIDPOINTER);
     *target = nullptr;
 }
 
@@ -32,7 +31,7 @@ class FileCommit final : public DirectCommit {
     HRESULT commit() noexcept override {
         return answer([&] {
             std::lock_guard const turn(file_->lock());
-            failIf(!file_->isOpen(), STG_E_REVERTED);
+            require(file_->isOpen(), STG_E_REVERTED);
             file_->commit();
         });
     }
@@ -77,7 +76,7 @@ HRESULT StorageObject::QueryInterface(REFIID riid, void** object) noexcept {
         std::lock_guard const turn(file_->lock());
         if (!propertySets_) {
             auto commit = file_->isDirect() ? std::make_shared<FileCommit>(file_) : nullptr;
-            propertySets_ = std::make_unique<PropertySetView>(*this, std::move(commit));
+            propertySets_ = std::make_unique<PropertySets>(*this, std::move(commit));
         }
         *object = static_cast<IPropertySetStorage*>(propertySets_.get());
         AddRef();
@@ -85,15 +84,15 @@ HRESULT StorageObject::QueryInterface(REFIID riid, void** object) noexcept {
 }
 
 EntryId StorageObject::element(OLECHAR const* name) {
-    failIf(name == nullptr, STG_E_INVALIDNAME);
+    require(name != nullptr, STG_E_INVALIDNAME);
     EntryId const found = file_->directory().find(element_->entry, name);
-    failIf(found == noEntry, STG_E_FILENOTFOUND);
+    require(found != noEntry, STG_E_FILENOTFOUND);
     return found;
 }
 
 EntryId StorageObject::elementOfType(OLECHAR const* name, EntryType type) {
     EntryId const found = element(name);
-    failIf(file_->directory().at(found).type != type, STG_E_FILENOTFOUND);
+    require(file_->directory().at(found).type == type, STG_E_FILENOTFOUND);
     return found;
 }
 
@@ -104,7 +103,7 @@ EntryId StorageObject::create(OLECHAR const* name, DWORD mode, EntryType type) {
     if (former != noEntry) {
         // A stream never takes the place of a storage with all that is in it.
         bool const isOfType = file_->directory().at(former).type == type;
-        failIf((mode & STGM_CREATE) == 0 || !isOfType, STG_E_FILEALREADYEXISTS);
+        require((mode & STGM_CREATE) != 0 && isOfType, STG_E_FILEALREADYEXISTS);
         file_->destroy(element_->entry, former);
     }
     EntryId const made = file_->directory().add(element_->entry, text, type);
@@ -119,7 +118,7 @@ HRESULT StorageObject::CreateStream(OLECHAR const* name, DWORD mode, DWORD reser
                                     DWORD reserved2, IStream** stream) noexcept {
     return use([&] {
         clearTarget(stream);
-        failIf(reserved1 != 0 || reserved2 != 0, STG_E_INVALIDPARAMETER);
+        require(reserved1 == 0 && reserved2 == 0, STG_E_INVALIDPARAMETER);
         file_->change([&] {
             EntryId const made = create(name, mode, EntryType::stream);
             *stream = new StreamObject(file_, file_->open(made, mode));
@@ -131,7 +130,7 @@ HRESULT StorageObject::OpenStream(OLECHAR const* name, void* reserved1, DWORD mo
                                   IStream** stream) noexcept {
     return use([&] {
         clearTarget(stream);
-        failIf(reserved1 != nullptr || reserved2 != 0, STG_E_INVALIDPARAMETER);
+        require(reserved1 == nullptr && reserved2 == 0, STG_E_INVALIDPARAMETER);
         checkElementMode(mode, element_->mode, false);
         EntryId const found = elementOfType(name, EntryType::stream);
         file_->checkSize(found);
@@ -143,7 +142,7 @@ HRESULT StorageObject::CreateStorage(OLECHAR const* name, DWORD mode, DWORD rese
                                      DWORD reserved2, IStorage** storage) noexcept {
     return use([&] {
         clearTarget(storage);
-        failIf(reserved1 != 0 || reserved2 != 0, STG_E_INVALIDPARAMETER);
+        require(reserved1 == 0 && reserved2 == 0, STG_E_INVALIDPARAMETER);
         file_->change([&] {
             EntryId const made = create(name, mode, EntryType::storage);
             *storage = new StorageObject(file_, file_->open(made, mode));
@@ -155,7 +154,7 @@ HRESULT StorageObject::OpenStorage(OLECHAR const* name, IStorage* priority, DWOR
                                    DWORD reserved, IStorage** storage) noexcept {
     return use([&] {
         clearTarget(storage);
-        failIf(priority != nullptr || exclude != nullptr || reserved != 0, STG_E_INVALIDPARAMETER);
+        require(priority == nullptr && exclude == nullptr && reserved == 0, STG_E_INVALIDPARAMETER);
         checkElementMode(mode, element_->mode, false);
         EntryId const found = elementOfType(name, EntryType::storage);
         *storage = new StorageObject(file_, file_->open(found, mode));
@@ -179,10 +178,10 @@ HRESULT StorageObject::EnumElements(DWORD reserved1, void* reserved2, DWORD rese
                                     IEnumSTATSTG** elements) noexcept {
     return use([&] {
         clearTarget(elements);
-        failIf(reserved1 != 0 || reserved2 != nullptr || reserved3 != 0, STG_E_INVALIDPARAMETER);
-        std::vector<Entry> all;
+        require(reserved1 == 0 && reserved2 == nullptr && reserved3 == 0, STG_E_INVALIDPARAMETER);
+        std::vector<ElementStatus> all;
         for (auto const& [name, entry] : file_->directory().children(element_->entry)) {
-            all.push_back(file_->directory().at(entry));
+            all.push_back({file_->directory().at(entry)});
         }
         *elements = new ElementEnumerator(std::move(all));
     });
@@ -197,7 +196,7 @@ HRESULT StorageObject::RenameElement(OLECHAR const* oldName, OLECHAR const* newN
         auto const text = checkedName(newName);
         EntryId const renamed = element(oldName);
         EntryId const other = file_->directory().find(element_->entry, text);
-        failIf(other != noEntry && other != renamed, STG_E_ACCESSDENIED);
+        require(other == noEntry || other == renamed, STG_E_ACCESSDENIED);
         file_->directory().rename(element_->entry, renamed, text);
     });
 }

@@ -7,7 +7,6 @@
 #include "platform/storage/compound/open_mode.h"
 #include "platform/storage/properties/property_sets.h"
 #include "platform/storage/shared_object.h"
-#include "platform/storage/storage_error.h"
 
 namespace velk::platform::storage {
 
@@ -34,10 +33,14 @@ class StorageObject final : public SharedObject<IStorage, IID_IStorage> {
     HRESULT STDMETHODCALLTYPE OpenStorage(OLECHAR const* name, IStorage* priority, DWORD mode,
                                           SNB exclude, DWORD reserved,
                                           IStorage** storage) noexcept override;
-    HRESULT STDMETHODCALLTYPE CopyTo(DWORD excludedCount, IID const* excludedIds, SNB excluded,
-                                     IStorage* target) noexcept override;
-    HRESULT STDMETHODCALLTYPE MoveElementTo(OLECHAR const* name, IStorage* target,
-                                            OLECHAR const* newName, DWORD flags) noexcept override;
+    /// Nobody copies or moves elements: E_NOTIMPL.
+    HRESULT STDMETHODCALLTYPE CopyTo(DWORD, IID const*, SNB, IStorage*) noexcept override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE MoveElementTo(OLECHAR const*, IStorage*, OLECHAR const*,
+                                            DWORD) noexcept override {
+        return E_NOTIMPL;
+    }
     HRESULT STDMETHODCALLTYPE Commit(DWORD flags) noexcept override;
     HRESULT STDMETHODCALLTYPE Revert() noexcept override;
     HRESULT STDMETHODCALLTYPE EnumElements(DWORD reserved1, void* reserved2, DWORD reserved3,
@@ -62,7 +65,7 @@ class StorageObject final : public SharedObject<IStorage, IID_IStorage> {
     HRESULT use(Body body) noexcept {
         return answer([&] {
             std::lock_guard const turn(file_->lock());
-            failIf(element_->isReverted, STG_E_REVERTED);
+            require(!element_->isReverted, STG_E_REVERTED);
             body();
         });
     }
@@ -70,7 +73,7 @@ class StorageObject final : public SharedObject<IStorage, IID_IStorage> {
     template <typename Body>
     HRESULT change(Body body) noexcept {
         return use([&] {
-            failIf(!mayWrite(element_->mode), STG_E_ACCESSDENIED);
+            require(mayWrite(element_->mode), STG_E_ACCESSDENIED);
             file_->change(body);
         });
     }
@@ -79,16 +82,12 @@ class StorageObject final : public SharedObject<IStorage, IID_IStorage> {
     EntryId element(OLECHAR const* name);
     EntryId elementOfType(OLECHAR const* name, EntryType type);
     EntryId create(OLECHAR const* name, DWORD mode, EntryType type);
-    /// `depth` storages around this one are being copied too.
-    template <typename IsLeftOut>
-    void copyContent(IStorage& target, int depth, IsLeftOut isLeftOut);
-    void copyElement(Entry const& entry, OLECHAR const* newName, IStorage& target, int depth);
 
     std::shared_ptr<CompoundFile> file_;
     std::shared_ptr<OpenElement> element_;
     std::u16string path_;
     /// Made when it is asked for first.
-    std::unique_ptr<PropertySetView> propertySets_;
+    std::unique_ptr<PropertySets> propertySets_;
 };
 
 }  // namespace velk::platform::storage

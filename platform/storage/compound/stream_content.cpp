@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 
 namespace velk::platform::storage {
 namespace {
@@ -34,7 +34,7 @@ StreamContent::StreamContent(SectorStore& store, MiniStore& small, SectorId firs
                              std::uint64_t size)
     : store_(store), small_(small), size_(size) {
     if (size >= smallestBigStream) {
-        failIf(size / store.sectorSize() > store.sectorLimit(), STG_E_DOCFILECORRUPT);
+        require(size / store.sectorSize() <= store.sectorLimit(), STG_E_DOCFILECORRUPT);
         std::uint64_t const each = store.sectorSize();
         place_.emplace<SectorChain>(store, first, (size + each - 1) / each);
     } else if (size != 0) {
@@ -73,7 +73,7 @@ void StreamContent::write(std::uint64_t offset, Bytes source) {
 void StreamContent::resize(std::uint64_t size) {
     if (size == size_) return;
     // The published limit of files whose sizes have 32 bits.
-    failIf(!store_.header().hasLargeSizes() && size > 0x80000000, STG_E_MEDIUMFULL);
+    require(store_.header().hasLargeSizes() || size <= 0x80000000, STG_E_MEDIUMFULL);
     bool const wasBig = std::holds_alternative<SectorChain>(place_);
     if (wasBig != (size >= smallestBigStream)) {
         moveTo(size);
@@ -112,10 +112,10 @@ void StreamContent::resizeSmall(SmallSectors& sectors, std::uint64_t size) {
 void StreamContent::resizeBig(SectorChain& chain, std::uint64_t size) {
     std::size_t const each = store_.sectorSize();
     std::uint64_t const needed = (size + each - 1) / each;
-    failIf(needed > lastSectorId, STG_E_MEDIUMFULL);
+    require(needed <= lastSectorId, STG_E_MEDIUMFULL);
     if (size > size_) {
         // A stream that is not all there cannot grow.
-        failIf(chain.length() < (size_ + each - 1) / each, STG_E_DOCFILECORRUPT);
+        require(chain.length() >= (size_ + each - 1) / each, STG_E_DOCFILECORRUPT);
         if (std::size_t const rest = size_ % each; rest != 0) {
             std::vector<std::byte> const zeros(each - rest);
             chain.write(size_, zeros);

@@ -10,7 +10,7 @@ namespace velk::platform::storage {
 
 /// Keeps a stream where its size asks for: among the small ones below 4096
 /// bytes, in sectors of its own from there on. Every member fails with a
-/// StorageError; reading and writing stay within the stream.
+/// Failure; reading and writing stay within the stream.
 class StreamContent {
   public:
     StreamContent(SectorStore& store, MiniStore& small, SectorId first, std::uint64_t size);

@@ -18,22 +18,39 @@ class StreamObject final : public SharedObject<IStream, IID_ISequentialStream, I
     HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER move, DWORD origin,
                                    ULARGE_INTEGER* position) noexcept override;
     HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER size) noexcept override;
-    HRESULT STDMETHODCALLTYPE CopyTo(IStream* target, ULARGE_INTEGER count, ULARGE_INTEGER* read,
-                                     ULARGE_INTEGER* written) noexcept override;
-    /// Changes of a stream belong to those of the storage that it is in.
-    HRESULT STDMETHODCALLTYPE Commit(DWORD flags) noexcept override;
-    HRESULT STDMETHODCALLTYPE Revert() noexcept override;
-    /// Regions cannot be locked: the stream is its client's alone.
-    HRESULT STDMETHODCALLTYPE LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) noexcept override;
-    HRESULT STDMETHODCALLTYPE UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) noexcept override;
     HRESULT STDMETHODCALLTYPE Stat(STATSTG* status, DWORD flags) noexcept override;
-    /// A second stream on the same bytes with a position of its own.
-    HRESULT STDMETHODCALLTYPE Clone(IStream** stream) noexcept override;
+    /// Changes of a stream belong to those of the storage that it is in.
+    HRESULT STDMETHODCALLTYPE Commit(DWORD) noexcept override {
+        return use([] {});
+    }
+    HRESULT STDMETHODCALLTYPE Revert() noexcept override {
+        return use([] {});
+    }
+    /// Regions cannot be locked: the stream is its client's alone.
+    HRESULT STDMETHODCALLTYPE LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) noexcept override {
+        return STG_E_INVALIDFUNCTION;
+    }
+    HRESULT STDMETHODCALLTYPE UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER,
+                                           DWORD) noexcept override {
+        return STG_E_INVALIDFUNCTION;
+    }
+    /// Nobody copies or clones streams: E_NOTIMPL.
+    HRESULT STDMETHODCALLTYPE CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*,
+                                     ULARGE_INTEGER*) noexcept override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Clone(IStream**) noexcept override { return E_NOTIMPL; }
 
   private:
     /// Runs `body` while nobody else uses the file.
     template <typename Body>
-    HRESULT use(Body body) noexcept;
+    HRESULT use(Body body) noexcept {
+        return answer([&] {
+            std::lock_guard const turn(file_->lock());
+            require(!element_->isReverted, STG_E_REVERTED);
+            body();
+        });
+    }
 
     std::shared_ptr<CompoundFile> file_;
     std::shared_ptr<OpenElement> element_;

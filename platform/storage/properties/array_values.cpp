@@ -26,7 +26,7 @@ class LockedElements {
   public:
     explicit LockedElements(SAFEARRAY& array) : array_(array) {
         HRESULT const code = SafeArrayAccessData(&array_, &data_);
-        failIf(FAILED(code), code);
+        check(code);
     }
     LockedElements(LockedElements const&) = delete;
     LockedElements& operator=(LockedElements const&) = delete;
@@ -58,7 +58,7 @@ std::size_t elementCount(SAFEARRAY const& array) {
 
 HeldArray makeArray(VARTYPE type, ByteReader& from, std::size_t smallestElement) {
     auto const dimensions = from.read<ULONG>();
-    failIf(dimensions == 0 || dimensions > mostDimensions, malformedSet);
+    require(dimensions != 0 && dimensions <= mostDimensions, malformedSet);
     std::array<SAFEARRAYBOUND, mostDimensions> bounds{};
     for (ULONG i = 0; i < dimensions; ++i) {
         bounds[i].cElements = from.read<ULONG>();
@@ -66,7 +66,7 @@ HeldArray makeArray(VARTYPE type, ByteReader& from, std::size_t smallestElement)
     }
     std::size_t most = from.left() / smallestElement;
     for (ULONG i = 0; i < dimensions; ++i) {
-        failIf(bounds[i].cElements > most, malformedSet);
+        require(bounds[i].cElements <= most, malformedSet);
         if (bounds[i].cElements != 0) most /= bounds[i].cElements;
     }
     HeldArray made(SafeArrayCreate(type, dimensions, bounds.data()));
@@ -77,7 +77,7 @@ HeldArray makeArray(VARTYPE type, ByteReader& from, std::size_t smallestElement)
 void readVariant(ArrayElements& elements, VARIANT& target) {
     HeldValue value;
     elements.typedValue(value.get());
-    failIf(!canBeInVariant(value.get().vt), malformedSet);
+    require(canBeInVariant(value.get().vt), malformedSet);
     // The types that both can have are laid out alike.
     PROPVARIANT const taken = value.release();
     std::memcpy(&target, &taken, sizeof target);
@@ -88,8 +88,8 @@ void readVariant(ArrayElements& elements, VARIANT& target) {
 SAFEARRAY* readArray(VARTYPE type, ByteReader& from, ArrayElements& elements) {
     auto const element = static_cast<VARTYPE>(type & VT_TYPEMASK);
     ValueType const known = arrayElement(element);
-    failIf(known.form == Form::unknown, HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
-    failIf(from.read<ULONG>() != element, malformedSet);
+    require(known.form != Form::unknown, HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
+    require(from.read<ULONG>() == element, malformedSet);
     bool const isFixed = known.form == Form::fixed;
     HeldArray array = makeArray(element, from, isFixed ? known.size : sizeof(ULONG));
     std::size_t const count = elementCount(*array);
@@ -114,11 +114,11 @@ SAFEARRAY* readArray(VARTYPE type, ByteReader& from, ArrayElements& elements) {
 void writeArray(VARTYPE type, SAFEARRAY* array, ByteWriter& to, ArrayWriting& elements) {
     auto const element = static_cast<VARTYPE>(type & VT_TYPEMASK);
     ValueType const known = arrayElement(element);
-    failIf(known.form == Form::unknown, HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
+    require(known.form != Form::unknown, HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
     VARTYPE actual = VT_EMPTY;
     bool const isSuch = array != nullptr && SUCCEEDED(SafeArrayGetVartype(array, &actual)) &&
                         actual == element && array->cDims <= mostDimensions;
-    failIf(!isSuch, STG_E_INVALIDPARAMETER);
+    require(isSuch, STG_E_INVALIDPARAMETER);
     to.write(ULONG{element});
     to.write(ULONG{array->cDims});
     for (USHORT i = array->cDims; i > 0; --i) {
@@ -139,7 +139,7 @@ void writeArray(VARTYPE type, SAFEARRAY* array, ByteWriter& to, ArrayWriting& el
             continue;
         }
         auto const& value = reinterpret_cast<VARIANT const*>(data)[i];
-        failIf(!canBeInVariant(value.vt), HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
+        require(canBeInVariant(value.vt), HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
         PROPVARIANT same;
         std::memcpy(&same, &value, sizeof same);
         elements.typedValue(same);

@@ -12,7 +12,7 @@
 
 #include <wtypes.h>
 
-#include "platform/storage/storage_error.h"
+#include "platform/system/boundary.h"
 
 namespace velk::platform::storage {
 
@@ -37,7 +37,7 @@ class ByteReader {
     std::size_t end() const noexcept { return end_; }
 
     Bytes take(std::size_t count) {
-        failIf(count > left(), malformedSet);
+        require(count <= left(), malformedSet);
         Bytes const taken = bytes_.subspan(at_, count);
         at_ += count;
         end_ = at_;

@@ -34,7 +34,7 @@ Dictionary::Dictionary(Bytes bytes, CodePage const& page, bool countsCase)
             add({id, std::move(text), std::pair(start, from.position() - start)});
             if (page.isUtf16()) from.skipPadding(0);
         }
-    } catch (StorageError const&) {
+    } catch (Failure const&) {
         // The names up to here are what there is of it.
     }
     Bytes const read = bytes.first(from.position());

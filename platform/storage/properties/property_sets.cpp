@@ -3,9 +3,7 @@
 #include <coml2api.h>
 
 #include "platform/com/held_object.h"
-#include "platform/storage/properties/property_enumerators.h"
 #include "platform/storage/properties/property_storage.h"
-#include "platform/storage/properties/set_stream_file.h"
 #include "platform/storage/properties/stream_name.h"
 
 namespace velk::platform::storage {
@@ -22,16 +20,16 @@ bool isFor(DWORD mode, DWORD access) {
 
 Stream openStream(IStorage& storage, REFFMTID formatId, DWORD mode) {
     Stream stream;
-    succeed(storage.OpenStream(streamNameOf(formatId).c_str(), nullptr, mode & accessAndSharing, 0,
-                               reinterpret_cast<IStream**>(stream.target())));
+    check(storage.OpenStream(streamNameOf(formatId).c_str(), nullptr, mode & accessAndSharing, 0,
+                             reinterpret_cast<IStream**>(stream.target())));
     return stream;
 }
 
 Stream createStream(IStorage& storage, REFFMTID formatId, DWORD mode) {
     Stream stream;
-    succeed(storage.CreateStream(streamNameOf(formatId).c_str(),
-                                 mode & (accessAndSharing | STGM_CREATE), 0, 0,
-                                 reinterpret_cast<IStream**>(stream.target())));
+    check(storage.CreateStream(streamNameOf(formatId).c_str(),
+                               mode & (accessAndSharing | STGM_CREATE), 0, 0,
+                               reinterpret_cast<IStream**>(stream.target())));
     return stream;
 }
 
@@ -41,32 +39,42 @@ Stream streamForNew(IStorage& storage, REFFMTID formatId, DWORD mode) {
     Stream existing;
     try {
         existing = openStream(storage, formatId, mode);
-    } catch (StorageError const& error) {
+    } catch (Failure const& error) {
         if (error.code != STG_E_FILENOTFOUND) throw;
         // What has the name all the same is a storage, and is not replaced.
         return createStream(storage, formatId, mode & ~DWORD{STGM_CREATE});
     }
     if (formatId != FMTID_UserDefinedProperties) {
         if (!mayReplace && readSets(*existing.get()).isEmpty()) return existing;
-        failIf(!mayReplace, STG_E_FILEALREADYEXISTS);
+        require(mayReplace, STG_E_FILEALREADYEXISTS);
         existing = {};
         return createStream(storage, formatId, mode);
     }
     bool const isThere = readSets(*existing.get()).has(formatId);
-    failIf(isThere && !mayReplace, STG_E_FILEALREADYEXISTS);
+    require(!isThere || mayReplace, STG_E_FILEALREADYEXISTS);
     return existing;
 }
 
+/// What an enumeration tells of a property set.
+struct SetStatus {
+    STATPROPSETSTG status{};
+
+    STATPROPSETSTG give() const { return status; }
+    static void takeBack(STATPROPSETSTG&) noexcept {}
+};
+using SetEnumerator =
+    StatusEnumerator<IEnumSTATPROPSETSTG, IID_IEnumSTATPROPSETSTG, STATPROPSETSTG, SetStatus>;
+
 }  // namespace
 
-HRESULT PropertySets::create(REFFMTID formatId, CLSID const* classId, DWORD flags, DWORD mode,
+HRESULT PropertySets::Create(REFFMTID formatId, CLSID const* classId, DWORD flags, DWORD mode,
                              IPropertyStorage** set) noexcept {
     if (set == nullptr) return STG_E_INVALIDPOINTER;
     *set = nullptr;
     return answer([&] {
         constexpr DWORD simple =
             PROPSETFLAG_ANSI | PROPSETFLAG_CASE_SENSITIVE | PROPSETFLAG_UNBUFFERED;
-        failIf((flags & ~simple) != 0 || !isFor(mode, STGM_READWRITE), STG_E_INVALIDFLAG);
+        require((flags & ~simple) == 0 && isFor(mode, STGM_READWRITE), STG_E_INVALIDFLAG);
         PropertyStorage::NewSet const made{classId != nullptr ? *classId : GUID_NULL, flags};
         auto stream = streamForNew(owner_, formatId, mode);
         wholly(commit_.get(), [&] {
@@ -75,43 +83,43 @@ HRESULT PropertySets::create(REFFMTID formatId, CLSID const* classId, DWORD flag
     });
 }
 
-HRESULT PropertySets::open(REFFMTID formatId, DWORD mode, IPropertyStorage** set) noexcept {
+HRESULT PropertySets::Open(REFFMTID formatId, DWORD mode, IPropertyStorage** set) noexcept {
     if (set == nullptr) return STG_E_INVALIDPOINTER;
     *set = nullptr;
     return answer([&] {
-        failIf(!isFor(mode, STGM_READ) && !isFor(mode, STGM_READWRITE), STG_E_INVALIDFLAG);
+        require(isFor(mode, STGM_READ) || isFor(mode, STGM_READWRITE), STG_E_INVALIDFLAG);
         *set = new PropertyStorage(openStream(owner_, formatId, mode), formatId, mode, commit_);
     });
 }
 
-HRESULT PropertySets::remove(REFFMTID formatId) noexcept {
+HRESULT PropertySets::Delete(REFFMTID formatId) noexcept {
     return answer([&] {
         if (formatId == FMTID_UserDefinedProperties) {
             auto const stream = openStream(owner_, formatId, STGM_SHARE_EXCLUSIVE | STGM_READWRITE);
             auto sets = readSets(*stream.get());
-            failIf(!sets.has(formatId), STG_E_FILENOTFOUND);
+            require(sets.has(formatId), STG_E_FILENOTFOUND);
             sets.remove(formatId);
             return writeSets(*stream.get(), sets);
         }
         // A storage of this name is no set of ours.
         static_cast<void>(openStream(owner_, formatId, STGM_SHARE_EXCLUSIVE | STGM_READ));
-        succeed(owner_.DestroyElement(streamNameOf(formatId).c_str()));
+        check(owner_.DestroyElement(streamNameOf(formatId).c_str()));
     });
 }
 
-HRESULT PropertySets::enumerate(IEnumSTATPROPSETSTG** sets) noexcept {
+HRESULT PropertySets::Enum(IEnumSTATPROPSETSTG** sets) noexcept {
     if (sets == nullptr) return STG_E_INVALIDPOINTER;
     *sets = nullptr;
     return answer([&] {
         com::HeldObject<IEnumSTATSTG> elements;
-        succeed(owner_.EnumElements(0, nullptr, 0,
-                                    reinterpret_cast<IEnumSTATSTG**>(elements.target())));
-        std::vector<PropertySetStatus> all;
+        check(owner_.EnumElements(0, nullptr, 0,
+                                  reinterpret_cast<IEnumSTATSTG**>(elements.target())));
+        std::vector<SetStatus> all;
         STATSTG element{};
         while (elements->Next(1, &element, nullptr) == S_OK) {
             TaskArray<OLECHAR> const name(element.pwcsName);
             if (name[0] != setNameMark) continue;
-            PropertySetStatus set;
+            SetStatus set;
             set.status.fmtid = formatIdOf(name.get()).value_or(GUID_NULL);
             set.status.clsid = element.clsid;
             set.status.grfFlags = element.type == STGTY_STORAGE ? PROPSETFLAG_NONSIMPLE : 0;
@@ -120,7 +128,7 @@ HRESULT PropertySets::enumerate(IEnumSTATPROPSETSTG** sets) noexcept {
             set.status.atime = element.atime;
             all.push_back(set);
         }
-        *sets = new PropertySetEnumerator(std::move(all));
+        *sets = new SetEnumerator(std::move(all));
     });
 }
 

@@ -19,31 +19,13 @@ class DirectCommit {
 
 /// Makes, opens and removes the property sets of a storage, each in a stream of
 /// its own; only the user-defined properties share that of the document summary
-/// information. Simple sets only.
-class PropertySets {
+/// information. Simple sets only. A face of the storage itself: its references
+/// are the storage's, and the storage ends it.
+class PropertySets final : public IPropertySetStorage {
   public:
-    /// `owner` outlives this and is not counted. `commit` follows the commit of
-    /// a set; null for nothing.
+    /// `commit` follows the commit of a set; null for nothing.
     PropertySets(IStorage& owner, std::shared_ptr<DirectCommit> commit)
         : owner_(owner), commit_(std::move(commit)) {}
-
-    HRESULT create(REFFMTID formatId, CLSID const* classId, DWORD flags, DWORD mode,
-                   IPropertyStorage** set) noexcept;
-    HRESULT open(REFFMTID formatId, DWORD mode, IPropertyStorage** set) noexcept;
-    HRESULT remove(REFFMTID formatId) noexcept;
-    HRESULT enumerate(IEnumSTATPROPSETSTG** sets) noexcept;
-
-  private:
-    IStorage& owner_;
-    std::shared_ptr<DirectCommit> commit_;
-};
-
-/// IPropertySetStorage as a face of the storage itself: its references are the
-/// storage's, and the storage ends it.
-class PropertySetView final : public IPropertySetStorage {
-  public:
-    PropertySetView(IStorage& owner, std::shared_ptr<DirectCommit> commit)
-        : owner_(owner), sets_(owner, std::move(commit)) {}
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) noexcept override {
         return owner_.QueryInterface(riid, object);
@@ -52,23 +34,15 @@ class PropertySetView final : public IPropertySetStorage {
     ULONG STDMETHODCALLTYPE Release() noexcept override { return owner_.Release(); }
 
     HRESULT STDMETHODCALLTYPE Create(REFFMTID formatId, CLSID const* classId, DWORD flags,
-                                     DWORD mode, IPropertyStorage** set) noexcept override {
-        return sets_.create(formatId, classId, flags, mode, set);
-    }
+                                     DWORD mode, IPropertyStorage** set) noexcept override;
     HRESULT STDMETHODCALLTYPE Open(REFFMTID formatId, DWORD mode,
-                                   IPropertyStorage** set) noexcept override {
-        return sets_.open(formatId, mode, set);
-    }
-    HRESULT STDMETHODCALLTYPE Delete(REFFMTID formatId) noexcept override {
-        return sets_.remove(formatId);
-    }
-    HRESULT STDMETHODCALLTYPE Enum(IEnumSTATPROPSETSTG** sets) noexcept override {
-        return sets_.enumerate(sets);
-    }
+                                   IPropertyStorage** set) noexcept override;
+    HRESULT STDMETHODCALLTYPE Delete(REFFMTID formatId) noexcept override;
+    HRESULT STDMETHODCALLTYPE Enum(IEnumSTATPROPSETSTG** sets) noexcept override;
 
   private:
     IStorage& owner_;
-    PropertySets sets_;
+    std::shared_ptr<DirectCommit> commit_;
 };
 
 }  // namespace velk::platform::storage

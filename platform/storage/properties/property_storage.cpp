@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <limits>
 
-#include "platform/storage/properties/property_enumerators.h"
-#include "platform/storage/properties/set_stream_file.h"
 #include "platform/storage/properties/value_reader.h"
 #include "platform/storage/properties/value_writer.h"
 
@@ -22,11 +20,29 @@ constexpr bool isOrdinary(PROPID id) {
 }
 
 std::u16string_view checkedName(LPCOLESTR name) {
-    failIf(name == nullptr, STG_E_INVALIDPARAMETER);
+    require(name != nullptr, STG_E_INVALIDPARAMETER);
     std::u16string_view const text = name;
-    failIf(text.empty() || text.size() >= longestName, STG_E_INVALIDPARAMETER);
+    require(!text.empty() && text.size() < longestName, STG_E_INVALIDPARAMETER);
     return text;
 }
+
+/// What an enumeration tells of a property.
+struct PropertyStatus {
+    PROPID id = 0;
+    VARTYPE type = VT_EMPTY;
+    std::optional<std::u16string> name;
+
+    STATPROPSTG give() const {
+        STATPROPSTG given{};
+        given.propid = id;
+        given.vt = type;
+        if (name) given.lpwstrName = taskText(std::u16string_view(*name)).release();
+        return given;
+    }
+    static void takeBack(STATPROPSTG& given) noexcept { CoTaskMemFree(given.lpwstrName); }
+};
+using PropertyEnumerator =
+    StatusEnumerator<IEnumSTATPROPSTG, IID_IEnumSTATPROPSTG, STATPROPSTG, PropertyStatus>;
 
 PROPVARIANT numberValue(VARTYPE type, ULONG number) {
     PROPVARIANT value{};
@@ -48,7 +64,7 @@ HRESULT PropertyStorage::use(Body body) noexcept {
 template <typename Body>
 HRESULT PropertyStorage::change(Body body) noexcept {
     return use([&] {
-        failIf((mode_ & (STGM_WRITE | STGM_READWRITE)) == 0, STG_E_ACCESSDENIED);
+        require((mode_ & (STGM_WRITE | STGM_READWRITE)) != 0, STG_E_ACCESSDENIED);
         body();
         isChanged_ = true;
     });
@@ -110,8 +126,8 @@ void PropertyStorage::keepNames() {
 
 std::optional<PROPID> PropertyStorage::idOf(PROPSPEC const& specifier) const {
     if (specifier.ulKind == PRSPEC_PROPID) return specifier.propid;
-    failIf(specifier.ulKind != PRSPEC_LPWSTR || specifier.lpwstr == nullptr,
-           STG_E_INVALIDPARAMETER);
+    require(specifier.ulKind == PRSPEC_LPWSTR && specifier.lpwstr != nullptr,
+            STG_E_INVALIDPARAMETER);
     return names_.idOf(specifier.lpwstr);
 }
 
@@ -135,7 +151,7 @@ HRESULT PropertyStorage::ReadMultiple(ULONG count, PROPSPEC const specifiers[],
         }
     });
     if (FAILED(code)) {
-        FreePropVariantArray(count, values);
+        for (ULONG i = 0; i < count; ++i) PropVariantClear(&values[i]);
         return code;
     }
     return isAnyThere ? S_OK : S_FALSE;
@@ -156,7 +172,7 @@ void PropertyStorage::writeCodePage(PROPVARIANT const& value) {
         names_.isEmpty() &&
         std::ranges::none_of(section_->properties(),
                              [](KeptProperty const& property) { return isOrdinary(property.id); });
-    failIf(!isEmpty || value.vt != VT_I2, STG_E_INVALIDPARAMETER);
+    require(isEmpty && value.vt == VT_I2, STG_E_INVALIDPARAMETER);
     section_->put(PID_CODEPAGE, writeValue(value, section_->page()));
 }
 
@@ -181,7 +197,7 @@ HRESULT PropertyStorage::WriteMultiple(ULONG count, PROPSPEC const specifiers[],
                 id = added.isEmpty() ? firstFreeId(firstNamed) : added.highestId() + 1;
                 added.put(*id, name);
             }
-            failIf(!isOrdinary(*id), STG_E_INVALIDPARAMETER);
+            require(isOrdinary(*id), STG_E_INVALIDPARAMETER);
             written.push_back({*id, writeValue(values[i], section_->page())});
         }
         for (auto& [id, bytes] : written) {
@@ -200,7 +216,7 @@ HRESULT PropertyStorage::DeleteMultiple(ULONG count, PROPSPEC const specifiers[]
         std::vector<PROPID> ids;
         for (ULONG i = 0; i < count; ++i) {
             auto const id = idOf(specifiers[i]);
-            failIf(id && !isOrdinary(*id), STG_E_INVALIDPARAMETER);
+            require(!id || isOrdinary(*id), STG_E_INVALIDPARAMETER);
             if (id) ids.push_back(*id);
         }
         for (PROPID const id : ids) {
@@ -243,7 +259,7 @@ HRESULT PropertyStorage::WritePropertyNames(ULONG count, PROPID const ids[],
         for (ULONG i = 0; i < count; ++i) {
             auto const name = checkedName(names[i]);
             auto const owner = names_.idOf(name);
-            failIf(!isOrdinary(ids[i]) || (owner && *owner != ids[i]), STG_E_INVALIDPARAMETER);
+            require(isOrdinary(ids[i]) && (!owner || *owner == ids[i]), STG_E_INVALIDPARAMETER);
             static_cast<void>(pageText(name, section_->page()));
         }
         for (ULONG i = 0; i < count; ++i) names_.put(ids[i], names[i]);
@@ -259,14 +275,14 @@ HRESULT PropertyStorage::DeletePropertyNames(ULONG count, PROPID const ids[]) no
 }
 
 void PropertyStorage::commit(DWORD flags) {
-    failIf((mode_ & (STGM_WRITE | STGM_READWRITE)) == 0, STG_E_ACCESSDENIED);
+    require((mode_ & (STGM_WRITE | STGM_READWRITE)) != 0, STG_E_ACCESSDENIED);
     if (isChanged_) {
         keepNames();
         wholly(commit_.get(), [&] { writeSets(*stream_.get(), set_); });
         isChanged_ = false;
     }
-    succeed(stream_->Commit(flags));
-    if (commit_) succeed(commit_->commit());
+    check(stream_->Commit(flags));
+    if (commit_) check(commit_->commit());
 }
 
 HRESULT PropertyStorage::Commit(DWORD flags) noexcept {

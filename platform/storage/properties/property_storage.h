@@ -20,7 +20,7 @@ template <typename Body>
 void wholly(DirectCommit* commit, Body body) {
     HRESULT const code = answer(body);
     if (FAILED(code) && commit != nullptr) commit->refuse(code);
-    succeed(code);
+    check(code);
 }
 
 /// A property set in a stream that nobody else has open. Changes are made in
@@ -36,7 +36,7 @@ class PropertyStorage final : public SharedObject<IPropertyStorage, IID_IPropert
         DWORD flags = PROPSETFLAG_DEFAULT;
     };
 
-    /// Opens a set. Fails with a StorageError: STG_E_FILENOTFOUND when the
+    /// Opens a set. Fails with a Failure: STG_E_FILENOTFOUND when the
     /// stream has no such set that can be read.
     PropertyStorage(Stream stream, REFFMTID formatId, DWORD mode,
                     std::shared_ptr<DirectCommit> commit);

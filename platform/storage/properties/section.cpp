@@ -25,7 +25,7 @@ std::optional<LONG> smallNumber(KeptProperty const* property) {
         value.take(sizeof(ULONG));
         if (type == VT_I2 || type == VT_UI2) return value.read<USHORT>();
         if (type == VT_I4 || type == VT_UI4) return value.read<LONG>();
-    } catch (StorageError const&) {
+    } catch (Failure const&) {
         // There is a type and no number.
     }
     return {};
@@ -51,7 +51,7 @@ Section::Section(REFFMTID formatId, StreamImage image, std::size_t begin, std::s
     try {
         readTable(raw_);
         readSpecialProperties();
-    } catch (StorageError const&) {
+    } catch (Failure const&) {
         isReadable_ = false;
         properties_.clear();
         byId_.clear();
@@ -62,7 +62,7 @@ void Section::readTable(Bytes section) {
     ByteReader from(section);
     auto const size = from.read<ULONG>();
     auto const count = from.read<ULONG>();
-    failIf(count > from.left() / tableEntrySize, malformedSet);
+    require(count <= from.left() / tableEntrySize, malformedSet);
     // A size that has no room for the table is no size.
     std::size_t const tableEnd = headerSize + count * tableEntrySize;
     if (size >= tableEnd && size < section.size()) section = section.first(size);
@@ -134,7 +134,7 @@ std::size_t Section::keptSize(KeptProperty const& property) const {
     if (property.id != PID_DICTIONARY && property.bytes.size() > property.own) {
         try {
             size = std::max(size, valueSize(property.bytes, property.own, page_));
-        } catch (StorageError const&) {
+        } catch (Failure const&) {
             // A value that cannot be read is kept up to the next one.
         }
     }

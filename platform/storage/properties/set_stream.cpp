@@ -18,19 +18,33 @@ bool isWellKnown(REFFMTID id) {
            id == FMTID_UserDefinedProperties;
 }
 
+constexpr ULONGLONG biggestStream = ULONGLONG{64} << 20;
+
+/// Damage is told as such: most sizes of this kind are none.
+[[noreturn]] void refuseBig(IStream& stream, ULONGLONG size) {
+    LARGE_INTEGER last{};
+    last.QuadPart = static_cast<LONGLONG>(size - 1);
+    std::byte byte{};
+    ULONG done = 0;
+    require(last.QuadPart >= 0, STG_E_DOCFILECORRUPT);
+    check(stream.Seek(last, STREAM_SEEK_SET, nullptr));
+    check(stream.Read(&byte, sizeof byte, &done));
+    fail(done == 0 ? STG_E_DOCFILECORRUPT : STG_E_INSUFFICIENTMEMORY);
+}
+
 }  // namespace
 
 SetStream::SetStream(std::vector<std::byte> bytes) {
     auto const image = std::make_shared<std::vector<std::byte> const>(std::move(bytes));
-    failIf(image->size() < headerSize, STG_E_INVALIDHEADER);
+    require(image->size() >= headerSize, STG_E_INVALIDHEADER);
     ByteReader from(*image);
-    failIf(from.read<USHORT>() != byteOrderMark, STG_E_INVALIDHEADER);
+    require(from.read<USHORT>() == byteOrderMark, STG_E_INVALIDHEADER);
     version_ = from.read<USHORT>();
-    failIf(version_ > lastVersion, STG_E_INVALIDHEADER);
+    require(version_ <= lastVersion, STG_E_INVALIDHEADER);
     system_ = from.read<DWORD>();
     classId_ = from.read<CLSID>();
     auto const count = from.read<ULONG>();
-    failIf(count > mostSections || count * listEntrySize > from.left(), STG_E_INVALIDHEADER);
+    require(count <= mostSections && count * listEntrySize <= from.left(), STG_E_INVALIDHEADER);
     struct Listed {
         FMTID id;
         std::size_t begin;
@@ -69,7 +83,7 @@ Section& SetStream::at(REFFMTID formatId) {
         bool const mayLack = formatId == FMTID_UserDefinedProperties || isEmpty();
         fail(mayLack ? STG_E_FILENOTFOUND : STG_E_INVALIDHEADER);
     }
-    failIf(!sections_[at].isReadable(), STG_E_INVALIDHEADER);
+    require(sections_[at].isReadable(), STG_E_INVALIDHEADER);
     return sections_[at];
 }
 
@@ -108,6 +122,38 @@ std::vector<std::byte> SetStream::write() const {
     auto bytes = to.take();
     if (bytes.size() < sizeToKeep_) bytes.resize(sizeToKeep_);
     return bytes;
+}
+
+SetStream readSets(IStream& stream) {
+    STATSTG status{};
+    check(stream.Stat(&status, STATFLAG_NONAME));
+    if (status.cbSize.QuadPart == 0) return SetStream(GUID_NULL);
+    if (status.cbSize.QuadPart > biggestStream) refuseBig(stream, status.cbSize.QuadPart);
+    check(stream.Seek({}, STREAM_SEEK_SET, nullptr));
+    std::vector<std::byte> bytes(static_cast<std::size_t>(status.cbSize.QuadPart));
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        ULONG now = 0;
+        check(stream.Read(bytes.data() + done, static_cast<ULONG>(bytes.size() - done), &now));
+        require(now != 0, STG_E_READFAULT);
+        done += now;
+    }
+    return SetStream(std::move(bytes));
+}
+
+void writeSets(IStream& stream, SetStream const& sets) {
+    auto const bytes = sets.write();
+    ULARGE_INTEGER size{};
+    size.QuadPart = bytes.size();
+    check(stream.SetSize(size));
+    check(stream.Seek({}, STREAM_SEEK_SET, nullptr));
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        ULONG now = 0;
+        check(stream.Write(bytes.data() + done, static_cast<ULONG>(bytes.size() - done), &now));
+        require(now != 0, STG_E_MEDIUMFULL);
+        done += now;
+    }
 }
 
 }  // namespace velk::platform::storage

@@ -1,7 +1,9 @@
-/// A stream of property sets.
+/// Property sets in an IStream.
 #pragma once
 
 #include <vector>
+
+#include <objidl_storage.h>
 
 #include "platform/storage/properties/section.h"
 
@@ -50,5 +52,13 @@ class SetStream {
     // The kind of system in the upper half, its version in the lower.
     static constexpr DWORD thisSystem = 0x00020106;
 };
+
+/// Reads a stream from its beginning; an empty one has no sets. Fails with what
+/// the stream answers, STG_E_INVALIDHEADER for a stream of something else, and
+/// STG_E_INSUFFICIENTMEMORY beyond 64 MiB, which no set of a document comes near.
+SetStream readSets(IStream& stream);
+
+/// Writes the stream anew. Fails with what the stream answers.
+void writeSets(IStream& stream, SetStream const& sets);
 
 }  // namespace velk::platform::storage

@@ -4,7 +4,6 @@
 #include <array>
 #include <bitset>
 
-#include "platform/storage/storage_error.h"
 #include "platform/system/utf16.h"
 
 namespace velk::platform::storage {
@@ -74,21 +73,3 @@ std::optional<FMTID> formatIdOf(std::u16string_view streamName) {
 }
 
 }  // namespace velk::platform::storage
-
-HRESULT FmtIdToPropStgName(FMTID const* formatId, LPOLESTR name) {
-    using namespace velk::platform::storage;
-    if (formatId == nullptr || name == nullptr) return E_INVALIDARG;
-    return answer([&] {
-        auto const text = streamNameOf(*formatId);
-        *std::ranges::copy(text, name).out = u'\0';
-    });
-}
-
-HRESULT PropStgNameToFmtId(LPOLESTR const name, FMTID* formatId) {
-    using namespace velk::platform::storage;
-    if (name == nullptr || formatId == nullptr) return E_INVALIDARG;
-    auto const id = formatIdOf(name);
-    if (!id) return STG_E_INVALIDNAME;
-    *formatId = *id;
-    return S_OK;
-}

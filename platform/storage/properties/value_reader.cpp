@@ -68,8 +68,8 @@ class Reading final : public ArrayElements {
         auto const type = from_.read<VARTYPE>();
         auto const padding = from_.read<WORD>();
         bool const isDoubtful = type == VT_EMPTY || padding != 0;
-        failIf(layout_.isCertain && depth_ > 0 && isDoubtful, malformedSet);
-        failIf(!isValueType(type), HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
+        require(!layout_.isCertain || depth_ == 0 || !isDoubtful, malformedSet);
+        require(isValueType(type), HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
         if (isVector(type)) {
             vector(type, value);
         } else {
@@ -117,11 +117,11 @@ class Reading final : public ArrayElements {
         auto const count = from_.read<ULONG>();
         // An element is at least a byte, and at least a size where it has one.
         std::size_t const least = known.form == Form::fixed ? known.size : sizeof(ULONG);
-        failIf(count > from_.left() / least, malformedSet);
+        require(count <= from_.left() / least, malformedSet);
         value.cac = {count, taskArray<CHAR>(count * size).release()};
         value.vt = type;
         ++depth_;
-        failIf(depth_ > deepestValue, malformedSet);
+        require(depth_ <= deepestValue, malformedSet);
         if (known.form == Form::fixed) {
             std::ranges::copy(from_.take(count * size),
                               reinterpret_cast<std::byte*>(value.cac.pElems));
@@ -168,7 +168,7 @@ class Reading final : public ArrayElements {
 
     void clipboard(CLIPDATA& data) {
         auto const size = from_.read<ULONG>();
-        failIf(size < sizeof data.ulClipFmt, malformedSet);
+        require(size >= sizeof data.ulClipFmt, malformedSet);
         data.ulClipFmt = from_.read<LONG>();
         data.pClipData = taskBytes(from_.take(size - sizeof data.ulClipFmt)).release();
         data.cbSize = size;
@@ -191,7 +191,7 @@ class Reading final : public ArrayElements {
         for (std::size_t i = layout_.textsEndInZero && units != 0 ? units - 1 : 0; i < units; ++i) {
             isEnded = isEnded || std::ranges::all_of(text.subspan(i * unit, unit), isZero);
         }
-        failIf(!isEnded, malformedSet);
+        require(isEnded, malformedSet);
         return text;
     }
     static bool isZero(std::byte b) { return b == std::byte{}; }
@@ -223,7 +223,7 @@ ReadValue read(Bytes bytes, CodePage const& page, Layout layout) {
 std::optional<ReadValue> tryRead(Bytes bytes, CodePage const& page, Layout layout) {
     try {
         return read(bytes, page, layout);
-    } catch (StorageError const&) {
+    } catch (Failure const&) {
         return {};
     }
 }

@@ -14,7 +14,7 @@ namespace {
 constexpr unsigned utf8Page = 65001;
 
 ULONG checkedSize(std::size_t size) {
-    failIf(size > std::numeric_limits<ULONG>::max() / 2, STG_E_INVALIDPARAMETER);
+    require(size <= std::numeric_limits<ULONG>::max() / 2, STG_E_INVALIDPARAMETER);
     return static_cast<ULONG>(size);
 }
 
@@ -24,7 +24,7 @@ std::string pageBytes(std::string_view text, CodePage const& page) {
     auto const wide = toUtf16(text);
     // Bytes that are no UTF-8 have become lone surrogates that no text has.
     bool const isText = CodePage(utf8Page).toText(text) == wide;
-    failIf(!isText, noSuchCharacter);
+    require(isText, noSuchCharacter);
     return pageText(wide, page);
 }
 
@@ -33,8 +33,8 @@ class Writing final : public ArrayWriting {
     explicit Writing(CodePage const& page) : page_(page) {}
 
     void typedValue(PROPVARIANT const& value) override {
-        failIf(!isValueType(value.vt), HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
-        failIf(depth_ == deepestValue, STG_E_INVALIDPARAMETER);
+        require(isValueType(value.vt), HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED));
+        require(depth_ != deepestValue, STG_E_INVALIDPARAMETER);
         ++depth_;
         to_.write(ULONG{value.vt});
         if (isVector(value.vt)) {
@@ -61,7 +61,7 @@ class Writing final : public ArrayWriting {
                 return fixed(value, known);
             case Form::classId:
             case Form::clipboard:
-                failIf(value.puuid == nullptr, STG_E_INVALIDPARAMETER);
+                require(value.puuid != nullptr, STG_E_INVALIDPARAMETER);
                 return element(known.form, value.puuid);
             case Form::array:
                 return writeArray(value.vt, value.parray, to_, *this);
@@ -82,7 +82,7 @@ class Writing final : public ArrayWriting {
         ValueType const known = valueType(elementType(value.vt));
         auto const* const elements = value.cac.pElems;
         ULONG const count = value.cac.cElems;
-        failIf(elements == nullptr && count != 0, STG_E_INVALIDPARAMETER);
+        require(elements != nullptr || count == 0, STG_E_INVALIDPARAMETER);
         to_.write(count);
         if (known.form == Form::fixed) {
             to_.write(std::as_bytes(std::span(elements, count * known.elementSize)));
@@ -129,7 +129,7 @@ class Writing final : public ArrayWriting {
     }
 
     void blob(BLOB const& value) {
-        failIf(value.pBlobData == nullptr && value.cbSize != 0, STG_E_INVALIDPARAMETER);
+        require(value.pBlobData != nullptr || value.cbSize == 0, STG_E_INVALIDPARAMETER);
         to_.write(value.cbSize);
         to_.write(std::as_bytes(std::span(value.pBlobData, value.cbSize)));
         to_.pad();
@@ -138,7 +138,7 @@ class Writing final : public ArrayWriting {
     void clipboard(CLIPDATA const& data) {
         bool const isWhole = data.cbSize >= sizeof data.ulClipFmt &&
                              (data.pClipData != nullptr || CBPCLIPDATA(data) == 0);
-        failIf(!isWhole, STG_E_INVALIDPARAMETER);
+        require(isWhole, STG_E_INVALIDPARAMETER);
         to_.write(data.cbSize);
         to_.write(data.ulClipFmt);
         to_.write(std::as_bytes(std::span(data.pClipData, CBPCLIPDATA(data))));
@@ -162,7 +162,7 @@ std::string pageText(std::u16string_view text, CodePage const& page) {
     std::u16string withZero(text);
     withZero += u'\0';
     auto bytes = page.toPageBytes(withZero);
-    failIf(!bytes, noSuchCharacter);
+    require(bytes.has_value(), noSuchCharacter);
     return std::move(*bytes);
 }
 

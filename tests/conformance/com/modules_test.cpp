@@ -1,8 +1,7 @@
-#include <thread>
-
 #include <gtest/gtest.h>
 
 #include "conformance/com/test_classes.h"
+#include "support/data_table.h"
 
 namespace {
 
@@ -15,85 +14,71 @@ Text const& serverFile() {
     return path;
 }
 
-TEST(Modules, ALoadedModuleIsFoundUntilItIsFreed) {
+/// The error that a call leaves which gives nothing; a number that is none if it
+/// gives something.
+template <typename Call>
+DWORD errorOf(Call call) {
+    SetLastError(ERROR_SUCCESS);
+    return call() ? ~DWORD{0} : GetLastError();
+}
+
+TEST(Modules, AreThereUntilTheirLastReferenceIsFreed) {
     HMODULE const module = LoadLibraryW(serverFile().c_str());
     ASSERT_NE(module, nullptr);
     EXPECT_EQ(LoadLibraryW(serverFile().c_str()), module);
-    EXPECT_EQ(GetModuleHandleW(serverFile().c_str()), module);
-    EXPECT_EQ(GetModuleHandleW(OLESTR("velktest_classes")), module);
-    auto const function = GetProcAddress(module, "DllCanUnloadNow");
-    ASSERT_NE(function, nullptr);
-    HMODULE around = nullptr;
-    EXPECT_TRUE(GetModuleHandleExW(
-        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-        reinterpret_cast<LPCWSTR>(function), &around));
-    EXPECT_EQ(around, module);
-
-    EXPECT_TRUE(FreeLibrary(module));
-    EXPECT_EQ(GetModuleHandleW(serverFile().c_str()), module) << "one reference is left";
-    EXPECT_TRUE(FreeLibrary(module));
-    EXPECT_EQ(GetModuleHandleW(serverFile().c_str()), nullptr);
-    EXPECT_FALSE(FreeLibrary(module));
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_MOD_NOT_FOUND});
-}
-
-TEST(Modules, AHandleWithAReferenceKeepsTheModule) {
-    HMODULE const module = LoadLibraryW(serverFile().c_str());
     HMODULE again = nullptr;
     ASSERT_TRUE(GetModuleHandleExW(0, serverFile().c_str(), &again));
     EXPECT_EQ(again, module);
-    EXPECT_TRUE(FreeLibrary(module));
-    EXPECT_NE(GetProcAddress(module, "DllGetClassObject"), nullptr);
-    EXPECT_TRUE(FreeLibrary(again));
+    EXPECT_EQ(GetModuleHandleW(OLESTR("velktest_classes")), module);
+    auto const function = GetProcAddress(module, "DllCanUnloadNow");
+    ASSERT_NE(function, nullptr);
+    EXPECT_EQ(moduleOf(reinterpret_cast<void const*>(function)), module);
+    for (int left = 3; left > 0; --left) {
+        EXPECT_EQ(GetModuleHandleW(serverFile().c_str()), module) << left << " references are left";
+        EXPECT_TRUE(FreeLibrary(module));
+    }
     EXPECT_EQ(GetModuleHandleW(serverFile().c_str()), nullptr);
-}
-
-TEST(Modules, TheProgramIsAModule) {
+    EXPECT_EQ(errorOf([&] { return FreeLibrary(module); }), DWORD{ERROR_MOD_NOT_FOUND});
     HMODULE const program = GetModuleHandleW(nullptr);
     ASSERT_NE(program, nullptr);
-    HMODULE around = nullptr;
-    EXPECT_TRUE(GetModuleHandleExW(
-        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-        reinterpret_cast<LPCWSTR>(&someVariable), &around));
-    EXPECT_EQ(around, program);
+    EXPECT_EQ(moduleOf(&someVariable), program);
 }
 
 TEST(Modules, FailuresHaveTheirNumbers) {
-    struct Case {
-        Text path;
-        DWORD expected;
-    };
-    Case const cases[] = {
-        {OLESTR("no_such_module_anywhere"), ERROR_MOD_NOT_FOUND},
-        {serverPath(OLESTR("no_such_module")), ERROR_MOD_NOT_FOUND},
-        {OLESTR(""), ERROR_MOD_NOT_FOUND},
-    };
-    for (auto const& entry : cases) {
-        SetLastError(0);
-        EXPECT_EQ(LoadLibraryW(entry.path.c_str()), nullptr);
-        EXPECT_EQ(GetLastError(), entry.expected);
-    }
-    EXPECT_EQ(LoadLibraryW(nullptr), nullptr);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
-    EXPECT_FALSE(FreeLibrary(nullptr));
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_HANDLE});
-    EXPECT_EQ(GetProcAddress(GetModuleHandleW(OLESTR("oleaut32")), "NoSuchFunction"), nullptr);
-    EXPECT_EQ(GetProcAddress(reinterpret_cast<HMODULE>(0x1230000), "Anything"), nullptr);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_MOD_NOT_FOUND});
-}
-
-TEST(Modules, ContradictoryFlagsAreRefused) {
     HMODULE module = nullptr;
-    DWORD const both = GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
-    for (DWORD const flags : {both, DWORD{0x80}}) {
-        SetLastError(0);
-        EXPECT_FALSE(GetModuleHandleExW(flags, nullptr, &module)) << flags;
-        EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER}) << flags;
+    auto const none = reinterpret_cast<HMODULE>(0x1230000);
+    OLECHAR path[8];
+    auto const load = [](Text const& name) { return LoadLibraryW(name.c_str()) != nullptr; };
+    auto const find = [&](DWORD flags) {
+        return GetModuleHandleExW(flags, nullptr, &module) != FALSE;
+    };
+    struct Failure {
+        char const* what;
+        DWORD error, expected = ERROR_MOD_NOT_FOUND;
+    };
+    for (auto const& each : {
+             Failure{"a name", errorOf([&] { return load(OLESTR("no_such_module_anywhere")); })},
+             {"a path", errorOf([&] { return load(serverPath(OLESTR("no_such_module"))); })},
+             {"an empty name", errorOf([&] { return load(OLESTR("")); })},
+             {"no name", errorOf([] { return LoadLibraryW(nullptr) != nullptr; }),
+              ERROR_INVALID_PARAMETER},
+             {"nothing to free", errorOf([] { return FreeLibrary(nullptr); }),
+              ERROR_INVALID_HANDLE},
+             {"a function of none",
+              errorOf([&] { return GetProcAddress(none, "Anything") != nullptr; })},
+             {"the file of none", errorOf([&] { return GetModuleFileNameW(none, path, 8) != 0; })},
+             {"pinned without a reference", errorOf([&] {
+                  return find(GET_MODULE_HANDLE_EX_FLAG_PIN |
+                              GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT);
+              }),
+              ERROR_INVALID_PARAMETER},
+             {"an unknown flag", errorOf([&] { return find(0x80); }), ERROR_INVALID_PARAMETER},
+         }) {
+        EXPECT_EQ(each.error, each.expected) << each.what;
     }
+    EXPECT_EQ(GetProcAddress(GetModuleHandleW(OLESTR("oleaut32")), "NoSuchFunction"), nullptr);
     EXPECT_FALSE(GetModuleHandleExW(0, nullptr, nullptr));
-    EXPECT_FALSE(GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                                    reinterpret_cast<LPCWSTR>(16), &module));
-    EXPECT_EQ(module, nullptr);
+    EXPECT_EQ(moduleOf(reinterpret_cast<void const*>(16)), nullptr);
 }
 
 TEST(Modules, APathIsCutToTheRoomThereIs) {
@@ -101,48 +86,41 @@ TEST(Modules, APathIsCutToTheRoomThereIs) {
     DWORD const length = GetModuleFileNameW(nullptr, path, 1024);
     ASSERT_GT(length, 3u);
     ASSERT_LT(length, 1024u);
-    EXPECT_EQ(Text(path).size(), length);
     Text const full = path;
-
-    struct Case {
-        DWORD capacity;
-        DWORD result;
-        DWORD error;
-    };
-    Case const cases[] = {{length + 1, length, ERROR_SUCCESS},
-                          {length, length, ERROR_INSUFFICIENT_BUFFER},
-                          {3, 3, ERROR_INSUFFICIENT_BUFFER},
-                          {1, 1, ERROR_INSUFFICIENT_BUFFER}};
-    for (auto const& entry : cases) {
+    EXPECT_EQ(full.size(), length);
+    for (DWORD const room : {length + 1, length, DWORD{3}, DWORD{1}}) {
+        bool const fits = room > length;
         SetLastError(99);
-        EXPECT_EQ(GetModuleFileNameW(nullptr, path, entry.capacity), entry.result);
-        EXPECT_EQ(GetLastError(), entry.error) << entry.capacity;
-        EXPECT_EQ(Text(path, entry.capacity - 1), full.substr(0, entry.capacity - 1));
+        EXPECT_EQ(GetModuleFileNameW(nullptr, path, room), fits ? length : room);
+        EXPECT_EQ(GetLastError(), fits ? DWORD{ERROR_SUCCESS} : DWORD{ERROR_INSUFFICIENT_BUFFER});
+        EXPECT_EQ(Text(path, room - 1), full.substr(0, room - 1));
     }
-    EXPECT_EQ(GetModuleFileNameW(reinterpret_cast<HMODULE>(0x1230000), path, 1024), 0u);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_MOD_NOT_FOUND});
 }
 
 TEST(Locale, IsTheThreadsOwn) {
     LCID const before = GetThreadLocale();
     ASSERT_TRUE(SetThreadLocale(0x0407));
     EXPECT_EQ(GetThreadLocale(), 0x0407u);
-    std::thread([before] { EXPECT_EQ(GetThreadLocale(), before); }).join();
+    onThreads(1, [before](int) { EXPECT_EQ(GetThreadLocale(), before); });
     EXPECT_TRUE(SetThreadLocale(LOCALE_SYSTEM_DEFAULT));
     EXPECT_EQ(GetThreadLocale(), GetSystemDefaultLCID());
     EXPECT_TRUE(SetThreadLocale(LOCALE_USER_DEFAULT));
-    EXPECT_EQ(GetThreadLocale(), GetUserDefaultLCID());
-    SetLastError(0);
-    EXPECT_FALSE(SetThreadLocale(0xFFFF));
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(errorOf([] { return SetThreadLocale(0xFFFF); }), DWORD{ERROR_INVALID_PARAMETER});
     EXPECT_EQ(GetThreadLocale(), GetUserDefaultLCID());
     EXPECT_TRUE(SetThreadLocale(before));
 }
 
-struct ResourceCase {
-    LPCWSTR name;
-    LPCWSTR type;
-    char const* content;
+/// A resource's type or name: a number, or a text.
+class ResourceName {
+  public:
+    explicit ResourceName(std::string const& cell)
+        : text_(cell.begin(), cell.end()),
+          number_(cell.find_first_not_of("0123456789") == cell.npos ? std::stoi(cell) : 0) {}
+    operator LPCWSTR() const { return number_ != 0 ? MAKEINTRESOURCEW(number_) : text_.c_str(); }
+
+  private:
+    Text text_;
+    int number_;
 };
 
 TEST(Resources, AreFoundByNumberAndName) {
@@ -150,31 +128,16 @@ TEST(Resources, AreFoundByNumberAndName) {
     HMODULE const asData = LoadLibraryExW(serverFile().c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
     ASSERT_NE(loaded, nullptr);
     ASSERT_NE(asData, nullptr);
-    char const* const first = "first resource\n";
-    char const* const second = "the second, longer resource";
-    ResourceCase const cases[] = {
-        {MAKEINTRESOURCEW(101), OLESTR("REGISTRY"), first},
-        {MAKEINTRESOURCEW(102), OLESTR("registry"), second},
-        {OLESTR("#101"), OLESTR("REGISTRY"), first},
-        {OLESTR("named"), OLESTR("REGISTRY"), second},
-        {MAKEINTRESOURCEW(7), MAKEINTRESOURCEW(777), first},
-        {OLESTR("#7"), OLESTR("#777"), first},
-    };
     for (HMODULE const module : {loaded, asData}) {
-        for (auto const& entry : cases) {
-            HRSRC const found = FindResourceW(module, entry.name, entry.type);
-            ASSERT_NE(found, nullptr) << entry.content;
-            DWORD const size = SizeofResource(module, found);
+        expectTable("com/resources.tsv", [&](DataRow const& row) -> std::string {
+            ResourceName const name(row["name"]), type(row["type"]);
+            SetLastError(ERROR_SUCCESS);
+            HRSRC const found = FindResourceW(module, name, type);
+            if (found == nullptr) return "error " + std::to_string(GetLastError());
             auto const* const data =
                 static_cast<char const*>(LockResource(LoadResource(module, found)));
-            ASSERT_NE(data, nullptr);
-            EXPECT_EQ(std::string(data, size), entry.content);
-        }
-        SetLastError(0);
-        EXPECT_EQ(FindResourceW(module, MAKEINTRESOURCEW(103), OLESTR("REGISTRY")), nullptr);
-        EXPECT_EQ(GetLastError(), DWORD{ERROR_RESOURCE_NAME_NOT_FOUND});
-        EXPECT_EQ(FindResourceW(module, MAKEINTRESOURCEW(101), OLESTR("NOTHING")), nullptr);
-        EXPECT_EQ(GetLastError(), DWORD{ERROR_RESOURCE_TYPE_NOT_FOUND});
+            return data == nullptr ? "nothing" : std::string(data, SizeofResource(module, found));
+        });
     }
     EXPECT_TRUE(FreeLibrary(asData));
     EXPECT_TRUE(FreeLibrary(loaded));

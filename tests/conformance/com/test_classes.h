@@ -1,7 +1,11 @@
-/// Putting the test servers into the registry, and finding their files.
+/// Putting the test servers into the registry, finding their files, and what the
+/// tests of classes and objects share.
 #pragma once
 
+#include <atomic>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <windows.h>
 
@@ -20,6 +24,15 @@ inline Text serverPath(Text const& name) {
     Text const program(buffer, length);
     auto const folder = program.substr(0, program.find_last_of(OLESTR("/\\")) + 1);
     return folder + OLESTR("servers/") + name + VELK_MODULE_SUFFIX;
+}
+
+/// The module that has this address; null when none has.
+inline HMODULE moduleOf(void const* address) {
+    HMODULE module = nullptr;
+    GetModuleHandleExW(
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+        static_cast<LPCWSTR>(address), &module);
+    return module;
 }
 
 inline Text idText(REFGUID id) {
@@ -65,6 +78,75 @@ class RegisteredClass {
     Text key_;
     HKEY root_;
 };
+
+/// An object that tells how many references others hold to it: a test owns it,
+/// whatever its count. Answers for IUnknown and IClassFactory.
+class CountedObject : public IClassFactory {
+  public:
+    std::atomic<ULONG> references{0};
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override {
+        bool const known = riid == IID_IUnknown || riid == IID_IClassFactory;
+        // What a caller shall not take for an object.
+        *object = known ? this : reinterpret_cast<void*>(0x20);
+        if (known) ++references;
+        return known ? S_OK : E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+    ULONG STDMETHODCALLTYPE Release() override { return --references; }
+    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID, void**) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return E_NOTIMPL; }
+};
+
+/// An object that a call is to give, given back with this.
+class Found {
+  public:
+    Found() = default;
+    Found(Found const&) = delete;
+    Found& operator=(Found const&) = delete;
+    ~Found() { clear(); }
+    /// The place for the next one, with what a failure shall not leave there.
+    template <typename Interface = void>
+    Interface** place() {
+        clear();
+        object_ = rubbish();
+        return reinterpret_cast<Interface**>(&object_);
+    }
+    void* get() const { return object_; }
+    template <typename Interface>
+    Interface* as() const {
+        return static_cast<Interface*>(object_);
+    }
+
+  private:
+    static void* rubbish() { return reinterpret_cast<void*>(0x20); }
+    void clear() {
+        if (object_ != nullptr && object_ != rubbish()) as<IUnknown>()->Release();
+        object_ = nullptr;
+    }
+    void* object_ = nullptr;
+};
+
+/// Runs `work` with the number of each thread.
+template <typename Work>
+void onThreads(int count, Work work) {
+    std::vector<std::thread> threads;
+    for (int number = 0; number < count; ++number) threads.emplace_back(work, number);
+    for (auto& thread : threads) thread.join();
+}
+
+/// Whether classes may be asked for here: what comes of one that is not there.
+inline HRESULT classesHere() {
+    Found found;
+    return CoGetClassObject(CLSID_NULL, CLSCTX_INPROC_SERVER, nullptr, IID_IUnknown, found.place());
+}
+
+inline HRESULT create(REFCLSID id, Found& object, IUnknown* outer = nullptr,
+                      DWORD context = CLSCTX_INPROC_SERVER, REFIID riid = IID_IUnknown) {
+    return CoCreateInstance(id, outer, context, riid, object.place());
+}
 
 /// The calling thread's stay in an apartment.
 class ApartmentStay {

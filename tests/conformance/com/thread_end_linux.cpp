@@ -65,9 +65,7 @@ TEST(ThreadEnd, EveryWayOfMeetingTheLayerCounts) {
 
 TEST(ThreadEnd, AThreadLeavesItsApartment) {
     std::thread([] { CoInitializeEx(nullptr, COINIT_MULTITHREADED); }).join();
-    APTTYPE type{};
-    APTTYPEQUALIFIER qualifier{};
-    EXPECT_EQ(CoGetApartmentType(&type, &qualifier), CO_E_NOTINITIALIZED)
+    EXPECT_EQ(classesHere(), CO_E_NOTINITIALIZED)
         << "the multi-threaded apartment has ended with its only thread";
 }
 
@@ -91,20 +89,18 @@ TEST(ThreadEnd, DetachingWaitsForThreadsThatAreInside) {
 
 TEST(ThreadEnd, AttachingAndDetachingWhileThreadsEnd) {
     std::atomic<bool> stop{false};
-    std::vector<std::thread> makers;
-    for (int number = 0; number < 3; ++number) {
-        makers.emplace_back([&] {
-            while (!stop) std::thread([] { static_cast<void>(GetCurrentThreadId()); }).join();
-        });
-    }
     int seen = 0;
-    for (int round = 0; round < 50; ++round) {
-        Watcher watcher;
-        while (watcher.detaches() == 0) std::this_thread::yield();
-        seen += watcher.detaches();
-    }
-    stop = true;
-    for (auto& maker : makers) maker.join();
+    onThreads(4, [&](int number) {
+        while (number != 0 && !stop) {
+            std::thread([] { static_cast<void>(GetCurrentThreadId()); }).join();
+        }
+        for (int round = 0; number == 0 && round < 50; ++round) {
+            Watcher watcher;
+            while (watcher.detaches() == 0) std::this_thread::yield();
+            seen += watcher.detaches();
+        }
+        if (number == 0) stop = true;
+    });
     EXPECT_GE(seen, 50);
 }
 
@@ -114,21 +110,15 @@ TEST(ThreadEnd, AModuleOutlastsItsEntryWhenItsThreadWasTheLastInCom) {
     RegisteredClass const registered(plainClass, path, OLESTR("Both"));
     auto const use = [] {
         ApartmentStay const stay(COINIT_MULTITHREADED);
-        void* object = nullptr;
-        EXPECT_EQ(
-            CoGetClassObject(plainClass, CLSCTX_INPROC_SERVER, nullptr, IID_IUnknown, &object),
-            CLASS_E_CLASSNOTAVAILABLE);
+        Found object;
+        EXPECT_EQ(create(plainClass, object), CLASS_E_CLASSNOTAVAILABLE);
     };
     for (int round = 0; round < 40; ++round) {
         StartGate gate(4);
-        std::vector<std::thread> threads;
-        for (int number = 0; number < 4; ++number) {
-            threads.emplace_back([&] {
-                gate.arriveAndWait();
-                use();
-            });
-        }
-        for (auto& thread : threads) thread.join();
+        onThreads(4, [&](int) {
+            gate.arriveAndWait();
+            use();
+        });
         std::thread(use).join();
         ASSERT_EQ(GetModuleHandleW(path.c_str()), nullptr) << "freed with the last thread";
     }

@@ -9,6 +9,7 @@
 
 #include "com/com_ptr.h"
 #include "conformance/com/test_classes.h"
+#include "support/mapped_volume.h"
 
 namespace velk::test {
 namespace {
@@ -17,6 +18,10 @@ using com::ComPtr;
 
 constexpr GUID shapesId = {
     0x3D1B5C02, 0x7A64, 0x4E0F, {0x9C, 0x53, 0x1F, 0x2A, 0x6B, 0x8E, 0x0D, 0x01}};
+constexpr GUID recorderId = {
+    0x3D1B5C02, 0x7A64, 0x4E0F, {0x9C, 0x53, 0x1F, 0x2A, 0x6B, 0x8E, 0x0D, 0x05}};
+constexpr GUID pointId = {
+    0x3D1B5C02, 0x7A64, 0x4E0F, {0x9C, 0x53, 0x1F, 0x2A, 0x6B, 0x8E, 0x0D, 0x03}};
 constexpr OLECHAR progId[] = OLESTR("VelkTest.Common");
 constexpr OLECHAR keyName[] = OLESTR("Software\\VelkCommonCalls");
 constexpr OLECHAR branchName[] = OLESTR("Software\\VelkCommonCalls\\Branch");
@@ -35,41 +40,43 @@ Text const shapesPath = std::filesystem::path(VELK_SHAPES_TLB).u16string();
 Text const documentPath = (std::filesystem::current_path() / "common_calls.doc").u16string();
 Text const classesPath = serverPath(OLESTR("velktest_classes"));
 
-class Key {
-  public:
-    Key() = default;
-    Key(Key const&) = delete;
-    Key& operator=(Key const&) = delete;
-    ~Key() {
-        if (key != nullptr) RegCloseKey(key);
-    }
-    HKEY key = nullptr;
-};
-
-LSTATUS open(Key& opened, OLECHAR const* name = keyName) {
-    return RegOpenKeyExW(HKEY_CURRENT_USER, name, 0, KEY_ALL_ACCESS, &opened.key);
-}
-
-LSTATUS create(OLECHAR const* name) {
-    Key made;
-    return RegCreateKeyExW(HKEY_CURRENT_USER, name, 0, nullptr, REG_OPTION_NON_VOLATILE,
-                           KEY_ALL_ACCESS, nullptr, &made.key, nullptr);
-}
-
-LSTATUS setText(OLECHAR const* name) {
-    Key opened;
-    LSTATUS const status = open(opened);
-    if (status != ERROR_SUCCESS) return status;
-    return RegSetValueExW(opened.key, name, 0, REG_SZ, reinterpret_cast<BYTE const*>(someText),
-                          sizeof someText);
-}
-
-/// What `use` makes of the key that stands open.
+/// What opens a key, and what is done with it then.
 template <typename Use>
-HRESULT withKey(Use use) {
-    Key opened;
-    LSTATUS const status = open(opened);
-    return codeOf(status != ERROR_SUCCESS ? status : use(opened.key));
+HRESULT withKey(Use use, HKEY root = HKEY_CURRENT_USER, OLECHAR const* name = keyName) {
+    HKEY key = nullptr;
+    LSTATUS status = RegOpenKeyExW(root, name, 0, KEY_ALL_ACCESS, &key);
+    if (status == ERROR_SUCCESS) {
+        status = use(key);
+        RegCloseKey(key);
+    }
+    return codeOf(status);
+}
+
+LSTATUS noUse(HKEY) {
+    return ERROR_SUCCESS;
+}
+
+HRESULT create(OLECHAR const* name) {
+    HKEY key = nullptr;
+    LSTATUS const status =
+        RegCreateKeyExW(HKEY_CURRENT_USER, name, 0, nullptr, REG_OPTION_NON_VOLATILE,
+                        KEY_ALL_ACCESS, nullptr, &key, nullptr);
+    if (status == ERROR_SUCCESS) RegCloseKey(key);
+    return codeOf(status);
+}
+
+HRESULT setText(OLECHAR const* name) {
+    return withKey([&](HKEY key) {
+        return RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<BYTE const*>(someText),
+                              sizeof someText);
+    });
+}
+
+/// What `make` makes into an owner of its own.
+template <typename Interface, typename Make>
+HRESULT made(Make make) {
+    ComPtr<Interface> object;
+    return make(object);
 }
 
 /// What `use` makes of the sample library.
@@ -81,12 +88,10 @@ HRESULT withLibrary(Use use) {
 }
 
 template <typename Use>
-HRESULT withRecorderType(Use use) {
+HRESULT withType(REFGUID id, Use use) {
     return withLibrary([&](ITypeLib& library) {
-        constexpr GUID recorder = {
-            0x3D1B5C02, 0x7A64, 0x4E0F, {0x9C, 0x53, 0x1F, 0x2A, 0x6B, 0x8E, 0x0D, 0x05}};
         ComPtr<ITypeInfo> type;
-        HRESULT const code = library.GetTypeInfoOfGuid(recorder, type.put());
+        HRESULT const code = library.GetTypeInfoOfGuid(id, type.put());
         return FAILED(code) ? code : use(*type.get());
     });
 }
@@ -96,7 +101,20 @@ HRESULT createPlain(ComPtr<IUnknown>& made) {
                             made.putVoid());
 }
 
-CommonCall const comCalls[] = {
+template <typename Use>
+HRESULT withPlain(Use use) {
+    ComPtr<IUnknown> plain;
+    HRESULT const code = createPlain(plain);
+    return FAILED(code) ? code : use(*plain.get());
+}
+
+constexpr DWORD createMode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE;
+
+HRESULT createDocument(ComPtr<IStorage>& root) {
+    return StgCreateDocfile(documentPath.c_str(), createMode, 0, root.put());
+}
+
+CommonCall const calls[] = {
     {"CoInitializeEx",
      [] {
          HRESULT const code = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
@@ -108,63 +126,45 @@ CommonCall const comCalls[] = {
          CLSID id;
          return CLSIDFromProgID(progId, &id);
      }},
-    {"ProgIDFromCLSID",
-     [] {
-         LPOLESTR name = nullptr;
-         HRESULT const code = ProgIDFromCLSID(plainClass, &name);
-         CoTaskMemFree(name);
-         return code;
-     }},
-    {"StringFromCLSID",
-     [] {
-         LPOLESTR name = nullptr;
-         HRESULT const code = StringFromCLSID(plainClass, &name);
-         CoTaskMemFree(name);
-         return code;
-     }},
     {"CoGetClassObject",
      [] {
-         ComPtr<IClassFactory> factory;
-         return CoGetClassObject(plainClass, CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
-                                 factory.putVoid());
+         return made<IClassFactory>([](auto& factory) {
+             return CoGetClassObject(plainClass, CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
+                                     factory.putVoid());
+         });
      }},
-    {"CoCreateInstance",
-     [] {
-         ComPtr<IUnknown> made;
-         return createPlain(made);
-     }},
-    {"CoFreeUnusedLibraries",
-     [] {
-         CoFreeUnusedLibrariesEx(0, 0);
-         return S_OK;
-     }},
+    {"CoCreateInstance", [] { return made<IUnknown>(createPlain); }},
+    {"CoFreeUnusedLibraries", [] { return CoFreeUnusedLibraries(), S_OK; }},
     {"the global interface table",
      [] {
-         ComPtr<IGlobalInterfaceTable> table;
-         ComPtr<IUnknown> made, found;
-         DWORD cookie = 0;
-         HRESULT code =
-             CoCreateInstance(CLSID_StdGlobalInterfaceTable, nullptr, CLSCTX_INPROC_SERVER,
-                              IID_IGlobalInterfaceTable, table.putVoid());
-         if (SUCCEEDED(code)) code = createPlain(made);
-         if (SUCCEEDED(code)) {
-             code = table->RegisterInterfaceInGlobal(made.get(), IID_IUnknown, &cookie);
-         }
-         if (FAILED(code)) return code;
-         code = table->GetInterfaceFromGlobal(cookie, IID_IUnknown, found.putVoid());
-         HRESULT const revoked = table->RevokeInterfaceFromGlobal(cookie);
-         return FAILED(code) ? code : revoked;
+         return withPlain([](IUnknown& plain) {
+             ComPtr<IGlobalInterfaceTable> table;
+             DWORD cookie = 0;
+             HRESULT code =
+                 CoCreateInstance(CLSID_StdGlobalInterfaceTable, nullptr, CLSCTX_INPROC_SERVER,
+                                  IID_IGlobalInterfaceTable, table.putVoid());
+             if (SUCCEEDED(code)) {
+                 code = table->RegisterInterfaceInGlobal(&plain, IID_IUnknown, &cookie);
+             }
+             if (FAILED(code)) return code;
+             code = made<IUnknown>([&](auto& found) {
+                 return table->GetInterfaceFromGlobal(cookie, IID_IUnknown, found.putVoid());
+             });
+             HRESULT const revoked = table->RevokeInterfaceFromGlobal(cookie);
+             return FAILED(code) ? code : revoked;
+         });
      }},
     {"GetActiveObject",
      [] {
-         ComPtr<IUnknown> made, found;
-         DWORD registration = 0;
-         HRESULT code = createPlain(made);
-         if (SUCCEEDED(code)) code = RegisterActiveObject(made.get(), plainClass, 0, &registration);
-         if (FAILED(code)) return code;
-         code = GetActiveObject(plainClass, nullptr, found.put());
-         HRESULT const revoked = RevokeActiveObject(registration, nullptr);
-         return FAILED(code) ? code : revoked;
+         return withPlain([](IUnknown& plain) {
+             DWORD registration = 0;
+             HRESULT code = RegisterActiveObject(&plain, plainClass, 0, &registration);
+             if (FAILED(code)) return code;
+             code = made<IUnknown>(
+                 [](auto& found) { return GetActiveObject(plainClass, nullptr, found.put()); });
+             HRESULT const revoked = RevokeActiveObject(registration, nullptr);
+             return FAILED(code) ? code : revoked;
+         });
      }},
     {"LoadLibraryW",
      [] {
@@ -184,19 +184,12 @@ CommonCall const comCalls[] = {
          return codeOf(GetVolumeInformationW(OLESTR("C:\\"), nullptr, 0, &serial, nullptr, nullptr,
                                              nullptr, 0) != FALSE);
      }},
-};
-
-CommonCall const registryCalls[] = {
-    {"RegOpenKeyExW", [] { return withKey([](HKEY) { return LSTATUS{ERROR_SUCCESS}; }); }},
-    {"RegOpenKeyExW of a class",
-     [] {
-         Key opened;
-         return codeOf(RegOpenKeyExW(HKEY_CLASSES_ROOT, progId, 0, KEY_READ, &opened.key));
-     }},
-    {"RegCreateKeyExW of an old key", [] { return codeOf(create(keyName)); }},
-    {"RegCreateKeyExW of a new key", [] { return codeOf(create(branchName)); },
+    {"RegOpenKeyExW", [] { return withKey(noUse); }},
+    {"RegOpenKeyExW of a class", [] { return withKey(noUse, HKEY_CLASSES_ROOT, progId); }},
+    {"RegCreateKeyExW of an old key", [] { return create(keyName); }},
+    {"RegCreateKeyExW of a new key", [] { return create(branchName); },
      [] { RegDeleteTreeW(HKEY_CURRENT_USER, branchName); }},
-    {"RegSetValueExW", [] { return codeOf(setText(OLESTR("new"))); }},
+    {"RegSetValueExW", [] { return setText(OLESTR("new")); }},
     {"RegQueryValueExW",
      [] {
          return withKey([](HKEY key) {
@@ -242,25 +235,15 @@ CommonCall const registryCalls[] = {
      [] { create(branchName); }},
     {"RegDeleteTreeW", [] { return codeOf(RegDeleteTreeW(HKEY_CURRENT_USER, branchName)); },
      [] { create(branchName); }},
-};
-
-CommonCall const typeCalls[] = {
     {"LoadTypeLib",
      [] {
-         ComPtr<ITypeLib> library;
-         return LoadTypeLib(shapesPath.c_str(), library.put());
+         return made<ITypeLib>(
+             [](auto& library) { return LoadTypeLib(shapesPath.c_str(), library.put()); });
      }},
     {"LoadRegTypeLib",
      [] {
-         ComPtr<ITypeLib> library;
-         return LoadRegTypeLib(shapesId, 1, 2, 0x0407, library.put());
-     }},
-    {"QueryPathOfRegTypeLib",
-     [] {
-         BSTR path = nullptr;
-         HRESULT const code = QueryPathOfRegTypeLib(shapesId, 1, 2, 0x0407, &path);
-         SysFreeString(path);
-         return code;
+         return made<ITypeLib>(
+             [](auto& library) { return LoadRegTypeLib(shapesId, 1, 2, 0x0407, library.put()); });
      }},
     {"RegisterTypeLib",
      [] {
@@ -278,7 +261,7 @@ CommonCall const typeCalls[] = {
      }},
     {"ITypeInfo::GetIDsOfNames",
      [] {
-         return withRecorderType([](ITypeInfo& type) {
+         return withType(recorderId, [](ITypeInfo& type) {
              auto* name = const_cast<OLECHAR*>(OLESTR("Title"));
              MEMBERID id = 0;
              return type.GetIDsOfNames(&name, 1, &id);
@@ -286,7 +269,7 @@ CommonCall const typeCalls[] = {
      }},
     {"ITypeInfo::GetFuncDesc",
      [] {
-         return withRecorderType([](ITypeInfo& type) {
+         return withType(recorderId, [](ITypeInfo& type) {
              FUNCDESC* function = nullptr;
              HRESULT const code = type.GetFuncDesc(0, &function);
              if (SUCCEEDED(code)) type.ReleaseFuncDesc(function);
@@ -295,28 +278,21 @@ CommonCall const typeCalls[] = {
      }},
     {"CreateStdDispatch",
      [] {
-         return withRecorderType([](ITypeInfo& type) {
-             ComPtr<IUnknown> made, dispatch;
-             HRESULT const code = createPlain(made);
-             if (FAILED(code)) return code;
-             return CreateStdDispatch(nullptr, made.get(), &type, dispatch.put());
+         return withType(recorderId, [](ITypeInfo& type) {
+             return withPlain([&](IUnknown& plain) {
+                 return made<IUnknown>([&](auto& dispatch) {
+                     return CreateStdDispatch(nullptr, &plain, &type, dispatch.put());
+                 });
+             });
          });
      }},
-    {"GetRecordInfoFromGuids",
+    {"GetRecordInfoFromTypeInfo",
      [] {
-         constexpr GUID point = {
-             0x3D1B5C02, 0x7A64, 0x4E0F, {0x9C, 0x53, 0x1F, 0x2A, 0x6B, 0x8E, 0x0D, 0x03}};
-         ComPtr<IRecordInfo> record;
-         return GetRecordInfoFromGuids(shapesId, 1, 2, 0x0407, point, record.put());
+         return withType(pointId, [](ITypeInfo& type) {
+             return made<IRecordInfo>(
+                 [&](auto& record) { return GetRecordInfoFromTypeInfo(&type, record.put()); });
+         });
      }},
-    {"CreateTypeLib2",
-     [] {
-         ComPtr<ICreateTypeLib2> library;
-         return CreateTypeLib2(SYS_WIN64, OLESTR("made.tlb"), library.put());
-     }},
-};
-
-CommonCall const dataCalls[] = {
     {"SysAllocString",
      [] {
          BSTR const text = SysAllocString(someText);
@@ -338,50 +314,35 @@ CommonCall const dataCalls[] = {
          VariantClear(&text);
          return code;
      }},
-    {"StgCreateDocfile",
-     [] {
-         ComPtr<IStorage> root;
-         return StgCreateDocfile(documentPath.c_str(),
-                                 STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE, 0,
-                                 root.put());
-     }},
+    {"StgCreateDocfile", [] { return made<IStorage>(createDocument); }},
     {"StgOpenStorage",
      [] {
-         ComPtr<IStorage> root;
-         return StgOpenStorage(documentPath.c_str(), nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE,
-                               nullptr, 0, root.put());
+         return made<IStorage>([](auto& root) {
+             return StgOpenStorage(documentPath.c_str(), nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE,
+                                   nullptr, 0, root.put());
+         });
      },
-     [] {
-         ComPtr<IStorage> root;
-         StgCreateDocfile(documentPath.c_str(), STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE,
-                          0, root.put());
-     }},
+     [] { made<IStorage>(createDocument); }},
     {"IPropertySetStorage::Create",
      [] {
+         ComPtr<IStorage> root;
          ComPtr<IPropertySetStorage> sets;
-         ComPtr<IPropertyStorage> set;
-         constexpr DWORD mode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE;
-         HRESULT const code =
-             StgCreateStorageEx(documentPath.c_str(), mode, STGFMT_DOCFILE, 0, nullptr, nullptr,
-                                IID_IPropertySetStorage, sets.putVoid());
+         HRESULT code = createDocument(root);
+         if (SUCCEEDED(code)) {
+             code = root->QueryInterface(IID_IPropertySetStorage, sets.putVoid());
+         }
          if (FAILED(code)) return code;
-         return sets->Create(FMTID_SummaryInformation, nullptr, PROPSETFLAG_DEFAULT, mode,
-                             set.put());
+         return made<IPropertyStorage>([&](auto& set) {
+             return sets->Create(FMTID_SummaryInformation, nullptr, PROPSETFLAG_DEFAULT, createMode,
+                                 set.put());
+         });
      }},
 };
 
 }  // namespace
 
-std::vector<CommonCall> const& commonCalls() {
-    static auto const all = [] {
-        std::vector<CommonCall> calls;
-        calls.insert(calls.end(), std::begin(comCalls), std::end(comCalls));
-        calls.insert(calls.end(), std::begin(registryCalls), std::end(registryCalls));
-        calls.insert(calls.end(), std::begin(typeCalls), std::end(typeCalls));
-        calls.insert(calls.end(), std::begin(dataCalls), std::end(dataCalls));
-        return calls;
-    }();
-    return all;
+std::span<CommonCall const> commonCalls() {
+    return calls;
 }
 
 void installForCalls() {
@@ -393,12 +354,8 @@ void installForCalls() {
     setText(OLESTR("text"));
     withLibrary(
         [](ITypeLib& library) { return RegisterTypeLib(&library, shapesPath.c_str(), nullptr); });
-    Key volumes;
-    RegCreateKeyExW(HKEY_CURRENT_USER, OLESTR("Software\\VelkCOMAdapter\\Volumes"), 0, nullptr,
-                    REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS, nullptr, &volumes.key, nullptr);
-    constexpr OLECHAR folder[] = OLESTR("/");
-    RegSetValueExW(volumes.key, OLESTR("C:\\"), 0, REG_SZ, reinterpret_cast<BYTE const*>(folder),
-                   sizeof folder);
+    // This process ends without destroying it.
+    static MappedVolume const mapped(OLESTR("C:\\"), "/");
 }
 
 }  // namespace velk::test

@@ -1,7 +1,7 @@
 /// The calls of the layer that programs make most.
 #pragma once
 
-#include <vector>
+#include <span>
 
 #include <windows.h>
 
@@ -15,7 +15,7 @@ struct CommonCall {
     void (*prepare)() = nullptr;
 };
 
-std::vector<CommonCall> const& commonCalls();
+std::span<CommonCall const> commonCalls();
 
 /// Registers what the calls look for, once for all processes.
 void installForCalls();

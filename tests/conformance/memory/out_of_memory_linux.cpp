@@ -43,7 +43,7 @@ class EachCall : public testing::TestWithParam<std::tuple<std::size_t, bool>> {
     static int inChild(std::function<void()> const& work) noexcept {
         pid_t const child = fork();
         if (child == 0) {
-            alarm(20);
+            alarm(60);
             CoInitializeEx(nullptr, COINIT_MULTITHREADED);
             work();
             _exit(0);

@@ -4,58 +4,39 @@
 
 #include <gtest/gtest.h>
 
-#include "support/value_notation.h"
-
 namespace velk::test {
 
-GUID recordsId(BYTE last) {
-    return {0x5A0E7C31, 0x6B1D, 0x4C86, {0x8E, 0x24, 0x9D, 0x3F, 0x5B, 0x7A, 0x1C, last}};
+com::ComPtr<ITypeLib> loadRecords() {
+    com::ComPtr<ITypeLib> library;
+    auto const path = std::filesystem::path(VELK_RECORDS_TLB).string<OLECHAR>();
+    EXPECT_EQ(LoadTypeLibEx(path.c_str(), REGKIND_NONE, library.put()), S_OK);
+    return library;
 }
 
-Wide recordsPath() {
-    return std::filesystem::path(VELK_RECORDS_TLB).string<OLECHAR>();
-}
-
-Owned<ITypeLib> loadRecords() {
-    return loadLibrary(VELK_RECORDS_TLB);
-}
-
-Owned<IRecordInfo> recordNamed(OLECHAR const* name) {
+com::ComPtr<ITypeInfo> typeOfRecords(char const* name) {
     auto const library = loadRecords();
-    auto const type = typeNamed(library.get(), name);
-    IRecordInfo* info = nullptr;
-    EXPECT_EQ(GetRecordInfoFromTypeInfo(type.get(), &info), S_OK);
-    return Owned<IRecordInfo>(info);
-}
-
-VARIANT valueOf(IRecordInfo* info, void* record, VARTYPE type) {
-    VARIANT value{};
-    value.vt = type;
-    value.pvRecord = record;
-    value.pRecInfo = info;
-    return value;
-}
-
-std::string textIn(BSTR text) {
-    return text ? narrow(text, SysStringLen(text)) : "(null)";
-}
-
-BSTR newText(OLECHAR const* text) {
-    return SysAllocString(text);
-}
-
-SAFEARRAY* peopleOf(std::initializer_list<LONG> ages) {
-    auto const info = recordNamed(OLESTR("Person"));
-    SAFEARRAY* const people =
-        SafeArrayCreateVectorEx(VT_RECORD, 0, static_cast<ULONG>(ages.size()), info.get());
-    EXPECT_NE(people, nullptr);
-    auto* person = static_cast<Person*>(people->pvData);
-    OLECHAR name[] = {'a', 0};
-    for (LONG const age : ages) {
-        *person++ = {newText(name), age};
-        ++name[0];
+    for (UINT index = 0; index < library->GetTypeInfoCount(); ++index) {
+        Value found;
+        found->vt = VT_BSTR;
+        library->GetDocumentation(static_cast<INT>(index), &found->bstrVal, nullptr, nullptr,
+                                  nullptr);
+        com::ComPtr<ITypeInfo> type;
+        if (found.notation() != std::string("BSTR:") + name) continue;
+        EXPECT_EQ(library->GetTypeInfo(index, type.put()), S_OK);
+        return type;
     }
-    return people;
+    ADD_FAILURE() << "no type " << name;
+    return {};
+}
+
+com::ComPtr<IRecordInfo> recordNamed(char const* name) {
+    com::ComPtr<IRecordInfo> info;
+    EXPECT_EQ(GetRecordInfoFromTypeInfo(typeOfRecords(name).get(), info.put()), S_OK) << name;
+    return info;
+}
+
+BSTR newText(char const* text) {
+    return SysAllocString(wide(text).c_str());
 }
 
 }  // namespace velk::test

@@ -8,15 +8,20 @@
 #include <random>
 #include <set>
 
+#include <gtest/gtest.h>
+// Before the system's own, which has a macro of one of its names.
+#include <objbase.h>
+
 #include <ktmw32.h>
 #include <link.h>
-#include <objbase.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <velk_transactions.h>
 
 #include "conformance/com/test_classes.h"
-#include "conformance/registry/hive_process.h"
-#include "conformance/registry/hive_sql.h"
+#include "conformance/registry/registry_process.h"
+#include "support/data_table.h"
 
 namespace {
 
@@ -50,11 +55,6 @@ void fill(HKEY root, Text const& module) {
     for (OLECHAR name = 'a'; name <= 'z'; ++name) {
         setClassesText(Text(3, name) + OLESTR("\\below"), nullptr, Text(200, name), root);
     }
-}
-
-std::string contentOf(files::path const& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 /// Bytes of the file become others.
@@ -94,43 +94,6 @@ void damageBytes(std::string& content, Random& random) {
     }
 }
 
-// Much work for who reads the values of a small file.
-constexpr char const* computedColumn =
-    "UPDATE sqlite_schema SET sql = replace(sql, 'bytes BLOB NOT NULL',"
-    " 'bytes BLOB AS (replace(hex(zeroblob(9000000)), ''0'', ''xy''))')";
-
-/// Rows of the file become others, as SQL writes them.
-std::string damagingSql(Random& random) {
-    static char const* const changes[] = {
-        "UPDATE data SET bytes = zeroblob(3000000)",
-        "UPDATE data SET bytes = randomblob(abs(random() % 90))",
-        "UPDATE data SET bytes = bytes || bytes || X'00'",
-        "UPDATE data SET bytes = substr(bytes, 1, length(bytes) - 3)",
-        "UPDATE data SET type = abs(random() % 14)",
-        "UPDATE data SET type = 2, bytes = CAST(replace(hex(zeroblob(16000)), '0', '%') AS BLOB)",
-        "UPDATE data SET type = 'text', bytes = 'text'",
-        // "./v.s"
-        "UPDATE data SET bytes = X'2E002F0076002E0073000000' WHERE length(bytes) > 60",
-        computedColumn,
-        "CREATE VIRTUAL TABLE more USING fts5(x)",
-        "UPDATE data SET name = randomblob(40000), folded = randomblob(20)",
-        "UPDATE keys SET parent = id",
-        "UPDATE keys SET parent = (SELECT max(id) FROM keys) WHERE id = 3",
-        "UPDATE keys SET depth = -9223372036854775807",
-        "UPDATE keys SET name = zeroblob(70000), class = zeroblob(70000)",
-        "UPDATE keys SET id = id + 9223372036854770000 WHERE id > 9",
-        "UPDATE sqlite_sequence SET seq = 9223372036854775807",
-        "DELETE FROM keys WHERE random() % 3 = 0",
-        "DELETE FROM keys",
-        "CREATE TABLE more(x)",
-        "PRAGMA page_size = 65536; VACUUM",
-        "PRAGMA auto_vacuum = FULL; VACUUM",
-        "PRAGMA user_version = 2",
-    };
-    return std::string("PRAGMA writable_schema = ON; ") +
-           changes[below(random, std::size(changes))];
-}
-
 std::set<std::string> loadedModules() {
     std::set<std::string> names;
     dl_iterate_phdr(
@@ -152,7 +115,9 @@ void lookBelow(HKEY key, int depth) {
                              index < 200;
          length = 300, ++index) {
         size = 4096;
-        RegGetValueW(key, nullptr, name, RRF_RT_ANY, nullptr, data.data(), &size);
+        RegQueryValueExW(key, name, nullptr, nullptr, data.data(), &size);
+        size = 4096;
+        RegGetValueW(key, nullptr, name, RRF_RT_REG_SZ, nullptr, data.data(), &size);
     }
     index = 0;
     for (DWORD length = 300; RegEnumKeyExW(key, index, name, &length, nullptr, nullptr, nullptr,
@@ -174,8 +139,6 @@ void use() {
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     CLSID id;
     CLSIDFromProgID(progId, &id);
-    LPOLESTR name = nullptr;
-    if (ProgIDFromCLSID(plainClass, &name) == S_OK) CoTaskMemFree(name);
     IUnknown* object = nullptr;
     if (SUCCEEDED(CoCreateInstance(plainClass, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown,
                                    reinterpret_cast<void**>(&object)))) {
@@ -220,31 +183,35 @@ int outcomeOf(files::path const& folder, files::path const& module) {
 
 TEST(DamagedHives, EndNoProcessAndLoadNothing) {
     files::path const module = serverPath(OLESTR("velktest_classes"));
-    HiveFolder const folder;
-    inProcess(folder.path, [&] {
-        fill(HKEY_CURRENT_USER, module.u16string());
-        fill(HKEY_LOCAL_MACHINE, module.u16string());
-        return Statuses{};
-    });
-    std::string const user = contentOf(folder.path / "user.db");
-    std::string const machine = contentOf(folder.path / "machine.db");
+    RegistryFolder folder;
+    auto const sql = rowsOf("registry/damages.tsv");
+    std::string const names[] = {"user.db", "machine.db"};
+    {
+        RegistryProcess const process(folder, [&] {
+            fill(HKEY_CURRENT_USER, module.u16string());
+            fill(HKEY_LOCAL_MACHINE, module.u16string());
+        });
+    }
+    std::string const good[] = {contentOf(folder.hives() / names[0]),
+                                contentOf(folder.hives() / names[1])};
     // What a path that is not absolute would lead to.
-    files::copy_file(module, folder.path / "v.s");
-    files::current_path(folder.path);
-    ASSERT_EQ(outcomeOf(folder.path, module), 0) << "undamaged";
+    files::copy_file(module, folder.base() / "v.s");
+    files::current_path(folder.base());
+    ASSERT_EQ(outcomeOf(folder.hives(), module), 0) << "undamaged";
 
     char const* const wanted = std::getenv("VELK_DAMAGES");
     int const damages = wanted == nullptr ? 150 : std::atoi(wanted);
     for (int number = 0; number < damages && !HasFailure(); ++number) {
         Random random(static_cast<unsigned>(number));
-        for (auto const& [name, good] : {std::pair{"user.db", &user}, {"machine.db", &machine}}) {
-            auto const file = folder.path / name;
-            auto content = *good;
+        for (int hive : {0, 1}) {
+            auto content = good[hive];
             if (number % 3 != 0) damageBytes(content, random);
-            std::ofstream(file, std::ios::binary | std::ios::trunc) << content;
-            if (number % 3 == 0) runSql(file, damagingSql(random).c_str());
+            std::ofstream(folder.hives() / names[hive], std::ios::binary) << content;
+            if (number % 3 != 0) continue;
+            folder.answer("sql " + names[hive] + " PRAGMA writable_schema = ON; " +
+                          sql[below(random, sql.size())]["sql"]);
         }
-        EXPECT_EQ(outcomeOf(folder.path, module), 0) << "number " << number;
+        EXPECT_EQ(outcomeOf(folder.hives(), module), 0) << "number " << number;
     }
     files::current_path("/");
 }

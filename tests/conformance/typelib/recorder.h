@@ -2,40 +2,21 @@
 /// down what reaches it.
 #pragma once
 
+#include <sstream>
 #include <string>
 
 #include "shapes.h"
 
 namespace velk::test {
 
-/// The vtable of IRecorder as its description lays it out.
-struct IRecorder : IDispatch {
-    virtual HRESULT STDMETHODCALLTYPE Add(LONG left, LONG right, LONG* sum) = 0;
-    virtual HRESULT STDMETHODCALLTYPE get_Title(BSTR* text) = 0;
-    virtual HRESULT STDMETHODCALLTYPE put_Title(BSTR text) = 0;
-    virtual HRESULT STDMETHODCALLTYPE Count(SAFEARRAY* list, LONG* total) = 0;
-    virtual HRESULT STDMETHODCALLTYPE Numbers(BYTE a, SHORT b, LONGLONG c, FLOAT d, DOUBLE e,
-                                              VARIANT_BOOL f) = 0;
-    virtual HRESULT STDMETHODCALLTYPE Values(CY amount, DATE date, DECIMAL number, VARIANT any,
-                                             LONG shade, LONG price) = 0;
-    virtual HRESULT STDMETHODCALLTYPE References(LONG* number, BSTR* text, VARIANT* any) = 0;
-    virtual HRESULT STDMETHODCALLTYPE Optional(VARIANT any, LONG locale, BSTR* text) = 0;
-    virtual HRESULT STDMETHODCALLTYPE Fail(SCODE code) = 0;
-    virtual HRESULT STDMETHODCALLTYPE Echo(IDispatch* object, IDispatch** same) = 0;
-    virtual HRESULT STDMETHODCALLTYPE putref_Partner(IUnknown* object) = 0;
-    virtual HRESULT STDMETHODCALLTYPE Sum(SAFEARRAY* list, LONG* total) = 0;
-    virtual HRESULT STDMETHODCALLTYPE get_Item(VARIANT key, VARIANT* value) = 0;
-    virtual HRESULT STDMETHODCALLTYPE put_Item(VARIANT key, VARIANT value) = 0;
-    virtual HRESULT STDMETHODCALLTYPE Secret() = 0;
-};
-
-/// Lives on the stack of a test; the count of references is asserted there.
-class Recorder final : public IRecorder {
+/// Has the vtable of IRecorder as its description lays it out. Lives on the stack
+/// of a test; the count of references is asserted there.
+class Recorder : public IDispatch {
   public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override {
         bool const known = IsEqualGUID(riid, IID_IUnknown) || IsEqualGUID(riid, IID_IDispatch) ||
                            IsEqualGUID(riid, shapesId(0x05));
-        *object = known ? static_cast<IRecorder*>(this) : nullptr;
+        *object = known ? static_cast<IDispatch*>(this) : nullptr;
         if (known) AddRef();
         return known ? S_OK : E_NOINTERFACE;
     }
@@ -46,117 +27,94 @@ class Recorder final : public IRecorder {
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
         return E_NOTIMPL;
     }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS*, VARIANT*,
-                                     EXCEPINFO*, UINT*) override {
-        forwarded = member;
-        forwardedFlags = flags;
-        return S_OK;
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS* given,
+                                     VARIANT*, EXCEPINFO*, UINT*) override {
+        return note("Invoke", member, flags, given->cArgs);
     }
 
-    HRESULT STDMETHODCALLTYPE Add(LONG left, LONG right, LONG* sum) override {
+    virtual HRESULT STDMETHODCALLTYPE Add(LONG left, LONG right, LONG* sum) {
         *sum = left + right;
-        return S_OK;
+        return note("Add", left, right);
     }
-    HRESULT STDMETHODCALLTYPE get_Title(BSTR* text) override {
-        *text = SysAllocString(title.c_str());
-        return S_OK;
+    virtual HRESULT STDMETHODCALLTYPE get_Title(BSTR* text) {
+        *text = SysAllocString(OLESTR("title"));
+        return note("get_Title");
     }
-    HRESULT STDMETHODCALLTYPE put_Title(BSTR text) override {
-        title = text ? text : Wide();
-        return S_OK;
+    virtual HRESULT STDMETHODCALLTYPE put_Title(BSTR text) {
+        return note("put_Title", textOf(text));
     }
-    HRESULT STDMETHODCALLTYPE Count(SAFEARRAY* list, LONG* total) override {
+    virtual HRESULT STDMETHODCALLTYPE Count(SAFEARRAY* list, LONG* total) {
         LONG upper = -1;
         SafeArrayGetUBound(list, 1, &upper);
         *total = upper + 1;
-        if (upper >= 0) firstValue = static_cast<VARIANT*>(list->pvData)[0].lVal;
-        return S_OK;
+        VARIANT array{};
+        array.vt = VT_ARRAY | VT_VARIANT;
+        array.parray = list;
+        return note("Count", notationOf(array));
     }
-    HRESULT STDMETHODCALLTYPE Numbers(BYTE a, SHORT b, LONGLONG c, FLOAT d, DOUBLE e,
-                                      VARIANT_BOOL f) override {
-        byteValue = a;
-        shortValue = b;
-        hyperValue = c;
-        floatValue = d;
-        doubleValue = e;
-        boolValue = f;
-        return S_OK;
+    virtual HRESULT STDMETHODCALLTYPE Numbers(BYTE a, SHORT b, LONGLONG c, FLOAT d, DOUBLE e,
+                                              VARIANT_BOOL f) {
+        return note("Numbers", +a, b, c, d, e, f);
     }
-    HRESULT STDMETHODCALLTYPE Values(CY amount, DATE date, DECIMAL number, VARIANT any, LONG shade,
-                                     LONG price) override {
-        hyperValue = amount.int64;
-        doubleValue = date;
-        decimalValue = number;
-        anyType = any.vt;
-        anyValue = any.lVal;
-        firstValue = shade;
-        lastValue = price;
-        return S_OK;
+    virtual HRESULT STDMETHODCALLTYPE Values(CY amount, DATE date, DECIMAL number, VARIANT any,
+                                             LONG shade, LONG price) {
+        return note("Values", amount.int64, date, number.Lo64, +number.scale, notationOf(any),
+                    shade, price);
     }
-    HRESULT STDMETHODCALLTYPE References(LONG* number, BSTR* text, VARIANT* any) override {
-        lastValue = *number;
-        anyType = any->vt;
+    virtual HRESULT STDMETHODCALLTYPE References(LONG* number, BSTR* text, VARIANT* any) {
+        note("References", *number, textOf(*text), notationOf(*any));
         *number += 1;
-        outBefore = *text;
+        SysFreeString(*text);
         *text = SysAllocString(OLESTR("out"));
         VariantClear(any);
         any->vt = VT_I4;
         any->lVal = 99;
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE Optional(VARIANT any, LONG locale, BSTR* text) override {
-        anyType = any.vt;
-        anyValue = any.lVal;
-        lastValue = locale;
+    virtual HRESULT STDMETHODCALLTYPE Optional(VARIANT any, LONG, BSTR* text) {
         *text = SysAllocString(OLESTR("optional"));
-        return S_OK;
+        return note("Optional", notationOf(any));
     }
-    HRESULT STDMETHODCALLTYPE Fail(SCODE code) override { return code; }
-    HRESULT STDMETHODCALLTYPE Echo(IDispatch* object, IDispatch** same) override {
+    virtual HRESULT STDMETHODCALLTYPE Fail(SCODE code) { return code; }
+    virtual HRESULT STDMETHODCALLTYPE Echo(IDispatch* object, IDispatch** same) {
         *same = object;
         if (object) object->AddRef();
-        return S_OK;
+        return note("Echo");
     }
-    HRESULT STDMETHODCALLTYPE putref_Partner(IUnknown* object) override {
-        partner = object;
-        return S_OK;
+    virtual HRESULT STDMETHODCALLTYPE putref_Partner(IUnknown* object) {
+        return note("putref_Partner", object == partner ? "the other" : "a stranger");
     }
-    HRESULT STDMETHODCALLTYPE Sum(SAFEARRAY* list, LONG* total) override {
+    virtual HRESULT STDMETHODCALLTYPE Sum(SAFEARRAY* list, LONG* total) {
         *total = 0;
         LONG upper = -1;
         SafeArrayGetUBound(list, 1, &upper);
         for (LONG i = 0; i <= upper; ++i) *total += static_cast<LONG*>(list->pvData)[i];
-        return S_OK;
+        return note("Sum");
     }
-    HRESULT STDMETHODCALLTYPE get_Item(VARIANT key, VARIANT* value) override {
+    virtual HRESULT STDMETHODCALLTYPE get_Item(VARIANT key, VARIANT* value) {
         value->vt = VT_I4;
         value->lVal = key.lVal * 10;
-        return S_OK;
+        return note("get_Item", notationOf(key));
     }
-    HRESULT STDMETHODCALLTYPE put_Item(VARIANT key, VARIANT value) override {
-        firstValue = key.lVal;
-        lastValue = value.lVal;
-        return S_OK;
+    virtual HRESULT STDMETHODCALLTYPE put_Item(VARIANT key, VARIANT value) {
+        return note("put_Item", notationOf(key), notationOf(value));
     }
-    HRESULT STDMETHODCALLTYPE Secret() override { return S_OK; }
+    virtual HRESULT STDMETHODCALLTYPE Secret() { return note("Secret"); }
 
     ULONG references = 1;
-    DISPID forwarded = DISPID_UNKNOWN;
-    WORD forwardedFlags = 0;
-    Wide title;
-    BYTE byteValue = 0;
-    SHORT shortValue = 0;
-    LONGLONG hyperValue = 0;
-    FLOAT floatValue = 0;
-    DOUBLE doubleValue = 0;
-    VARIANT_BOOL boolValue = 0;
-    DECIMAL decimalValue{};
-    VARTYPE anyType = VT_EMPTY;
-    BSTR outBefore = nullptr;  ///< only to be compared with null
-    LONG anyValue = 0;
-    LONG firstValue = 0;
-    LONG lastValue = 0;
+    /// The calls that came, in the order of their coming.
+    std::string saw;
     IUnknown* partner = nullptr;
+
+  private:
+    template <typename... Arguments>
+    HRESULT note(char const* member, Arguments const&... arguments) {
+        std::ostringstream text;
+        [[maybe_unused]] char const* separator = "";
+        ((text << separator << arguments, separator = ", "), ...);
+        saw += std::string(" | ") + member + '(' + text.str() + ')';
+        return S_OK;
+    }
 };
 
 }  // namespace velk::test

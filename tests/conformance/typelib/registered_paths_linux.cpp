@@ -1,13 +1,13 @@
 // What stands where a library's path is registered, and what comes of it: the
 // library in that very file, or none.
 
-#include <functional>
-
 #include <elf.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include "code_names.h"
 #include "shapes.h"
+#include "support/data_table.h"
 #include "support/odd_files_linux.h"
 
 namespace velk::test {
@@ -38,60 +38,43 @@ class RegisteredLibrary {
     }
 };
 
-struct Row {
-    char const* what;
-    std::function<Wide(OddFiles const&)> make;
-    HRESULT expected;
-};
-
-// A path, with the library where somebody might look instead.
-Wide beside(OddFiles const& made, std::string const& decoy, Wide const& name) {
-    made.copy(shapesFile(), decoy);
-    return made.at("").u16string() + name;
+// Cells hold UTF-8, and halves of surrogate pairs in the same manner.
+Wide units(std::string const& cell) {
+    Wide text;
+    for (std::size_t i = 0; i < cell.size();) {
+        auto const byte = [&](std::size_t at) { return static_cast<unsigned char>(cell[at]); };
+        std::size_t const length = byte(i) < 0x80 ? 1 : byte(i) < 0xE0 ? 2 : 3;
+        unsigned unit = length == 1 ? byte(i) : byte(i) & (0xFF >> (length + 1));
+        for (std::size_t at = 1; at < length; ++at) unit = unit << 6 | (byte(i + at) & 0x3F);
+        text += static_cast<OLECHAR>(unit);
+        i += length;
+    }
+    return text;
 }
 
-Row const rows[] = {
-    {"a path", [](auto& made) { return made.copy(shapesFile(), "x.tlb").u16string(); }, S_OK},
-    {"a link", [](auto& made) { return made.link(shapesFile(), "x.tlb").u16string(); }, S_OK},
-    {"the loader's words",
-     [](auto& made) { return made.copy(shapesFile(), "$LIB/$ORIGIN.tlb").u16string(); }, S_OK},
-    {"a name that ends like a number of a resource",
-     [](auto& made) { return made.copy(shapesFile(), "x\\2").u16string(); }, S_OK},
-    {"a word of the loader, the library at its meaning",
-     [](auto& made) { return beside(made, "lib/x86_64-linux-gnu/x.tlb", u"$LIB/x.tlb"); },
-     TYPE_E_CANTLOADLIBRARY},
-    {"a file name in the current folder",
-     [](auto& made) { return made.copy(shapesFile(), "x.tlb"), u"x.tlb"; }, TYPE_E_CANTLOADLIBRARY},
-    {"a path from the current folder",
-     [](auto& made) { return made.copy(shapesFile(), "x.tlb"), u"./x.tlb"; },
-     TYPE_E_CANTLOADLIBRARY},
-    {"half a character", [](auto& made) { return beside(made, "\xEF\xBF\xBD", u"\xD800"); },
-     TYPE_E_CANTLOADLIBRARY},
-    {"two halves of a byte's form",
-     [](auto& made) { return beside(made, "\xC3\xA4", u"\xDCC3\xDCA4"); }, TYPE_E_CANTLOADLIBRARY},
-    {"nothing", [](auto&) { return Wide(); }, TYPE_E_LIBNOTREGISTERED},
-    {"a missing file", [](auto& made) { return made.at("x.tlb").u16string(); },
-     TYPE_E_CANTLOADLIBRARY},
-    {"a folder", [](auto& made) { return made.folder("x.tlb").u16string(); },
-     TYPE_E_CANTLOADLIBRARY},
-    {"a pipe", [](auto& made) { return made.pipe("x.tlb").u16string(); }, TYPE_E_CANTLOADLIBRARY},
-    {"a device", [](auto&) { return Wide(u"/dev/zero"); }, TYPE_E_CANTLOADLIBRARY},
-    {"a text", [](auto& made) { return made.written("x.tlb", "a text").u16string(); },
-     TYPE_E_CANTLOADLIBRARY},
-    {"a file that is cut short",
-     [](auto& made) { return made.cut(shapesFile(), "x.tlb", 200).u16string(); },
-     TYPE_E_INVDATAREAD},
-};
+void make(OddFiles const& folder, std::string const& what, std::string const& name) {
+    if (what == "library") folder.copy(shapesFile(), name);
+    if (what == "link") folder.link(shapesFile(), name);
+    if (what == "folder") folder.folder(name);
+    if (what == "pipe") folder.pipe(name);
+    if (what == "text") folder.written(name, "a text");
+    if (what == "cut") folder.cut(shapesFile(), name, 200);
+}
 
+// In a registered path "*" stands for the folder in which the file was made,
+// which is the current one.
 TEST(RegisteredLibraries, AreTheRegisteredFileOrNothing) {
-    for (auto const& row : rows) {
-        OddFiles const made;
-        RegisteredLibrary const registered(row.make(made));
-        ITypeLib* found = nullptr;
-        EXPECT_EQ(LoadRegTypeLib(shapesId(0x01), 1, 2, 0x0407, &found), row.expected) << row.what;
-        EXPECT_EQ(found != nullptr, row.expected == S_OK) << row.what;
-        if (found != nullptr) found->Release();
-    }
+    expectTable("typelib/registered_paths.tsv", [](DataRow const& row) {
+        OddFiles const folder;
+        make(folder, row["made"], row["name"]);
+        Wide path = units(row["registered"]);
+        if (path.starts_with(u'*')) path.replace(0, 1, folder.at("").u16string());
+        RegisteredLibrary const registered(path);
+        ComPtr<ITypeLib> found;
+        HRESULT const result = LoadRegTypeLib(shapesId(0x01), 1, 2, 0x0407, found.put());
+        EXPECT_EQ(bool(found), result == S_OK);
+        return codeName(result);
+    });
 }
 
 // The greatest memory that this program ever had, in MiB.

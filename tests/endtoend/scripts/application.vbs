@@ -1,18 +1,5 @@
 ' The life of the host application: named before it starts, ended, started
 ' again, shared by all proxies.
-Option Explicit
-Dim checks, failures
-checks = 0
-failures = 0
-
-Sub Check(what, expected, actual)
-    checks = checks + 1
-    If expected <> actual Then
-        failures = failures + 1
-        WScript.Echo "FAILED: " & what & ": expected " & expected & ", got " & actual
-    End If
-End Sub
-
 Dim proxy, other, words, found
 Set proxy = CreateObject("VelkCOMAdapter.VelkCOMProxy")
 proxy.TerminateApplication
@@ -45,5 +32,3 @@ Set words = other.CreateObject("scripting.dictionary")
 Check "the application starts again by itself", 0, words.Count
 Set words = Nothing
 proxy.TerminateApplication
-
-If failures = 0 Then WScript.Echo "all " & checks & " checks passed"

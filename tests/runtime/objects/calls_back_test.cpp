@@ -1,26 +1,19 @@
-#include <functional>
-#include <utility>
-
 #include <gtest/gtest.h>
 
-#include "curious_object.h"
 #include "sample_objects.h"
 
 // Values that run code while a collection works with them, and that code
 // changes the very collection.
 
+namespace velk::test {
 namespace {
-
-using velk::test::call;
-using velk::test::Curious;
-using velk::test::reference;
 
 constexpr unsigned method = mzCallMethod;
 
 class CallsBack : public testing::Test {
   protected:
-    velk::test::Outcome callList(char const* name, std::vector<mzComVariantC> const& args = {},
-                                 unsigned kind = method) {
+    Outcome callList(char const* name, std::vector<mzComVariantC> const& args = {},
+                     unsigned kind = method) {
         return call(list_.iface(), name, kind, args);
     }
     void fill(int size) {
@@ -28,11 +21,10 @@ class CallsBack : public testing::Test {
         for (int i = 0; i < size; ++i) callList("Add", {i});
     }
 
-    velk::test::Servers const servers_;
+    Servers const servers_;
     mzComPtrT<Curious> const curious_{new Curious};
     mzComVariantC const value_ = reference(curious_->getIUnknown());
-    mzComPtrC const list_{
-        proxyFactoryC::instance().find("qxttools.array")->creator()->getIUnknown()};
+    mzComPtrC const list_ = newArray();
     mzComPtrT<prxDictionaryObjC> const dictionary_{new prxDictionaryObjC};
 };
 
@@ -59,25 +51,6 @@ TEST_F(CallsBack, AListThatIsReplacedWhileItIsSearched) {
     }
 }
 
-/// Runs a function whenever a reference to it is given up.
-class Touchy : public mzIUnknown {
-  public:
-    unsigned queryInterface(mzIIDS const& iid, mzComPtrC& out) override {
-        out.attach(iid.equal(mzIUnknown::interfaceId()) ? this : nullptr);
-        return out.isValid() ? mzSuccess : mzFailure;
-    }
-    unsigned addRef() override { return 2; }
-    unsigned release() override {
-        if (auto const action = std::exchange(onRelease, nullptr)) {
-            action();
-            onRelease = action;
-        }
-        return 1;
-    }
-
-    std::function<void()> onRelease;
-};
-
 /// Whether order, index and count of a dictionary agree.
 void expectSound(prxDictionaryObjC& dictionary) {
     mzComPtrT<mzIIterator> walk;
@@ -91,13 +64,11 @@ void expectSound(prxDictionaryObjC& dictionary) {
 
 // Every operation with a key, changed by it at each moment at which it can be.
 TEST_F(CallsBack, ADictionaryThatChangesWhileAKeyIsGivenUp) {
-    Touchy key;
-    mzComVariantC const asKey = reference(&key);
     using Action = std::function<void(prxDictionaryObjC&)>;
     Action const operations[] = {
-        [&](auto& d) { d.setKey(asKey, "renamed"); }, [&](auto& d) { d.getItem(asKey); },
-        [&](auto& d) { d.removeKey(asKey); },         [&](auto& d) { d.setItem(asKey, 1); },
-        [&](auto& d) { d.addObj(asKey, 1); },         [&](auto& d) { d.exists(asKey); }};
+        [this](auto& d) { d.setKey(value_, "renamed"); }, [this](auto& d) { d.getItem(value_); },
+        [this](auto& d) { d.removeKey(value_); },         [this](auto& d) { d.setItem(value_, 1); },
+        [this](auto& d) { d.addObj(value_, 1); },         [this](auto& d) { d.exists(value_); }};
     auto const grow = [](auto& d) {
         for (int i = 0; i < 40; ++i) d.setItem(i, "grown");
     };
@@ -107,13 +78,13 @@ TEST_F(CallsBack, ADictionaryThatChangesWhileAKeyIsGivenUp) {
             for (int moment = 0; moment < 12; ++moment) {
                 mzComPtrT<prxDictionaryObjC> const dictionary(new prxDictionaryObjC);
                 dictionary->addObj("first", 1);
-                dictionary->addObj(asKey, "item");
+                dictionary->addObj(value_, "item");
                 int released = 0;
-                key.onRelease = [&] {
+                curious_->onRelease = [&] {
                     if (released++ == moment) change(*dictionary.iface());
                 };
                 operation(*dictionary.iface());
-                key.onRelease = nullptr;
+                curious_->onRelease = nullptr;
                 expectSound(*dictionary.iface());
             }
         }
@@ -140,3 +111,4 @@ TEST_F(CallsBack, ADictionaryThatGrowsWhileItsItemsEnd) {
 }
 
 }  // namespace
+}  // namespace velk::test

@@ -6,11 +6,8 @@
 // Objects that hold objects that hold objects: the last reference to the
 // outermost one takes them all away, on a stack of any size.
 
+namespace velk::test {
 namespace {
-
-using velk::test::call;
-using velk::test::greatDepth;
-using velk::test::reference;
 
 mzComVariantC inDictionary(mzComVariantC const& inner, int) {
     auto* const dictionary = new prxDictionaryObjC;
@@ -27,8 +24,7 @@ mzComVariantC asKey(mzComVariantC const& inner, int) {
 }
 
 mzComVariantC inArray(mzComVariantC const& inner, int) {
-    proxyMemberDescListS const* const record = proxyFactoryC::instance().find("qxttools.array");
-    mzComPtrC const list(record->creator()->getIUnknown());
+    mzComPtrC const list = newArray();
     EXPECT_EQ(call(list.iface(), "Add", mzCallMethod, {inner}).code, mzSuccess);
     return reference(list.iface());
 }
@@ -72,11 +68,11 @@ mzComVariantC inTurn(mzComVariantC const& inner, int level) {
 }
 
 TEST(DeepStructures, GoWithTheirOutermostObject) {
-    velk::test::Servers const servers;
+    Servers const servers;
     for (auto* const enclose :
          {inDictionary, asKey, inArray, underIterator, behindException, inVariable, inTurn}) {
         long long const before = mzLiveCount(mzLiveKindE::hostObject);
-        ASSERT_TRUE(velk::test::withSmallStack([=] {
+        ASSERT_TRUE(withSmallStack([=] {
             mzComVariantC outermost;
             for (int level = 0; level < greatDepth; ++level) outermost = enclose(outermost, level);
             EXPECT_GE(mzLiveCount(mzLiveKindE::hostObject), before + greatDepth);
@@ -104,11 +100,11 @@ class Nested : public mzComBaseC {
 
 // What waits for its end at the end of a thread, and what ends inside of that.
 TEST(DeepStructures, AreGoneWithTheThread) {
-    velk::test::Servers const servers;
+    Servers const servers;
     constexpr int depth = 5'000;
     long long const before = mzLiveCount(mzLiveKindE::hostObject);
     int const slot = mzTlsAlloc([](void* held) { delete static_cast<mzComPtrC*>(held); });
-    ASSERT_TRUE(velk::test::withSmallStack([slot] {
+    ASSERT_TRUE(withSmallStack([slot] {
         auto* const outermost = new mzComPtrC;
         for (int level = 0; level < depth; ++level) *outermost = mzComPtrC(new Nested(*outermost));
         *mzTlsGet(slot) = outermost;
@@ -119,3 +115,4 @@ TEST(DeepStructures, AreGoneWithTheThread) {
 }
 
 }  // namespace
+}  // namespace velk::test

@@ -1,3 +1,5 @@
+#include <cstring>
+
 #include <gtest/gtest.h>
 
 #include "sample_objects.h"
@@ -99,6 +101,32 @@ TEST(ScriptObject, HasInterfacesByNameAndClassesByExactName) {
     EXPECT_EQ(object->proxyCast("proxyObjectC"), object);
     EXPECT_EQ(object->proxyCast("sample"), nullptr);
     EXPECT_EQ(object->proxyCast(""), nullptr);
+}
+
+TEST(ScriptObject, DescribesItsMembers) {
+    proxyMemberDescS const* const members = Sample::getStaticProxyTypeInfo()->members;
+    std::string text;
+    proxyMemberDescS const* end = members;
+    for (; end->name != nullptr; ++end) {
+        text += std::string(end->name) + ' ' + std::to_string(end->kind) + ' ' +
+                std::to_string(end->argCount) + ", ";
+        EXPECT_STREQ(end->sourceFile, "sample_objects.h");
+        EXPECT_EQ(end->line, end - members + 1);
+    }
+    EXPECT_EQ(
+        text,
+        "Value 2 0, Value 4 1, Add 1 1, Add 1 2, Plain 1025 0,  2 0,  4 1, Written 2 0, "
+        "Fail 1 1, ThrowStandard 1 0, ThrowNumber 1 0, OnThread 1 1, Self 1 0, Forward 1 1, "
+        "Any 1 1, Any 1 1, Any 1 1, Narrow 1 1, Narrow 1 1, Either 2 1, Either 1 1, Same 1 1, ");
+    static constexpr char zeros[sizeof(proxyMemberDescS)] = {};
+    EXPECT_EQ(std::memcmp(end, zeros, sizeof zeros), 0);
+    // The function's own type, then those of its parameters.
+    proxySignatureEntryS const* const entries = members[8].signature();
+    EXPECT_EQ(*entries[0].type, typeid(void(Sample::*)(mzComStringC const&)));
+    EXPECT_EQ(*entries[1].type, typeid(mzComStringC));
+    EXPECT_EQ(entries[1].type, entries[1].sameType);
+    EXPECT_EQ(entries[1].reserved, 0u);
+    EXPECT_EQ(entries[2].type, nullptr);
 }
 
 TEST(ScriptObject, IsKeptByRemoteConnections) {

@@ -1,18 +1,12 @@
 #include <gtest/gtest.h>
 
-#include "curious_object.h"
 #include "threads.h"
 
 // Objects that any thread may use, but only one at a time: who comes while
 // another thread is inside is told so, and nothing is damaged.
 
+namespace velk::test {
 namespace {
-
-using velk::test::call;
-using velk::test::Curious;
-using velk::test::inParallel;
-using velk::test::Outcome;
-using velk::test::reference;
 
 constexpr unsigned method = mzCallMethod;
 constexpr unsigned get = mzCallPropertyGet;
@@ -29,13 +23,9 @@ bool isRefusal(Outcome const& outcome) {
            outcome.value.getType() == mzTypeEmpty;
 }
 
-mzComPtrC newArray() {
-    return mzComPtrC(proxyFactoryC::instance().find("qxttools.array")->creator()->getIUnknown());
-}
-
 class Overlap : public testing::Test {
   protected:
-    velk::test::Servers const servers_;
+    Servers const servers_;
     mzComPtrT<FreeDictionary> const dictionary_{new FreeDictionary};
     mzComPtrC const array_ = newArray();
 };
@@ -167,3 +157,4 @@ TEST_F(Overlap, TheOperationsOfTheBaseFailToo) {
 }
 
 }  // namespace
+}  // namespace velk::test

@@ -6,12 +6,10 @@
 
 // Paths on drives and shares that are folders here, and the system's own.
 
+namespace velk::test {
 namespace {
 
 namespace fs = std::filesystem;
-using velk::test::call;
-using velk::test::MappedVolume;
-using velk::test::ScriptTable;
 
 TEST_F(ScriptTable, PathLinks) {
     mzComPtrT<mzIUnknown> made;
@@ -44,3 +42,4 @@ TEST_F(ScriptTable, PathLinks) {
 }
 
 }  // namespace
+}  // namespace velk::test

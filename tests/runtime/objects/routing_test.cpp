@@ -8,16 +8,10 @@
 // matters most of the races is what the thread checker says of them; their
 // assertions see that nothing got lost.
 
+namespace velk::test {
 namespace {
 
 using namespace std::chrono_literals;
-using velk::test::call;
-using velk::test::inParallel;
-using velk::test::isTrue;
-using velk::test::Outcome;
-using velk::test::Owner;
-using velk::test::reference;
-using velk::test::Sample;
 using Clock = std::chrono::steady_clock;
 
 constexpr unsigned method = mzCallMethod;
@@ -30,22 +24,15 @@ struct Limits {
     mzCallLimitsS before;
 };
 
-/// Has members that take their time and that call other objects.
-class Caller : public Sample {
+/// Stays in its member until it is told to end.
+class Slow : public Sample {
   public:
-    mzComVariantC forward(mzComPtrT<mzIUnknown> const& target) {
-        return call(target.iface(), "Add", method, {1}).value;
-    }
     void wait() { finish.get_future().wait(); }
-
     proxyMemberDescListS const* getProxyTypeInfo() override {
-        static proxyMemberDescS const members[] = {proxyMethod<&Caller::forward>("Forward", "", 1),
-                                                   proxyMethod<&Caller::wait>("Wait", "", 2),
+        static proxyMemberDescS const members[] = {proxyMethod<&Slow::wait>("Wait", "", 1),
                                                    proxyMembersEnd()};
-        static proxyMemberDescListS const* const bases[] = {Sample::getStaticProxyTypeInfo(),
-                                                            nullptr};
-        static proxyMemberDescListS const record = {
-            "Caller", proxyCastTo<Caller>, bases, members, nullptr, 0, nullptr, "", 1};
+        static proxyMemberDescListS const* const bases[] = {nullptr};
+        static auto const record = recordOf<Slow>("Slow", nullptr, members, bases);
         return &record;
     }
 
@@ -96,7 +83,7 @@ TEST(Routing, ACallThatWasGivenUpNeverRuns) {
 
 TEST(Routing, ACallThatDoesNotComeBackFailsInTime) {
     Limits const limits(20'000, 100);
-    mzComPtrT<Caller> const slow(new Caller);
+    mzComPtrT<Slow> const slow(new Slow);
     auto const start = Clock::now();
     std::jthread const caller([&] {
         EXPECT_EQ(call(slow.iface(), "Wait", method).exception,
@@ -123,7 +110,7 @@ TEST(Routing, AThreadThatEndsRefusesCalls) {
 }
 
 TEST(Routing, AThreadThatWaitsServesCallsBack) {
-    Owner const owner(true, [] { return (new Caller)->getIUnknown(); });
+    Owner const owner(true);
     mzComPtrT<Sample> const local(new Sample);
     EXPECT_EQ(owner.call("Forward", {reference(local->getIUnknown())}).integer(), 1);
     EXPECT_EQ(local->value(), 1);
@@ -136,7 +123,7 @@ TEST(Routing, SleepLastsAsLongAsAsked) {
 }
 
 TEST(Races, RegistrationBesideLookUpAndCreation) {
-    velk::test::Servers const servers;
+    Servers const servers;
     inParallel(4, [&](int index) {
         for (int round = 0; round < 300; ++round) {
             if (index == 0) {
@@ -201,7 +188,7 @@ TEST(Races, ManyCallersOfOneServingThread) {
 TEST(Races, ThreadsThatCallEachOther) {
     std::atomic<Sample*> objects[2] = {nullptr, nullptr};
     std::atomic<int> done{0};
-    velk::test::StartGate ready(2);
+    StartGate ready(2);
     inParallel(2, [&](int index) {
         mzComPtrT<Sample> const mine(new Sample);
         objects[index] = mine.iface();
@@ -230,3 +217,4 @@ TEST(Races, ThreadsThatEndWhileTheyAreCalled) {
 }
 
 }  // namespace
+}  // namespace velk::test

@@ -1,30 +1,13 @@
 #include "sample_objects.h"
 
-#include <atomic>
-#include <stdexcept>
-
 #include <gtest/gtest.h>
 
 namespace velk::test {
 
-namespace {
-
-std::atomic<int> aliveSamples{0};
-
-// A number for each thread that needs nothing of the code under test.
-std::int64_t threadMark() {
-    static thread_local char mark;
-    return reinterpret_cast<std::int64_t>(&mark);
-}
-
-}  // namespace
-
 Outcome call(mzIUnknown* object, char const* name, unsigned kind,
              std::vector<mzComVariantC> const& args) {
     mzComVariantArrayC list;
-    for (mzComVariantC const& arg : args) {
-        list.append(arg);
-    }
+    for (mzComVariantC const& arg : args) list.append(arg);
     mzComPtrT<mzIDispatch> const dispatch{mzComPtrC(object)};
     Outcome outcome{mzFailure, {}, {}};
     mzComPtrT<mzIException> exception;
@@ -41,32 +24,8 @@ mzComVariantC reference(mzIUnknown* object) {
     return value;
 }
 
-Sample::Sample() : thread_(threadMark()) {
-    ++aliveSamples;
-}
-
-Sample::~Sample() {
-    --aliveSamples;
-}
-
-int Sample::alive() {
-    return aliveSamples;
-}
-
-void Sample::fail(mzComStringC const& message) {
-    throwExecuteException(message, "Fail", 1);
-}
-
-void Sample::throwStandard() {
-    throw std::runtime_error("standard failure");
-}
-
-void Sample::throwNumber() {
-    throw 42;
-}
-
-bool Sample::onThread(double) {
-    return thread_ == threadMark();
+mzComPtrC newArray() {
+    return mzComPtrC(proxyFactoryC::instance().find("qxttools.array")->creator()->getIUnknown());
 }
 
 proxyMemberDescListS const* Sample::getStaticProxyTypeInfo() {
@@ -85,54 +44,29 @@ proxyMemberDescListS const* Sample::getStaticProxyTypeInfo() {
         proxyMethod<&Sample::throwNumber>("ThrowNumber", file, 11),
         proxyMethod<&Sample::onThread>("OnThread", file, 12),
         proxyMethod<&Sample::self>("Self", file, 13),
+        proxyMethod<&Sample::forward>("Forward", file, 14),
+        proxyMethod<&Sample::text>("Any", file, 15),
+        proxyMethod<&Sample::number>("Any", file, 16),
+        proxyMethod<&Sample::object>("Any", file, 17),
+        proxyMethod<&Sample::integer>("Narrow", file, 18),
+        proxyMethod<&Sample::object>("Narrow", file, 19),
+        proxyPropertyGet<&Sample::property>("Either", file, 20),
+        proxyMethod<&Sample::integer>("Either", file, 21),
+        proxyMethod<&Sample::same>("Same", file, 22),
         proxyMembersEnd()};
     static proxyMemberDescListS const* const bases[] = {proxyObjectC::getStaticProxyTypeInfo(),
                                                         nullptr};
-    static proxyMemberDescListS const record = {
-        "Sample", proxyCastTo<Sample>, bases, members, "velktest.sample",
-        0,        proxyCreate<Sample>, file,  1};
+    static auto const record = recordOf<Sample>("Sample", "velktest.sample", members, bases);
     return &record;
 }
 
 proxyMemberDescListS const* DerivedSample::getStaticProxyTypeInfo() {
-    static char const* const file = "sample_objects.h";
-    static proxyMemberDescS const members[] = {
-        proxyMethod<&DerivedSample::addDouble>("Add", file, 1),
-        proxyMethod<&DerivedSample::extra>("Extra", file, 2), proxyMembersEnd()};
+    static proxyMemberDescS const members[] = {proxyMethod<&DerivedSample::addDouble>("Add", "", 1),
+                                               proxyMethod<&DerivedSample::extra>("Extra", "", 2),
+                                               proxyMembersEnd()};
     static proxyMemberDescListS const* const bases[] = {Sample::getStaticProxyTypeInfo(), nullptr};
-    static proxyMemberDescListS const record = {"DerivedSample",
-                                                proxyCastTo<DerivedSample>,
-                                                bases,
-                                                members,
-                                                "velktest.derived",
-                                                0,
-                                                proxyCreate<DerivedSample>,
-                                                file,
-                                                1};
-    return &record;
-}
-
-proxyMemberDescListS const* Overloaded::getStaticProxyTypeInfo() {
-    static proxyMemberDescS const members[] = {
-        proxyMethod<&Overloaded::text>("Any", "", 1),
-        proxyMethod<&Overloaded::number>("Any", "", 2),
-        proxyMethod<&Overloaded::object>("Any", "", 3),
-        proxyMethod<&Overloaded::integer>("Narrow", "", 4),
-        proxyMethod<&Overloaded::object>("Narrow", "", 5),
-        proxyPropertyGet<&Overloaded::property>("Either", "", 6),
-        proxyMethod<&Overloaded::integer>("Either", "", 7),
-        proxyMethod<&Overloaded::same>("Same", "", 8),
-        proxyMembersEnd()};
-    static proxyMemberDescListS const* const bases[] = {nullptr};
-    static proxyMemberDescListS const record = {"Overloaded",
-                                                proxyCastTo<Overloaded>,
-                                                bases,
-                                                members,
-                                                "velktest.overloaded",
-                                                0,
-                                                proxyCreate<Overloaded>,
-                                                "",
-                                                1};
+    static auto const record =
+        recordOf<DerivedSample>("DerivedSample", "velktest.derived", members, bases);
     return &record;
 }
 

@@ -5,11 +5,8 @@
 // The start and end of the servers, the classes and factories that take part,
 // and the running objects that others find by ProgID.
 
+namespace velk::test {
 namespace {
-
-using velk::test::call;
-using velk::test::Sample;
-using velk::test::Servers;
 
 /// What events told, one letter a call, in capitals at the end.
 std::string record;
@@ -267,3 +264,4 @@ TEST(ActiveObjects, GoWithTheServersAndAreFoundByScripts) {
 }
 
 }  // namespace
+}  // namespace velk::test

@@ -32,9 +32,9 @@ inline bool isTrue(Outcome const& outcome) {
 /// A thread that makes an object and then serves calls, or does not, until its end.
 class Owner {
   public:
-    explicit Owner(bool serves, std::function<mzIUnknown*()> const& make = newSample)
-        : thread_([this, serves, make] {
-              made_.set_value(mzComPtrC(make()));
+    explicit Owner(bool serves)
+        : thread_([this, serves] {
+              made_.set_value(mzComPtrC(new Sample));
               while (!stop_) serves ? (void)mzComSleep(5, 0, nullptr) : mzSleep(5);
           }),
           object_(made_.get_future().get()) {}
@@ -50,8 +50,6 @@ class Owner {
     }
 
   private:
-    static mzIUnknown* newSample() { return (new Sample)->getIUnknown(); }
-
     std::atomic<bool> stop_{false};
     std::promise<mzComPtrC> made_;
     std::thread thread_;

@@ -26,22 +26,17 @@ class CountingDispatch : public mzIDispatch {
     unsigned invokeByName(mzComStringC const& name, unsigned callKind,
                           mzComVariantArrayC const& args, mzComVariantC& result,
                           mzComPtrT<mzIException>& exception) override {
-        lastCall =
-            name.toUtf8() + "/" + std::to_string(callKind) + "/" + std::to_string(args.size());
+        calls += name.toUtf8() + "/" + std::to_string(callKind) + "/" +
+                 std::to_string(args.size()) + " ";
         return onInvoke ? onInvoke(result, exception) : mzMemberNotFound;
     }
 
     unsigned references = 0;
-    std::string lastCall;
+    /// Name, kind and number of arguments of each.
+    std::string calls;
     std::function<void()> onRelease;
     std::function<unsigned(mzComVariantC&, mzComPtrT<mzIException>&)> onInvoke;
 
   private:
     mzIIDS id_;
-};
-
-/// An object that answers nothing but "mzIUnknown".
-class PlainObject : public CountingDispatch {
-  public:
-    PlainObject() : CountingDispatch(mzIUnknown::interfaceId()) {}
 };

@@ -44,9 +44,13 @@ com::Variant pointsUpTo(LONG count) {
 }  // namespace
 
 com::ComPtr<IRecordInfo> recordInfo(GUID const& id) {
+    com::ComPtr<ITypeLib> library;
+    com::throwIfFailed(LoadRegTypeLib(testLibrary, 1, 0, libraryLocale, library.put()),
+                       "loading the test library");
+    com::ComPtr<ITypeInfo> type;
+    com::throwIfFailed(library->GetTypeInfoOfGuid(id, type.put()), "looking for a record");
     com::ComPtr<IRecordInfo> info;
-    com::throwIfFailed(GetRecordInfoFromGuids(testLibrary, 1, 0, libraryLocale, id, info.put()),
-                       "looking for a record of the test library");
+    com::throwIfFailed(GetRecordInfoFromTypeInfo(type.get(), info.put()), "describing a record");
     return info;
 }
 

@@ -8,7 +8,7 @@
 #include "com/stored_properties.h"
 #include "com/utf.h"
 #include "props/known_sets.h"
-#include "result_codes.h"
+#include "text/result_codes.h"
 #include "usage_error.h"
 
 namespace velk::velkcom {

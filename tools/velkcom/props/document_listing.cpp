@@ -6,7 +6,8 @@
 #include "com/utf.h"
 #include "props/known_sets.h"
 #include "props/value_text.h"
-#include "result_codes.h"
+#include "text/names.h"
+#include "text/result_codes.h"
 
 namespace velk::velkcom {
 namespace {
@@ -24,12 +25,6 @@ ListedSet listSet(REFFMTID id, IPropertyStorage& set) {
         property = {};
     }
     return listed;
-}
-
-std::string idText(REFFMTID id) {
-    OLECHAR text[40] = {};
-    StringFromGUID2(id, text, 40);
-    return com::toUtf8(text);
 }
 
 std::string setName(REFFMTID id) {

@@ -9,11 +9,11 @@
 #include <thread>
 
 #include "com/error.h"
-#include "com_session.h"
+#include "commands/object_creation.h"
 #include "props/document_listing.h"
 #include "props/progress_bar.h"
-#include "result_codes.h"
 #include "system.h"
+#include "text/result_codes.h"
 
 namespace velk::velkcom {
 namespace {

@@ -1,68 +1,16 @@
 #include "props/value_text.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 
 #include "com/error.h"
 #include "com/stored_properties.h"
 #include "com/utf.h"
+#include "text/names.h"
 
 namespace velk::velkcom {
 namespace {
 
-struct TypeName {
-    VARTYPE type;
-    char const* name;
-};
-
-constexpr TypeName typeNames[] = {{VT_EMPTY, "VT_EMPTY"},
-                                  {VT_NULL, "VT_NULL"},
-                                  {VT_I2, "VT_I2"},
-                                  {VT_I4, "VT_I4"},
-                                  {VT_R4, "VT_R4"},
-                                  {VT_R8, "VT_R8"},
-                                  {VT_CY, "VT_CY"},
-                                  {VT_DATE, "VT_DATE"},
-                                  {VT_BSTR, "VT_BSTR"},
-                                  {VT_ERROR, "VT_ERROR"},
-                                  {VT_BOOL, "VT_BOOL"},
-                                  {VT_VARIANT, "VT_VARIANT"},
-                                  {VT_DECIMAL, "VT_DECIMAL"},
-                                  {VT_I1, "VT_I1"},
-                                  {VT_UI1, "VT_UI1"},
-                                  {VT_UI2, "VT_UI2"},
-                                  {VT_UI4, "VT_UI4"},
-                                  {VT_I8, "VT_I8"},
-                                  {VT_UI8, "VT_UI8"},
-                                  {VT_INT, "VT_INT"},
-                                  {VT_UINT, "VT_UINT"},
-                                  {VT_LPSTR, "VT_LPSTR"},
-                                  {VT_LPWSTR, "VT_LPWSTR"},
-                                  {VT_FILETIME, "VT_FILETIME"},
-                                  {VT_BLOB, "VT_BLOB"},
-                                  {VT_STREAM, "VT_STREAM"},
-                                  {VT_STORAGE, "VT_STORAGE"},
-                                  {VT_STREAMED_OBJECT, "VT_STREAMED_OBJECT"},
-                                  {VT_STORED_OBJECT, "VT_STORED_OBJECT"},
-                                  {VT_BLOB_OBJECT, "VT_BLOB_OBJECT"},
-                                  {VT_CF, "VT_CF"},
-                                  {VT_CLSID, "VT_CLSID"},
-                                  {VT_VERSIONED_STREAM, "VT_VERSIONED_STREAM"}};
-
 constexpr ULONGLONG ticksPerSecond = 10'000'000;
-
-std::string numberText(double value) {
-    std::array<char, 32> text;
-    auto const end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
-    return {text.data(), end};
-}
-
-std::string idText(GUID const& id) {
-    OLECHAR text[40] = {};
-    StringFromGUID2(id, text, 40);
-    return com::toUtf8(text);
-}
 
 std::string sizeText(ULONG size) {
     return "(" + std::to_string(size) + " bytes)";
@@ -94,7 +42,7 @@ std::string vectorText(PROPVARIANT const& value) {
         case VT_UI4:
             return listText(value.caul, [](ULONG number) { return std::to_string(number); });
         case VT_R8:
-            return listText(value.cadbl, numberText);
+            return listText(value.cadbl, numberText<double>);
         case VT_VARIANT:
             return listText(value.capropvar, valueText);
         default:
@@ -106,27 +54,10 @@ std::string vectorText(PROPVARIANT const& value) {
 std::string otherText(PROPVARIANT const& value) {
     if ((value.vt & VT_VECTOR) != 0) return vectorText(value);
     switch (value.vt) {
-        case VT_I1:
-            return std::to_string(static_cast<signed char>(value.cVal));
-        case VT_UI1:
-            return std::to_string(value.bVal);
-        case VT_UI2:
-            return std::to_string(value.uiVal);
-        case VT_UI4:
-        case VT_UINT:
-            return std::to_string(value.ulVal);
-        case VT_INT:
-            return std::to_string(value.lVal);
-        case VT_I8:
-            return std::to_string(value.hVal.QuadPart);
-        case VT_UI8:
-            return std::to_string(value.uhVal.QuadPart);
         case VT_ERROR:
             return com::hexadecimal(value.scode);
         case VT_CY:
             return numberText(static_cast<double>(value.cyVal.int64) / 10000);
-        case VT_DATE:
-            return numberText(value.date);
         case VT_CLSID:
             return value.puuid != nullptr ? idText(*value.puuid) : "";
         case VT_BLOB:
@@ -135,7 +66,7 @@ std::string otherText(PROPVARIANT const& value) {
         case VT_CF:
             return value.pclipdata != nullptr ? sizeText(CBPCLIPDATA(*value.pclipdata)) : "";
         default:
-            return "";
+            return storedNumber(value).value_or("");
     }
 }
 
@@ -164,7 +95,7 @@ std::string timeText(FILETIME const& time) {
     return text + 'Z';
 }
 
-struct TextOfScriptValue {
+struct TextOfScriptForm {
     PROPVARIANT const& value;
 
     std::string operator()(std::monostate) const { return otherText(value); }
@@ -187,8 +118,8 @@ std::string typeName(VARTYPE type) {
     if ((type & VT_ARRAY) != 0) {
         return "VT_ARRAY|" + typeName(static_cast<VARTYPE>(type & ~VT_ARRAY));
     }
-    auto const* const known = std::ranges::find(typeNames, type, &TypeName::type);
-    return known != std::end(typeNames) ? known->name : std::to_string(type);
+    char const* const symbol = namesOf(type).symbol;
+    return symbol != nullptr ? symbol : std::to_string(type);
 }
 
 std::optional<VARTYPE> typeFromName(std::string const& name) {
@@ -196,14 +127,14 @@ std::optional<VARTYPE> typeFromName(std::string const& name) {
     std::ranges::transform(upper, upper.begin(),
                            [](char c) { return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c; });
     if (!upper.starts_with("VT_")) upper = "VT_" + upper;
-    for (TypeName const& known : typeNames) {
-        if (upper == known.name && canBeWritten(known.type)) return known.type;
+    for (TypeNames const& known : allTypeNames()) {
+        if (upper == known.symbol && canBeWritten(known.type)) return known.type;
     }
     return {};
 }
 
 std::string valueText(PROPVARIANT const& value) {
-    return std::visit(TextOfScriptValue{value}, com::readScriptForm(value));
+    return std::visit(TextOfScriptForm{value}, com::readScriptForm(value));
 }
 
 }  // namespace velk::velkcom

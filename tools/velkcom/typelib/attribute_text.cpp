@@ -1,67 +1,65 @@
-#include "attribute_text.h"
+#include "typelib/attribute_text.h"
 
 #include <algorithm>
 
-#include "owners.h"
-#include "value_text.h"
+#include "text/names.h"
+#include "typelib/value_text.h"
 
-namespace velk::tools {
+namespace velk::velkcom {
 namespace {
 
-void addHelp(AttributeList& list, TextOwner const& text, unsigned context) {
-    if (text.present()) list.push_back("helpstring(" + quoted(text.view()) + ")");
+void addHelp(AttributeList& list, com::Bstr const& text, unsigned context) {
+    if ((text.get() != nullptr)) list.push_back("helpstring(" + quoted(com::viewBstr(text)) + ")");
     if (context) list.push_back("helpcontext(" + std::to_string(context) + ")");
 }
 
-void addSecondHelp(AttributeList& list, TextOwner const& module, unsigned context) {
+void addSecondHelp(AttributeList& list, com::Bstr const& module, unsigned context) {
     if (context) list.push_back("helpstringcontext(" + std::to_string(context) + ")");
-    if (module.present()) list.push_back("helpstringdll(" + quoted(module.view()) + ")");
-}
-
-// The custom data functions of memory are not part of every system's headers.
-void clear(CUSTDATA& data) {
-    for (ULONG i = 0; i < data.cCustData; ++i) VariantClear(&data.prgCustData[i].varValue);
-    CoTaskMemFree(data.prgCustData);
-    data = {};
+    if ((module.get() != nullptr))
+        list.push_back("helpstringdll(" + quoted(com::viewBstr(module)) + ")");
 }
 
 }  // namespace
 
+// The custom data functions of memory are not part of every system's headers.
+void closeCustomData(CUSTDATA& data) noexcept {
+    for (ULONG i = 0; i < data.cCustData; ++i) com::closeVariant(data.prgCustData[i].varValue);
+    CoTaskMemFree(data.prgCustData);
+    data = {};
+}
+
 void addDocumentation(AttributeList& list, ITypeInfo* type, MEMBERID member) {
-    TextOwner help;
+    com::Bstr help;
     DWORD context = 0;
-    if (SUCCEEDED(type->GetDocumentation(member, nullptr, help.out(), &context, nullptr))) {
+    if (SUCCEEDED(type->GetDocumentation(member, nullptr, help.put(), &context, nullptr))) {
         addHelp(list, help, context);
     }
-    ITypeInfo2* raw = nullptr;
-    if (FAILED(type->QueryInterface(IID_ITypeInfo2, reinterpret_cast<void**>(&raw)))) return;
-    InterfaceOwner<ITypeInfo2> const extended(raw);
+    auto const extended = com::ComPtr(type).query<ITypeInfo2>(IID_ITypeInfo2);
     // The library names the module of the texts once for all of its types.
     DWORD second = 0;
-    if (SUCCEEDED(raw->GetDocumentation2(member, 0, nullptr, &second, nullptr))) {
-        addSecondHelp(list, TextOwner(), second);
+    if (extended && SUCCEEDED(extended->GetDocumentation2(member, 0, nullptr, &second, nullptr))) {
+        addSecondHelp(list, com::Bstr(), second);
     }
 }
 
 void addDocumentation(AttributeList& list, ITypeLib* library) {
-    TextOwner help;
-    TextOwner file;
+    com::Bstr help;
+    com::Bstr file;
     DWORD context = 0;
-    if (SUCCEEDED(library->GetDocumentation(-1, nullptr, help.out(), &context, file.out()))) {
+    if (SUCCEEDED(library->GetDocumentation(-1, nullptr, help.put(), &context, file.put()))) {
         addHelp(list, help, context);
-        if (file.present()) list.push_back("helpfile(" + quoted(file.view()) + ")");
+        if ((file.get() != nullptr))
+            list.push_back("helpfile(" + quoted(com::viewBstr(file)) + ")");
     }
-    ITypeLib2* raw = nullptr;
-    if (FAILED(library->QueryInterface(IID_ITypeLib2, reinterpret_cast<void**>(&raw)))) return;
-    InterfaceOwner<ITypeLib2> const extended(raw);
-    TextOwner module;
+    auto const extended = com::ComPtr(library).query<ITypeLib2>(IID_ITypeLib2);
+    com::Bstr module;
     DWORD second = 0;
-    if (SUCCEEDED(raw->GetDocumentation2(-1, 0, nullptr, &second, module.out()))) {
+    if (extended && SUCCEEDED(extended->GetDocumentation2(-1, 0, nullptr, &second, module.put()))) {
         addSecondHelp(list, module, second);
     }
 }
 
-void addCustomData(AttributeList& list, CUSTDATA& data) {
+void addCustomData(AttributeList& list, CUSTDATA const& data) {
     AttributeList own;
     for (ULONG i = 0; i < data.cCustData; ++i) {
         auto const& item = data.prgCustData[i];
@@ -69,7 +67,6 @@ void addCustomData(AttributeList& list, CUSTDATA& data) {
     }
     std::sort(own.begin(), own.end());
     list.insert(list.end(), own.begin(), own.end());
-    clear(data);
 }
 
 AttributeList libraryFlagNames(unsigned flags) {
@@ -146,4 +143,4 @@ AttributeList implementedFlagNames(unsigned flags) {
                              {IMPLTYPEFLAG_FDEFAULTVTABLE, "defaultvtable"}});
 }
 
-}  // namespace velk::tools
+}  // namespace velk::velkcom

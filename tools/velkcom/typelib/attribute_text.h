@@ -8,7 +8,9 @@
 
 #include <oleauto.h>
 
-namespace velk::tools {
+#include "com/owners.h"
+
+namespace velk::velkcom {
 
 using AttributeList = std::vector<std::string>;
 
@@ -16,8 +18,19 @@ using AttributeList = std::vector<std::string>;
 void addDocumentation(AttributeList& list, ITypeInfo* type, MEMBERID member);
 void addDocumentation(AttributeList& list, ITypeLib* library);
 
-/// Custom data, ordered by its identifiers; `data` is cleared.
-void addCustomData(AttributeList& list, CUSTDATA& data);
+void closeCustomData(CUSTDATA& data) noexcept;
+using CustomData = com::Owned<CUSTDATA, closeCustomData>;
+
+/// Custom data, ordered by its identifiers.
+void addCustomData(AttributeList& list, CUSTDATA const& data);
+
+/// The same of what `fetch` gets from the interface `id` of an object that has it.
+template <typename Extended, typename Interface, typename Fetch>
+void addCustomData(AttributeList& list, Interface* object, REFIID id, Fetch const& fetch) {
+    auto const extended = com::ComPtr(object).template query<Extended>(id);
+    CustomData data;
+    if (extended && SUCCEEDED(fetch(*extended, data.put()))) addCustomData(list, data.get());
+}
 
 AttributeList libraryFlagNames(unsigned flags);
 AttributeList typeFlagNames(unsigned flags);
@@ -26,4 +39,4 @@ AttributeList variableFlagNames(unsigned flags);
 AttributeList parameterFlagNames(unsigned flags);
 AttributeList implementedFlagNames(unsigned flags);
 
-}  // namespace velk::tools
+}  // namespace velk::velkcom

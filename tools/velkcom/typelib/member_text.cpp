@@ -1,14 +1,14 @@
-#include "member_text.h"
+#include "typelib/member_text.h"
 
 #include <algorithm>
 #include <vector>
 
-#include "attribute_text.h"
-#include "owners.h"
-#include "type_text.h"
-#include "value_text.h"
+#include "text/names.h"
+#include "typelib/attribute_text.h"
+#include "typelib/type_text.h"
+#include "typelib/value_text.h"
 
-namespace velk::tools {
+namespace velk::velkcom {
 namespace {
 
 // More names than any function has parameters.
@@ -20,25 +20,16 @@ std::vector<std::string> memberNames(ITypeInfo* type, MEMBERID member) {
     if (FAILED(type->GetNames(member, raw.data(), mostNames, &count))) count = 0;
     std::vector<std::string> names;
     for (UINT i = 0; i < count && i < mostNames; ++i) {
-        names.push_back(nameText({raw[i], SysStringLen(raw[i])}));
-        SysFreeString(raw[i]);
+        com::Bstr const name(raw[i]);
+        names.push_back(nameText(com::viewBstr(name)));
     }
     return names;
 }
 
 std::string nameOf(ITypeInfo* type, MEMBERID member) {
-    TextOwner name;
-    if (FAILED(type->GetDocumentation(member, name.out(), nullptr, nullptr, nullptr))) return "?";
-    return nameText(name.view());
-}
-
-template <typename Fill>
-void addExtended(AttributeList& list, ITypeInfo* type, Fill fill) {
-    ITypeInfo2* raw = nullptr;
-    if (FAILED(type->QueryInterface(IID_ITypeInfo2, reinterpret_cast<void**>(&raw)))) return;
-    InterfaceOwner<ITypeInfo2> const extended(raw);
-    CUSTDATA data{};
-    if (SUCCEEDED(fill(raw, &data))) addCustomData(list, data);
+    com::Bstr name;
+    if (FAILED(type->GetDocumentation(member, name.put(), nullptr, nullptr, nullptr))) return "?";
+    return nameText(com::viewBstr(name));
 }
 
 constexpr auto setsProperty = INVOKE_PROPERTYPUT | INVOKE_PROPERTYPUTREF;
@@ -105,23 +96,25 @@ std::string parameterText(ITypeInfo* type, UINT index, ELEMDESC const& element, 
     if ((parameter.wParamFlags & PARAMFLAG_FHASDEFAULT) && parameter.pparamdescex) {
         list.push_back("defaultvalue(" + valueText(parameter.pparamdescex->varDefaultValue) + ")");
     }
-    addExtended(list, type, [&](ITypeInfo2* extended, CUSTDATA* data) {
-        return extended->GetAllParamCustData(index, position, data);
-    });
+    addCustomData<ITypeInfo2>(list, type, IID_ITypeInfo2,
+                              [&](ITypeInfo2& extended, CUSTDATA* data) {
+                                  return extended.GetAllParamCustData(index, position, data);
+                              });
     std::string const text = bracketed(list) + typeText(type, element.tdesc);
     return name.empty() ? text : text + " " + name;
 }
 
 std::string entryText(ITypeInfo* type, FUNCDESC const& function) {
-    TextOwner module;
-    TextOwner name;
+    com::Bstr module;
+    com::Bstr name;
     WORD ordinal = 0;
-    if (FAILED(type->GetDllEntry(function.memid, function.invkind, module.out(), name.out(),
+    if (FAILED(type->GetDllEntry(function.memid, function.invkind, module.put(), name.put(),
                                  &ordinal))) {
         return {};
     }
-    std::string const entry = name.present() ? quoted(name.view()) : std::to_string(ordinal);
-    return ", entry " + entry + " of " + quoted(module.view());
+    std::string const entry =
+        (name.get() != nullptr) ? quoted(com::viewBstr(name)) : std::to_string(ordinal);
+    return ", entry " + entry + " of " + quoted(com::viewBstr(module));
 }
 
 AttributeList functionAttributes(ITypeInfo* type, UINT index, FUNCDESC const& function) {
@@ -133,9 +126,10 @@ AttributeList functionAttributes(ITypeInfo* type, UINT index, FUNCDESC const& fu
         list.push_back("optionals(" + std::to_string(function.cParamsOpt) + ")");
     }
     addDocumentation(list, type, function.memid);
-    addExtended(list, type, [&](ITypeInfo2* extended, CUSTDATA* data) {
-        return extended->GetAllFuncCustData(index, data);
-    });
+    addCustomData<ITypeInfo2>(list, type, IID_ITypeInfo2,
+                              [&](ITypeInfo2& extended, CUSTDATA* data) {
+                                  return extended.GetAllFuncCustData(index, data);
+                              });
     return list;
 }
 
@@ -167,9 +161,10 @@ std::string variableText(ITypeInfo* type, UINT index, std::string const& indent)
     AttributeList list{"id(" + hexadecimal(static_cast<unsigned>(variable->memid)) + ")"};
     for (auto& flag : variableFlagNames(variable->wVarFlags)) list.push_back(std::move(flag));
     addDocumentation(list, type, variable->memid);
-    addExtended(list, type, [&](ITypeInfo2* extended, CUSTDATA* data) {
-        return extended->GetAllVarCustData(index, data);
-    });
+    addCustomData<ITypeInfo2>(list, type, IID_ITypeInfo2,
+                              [&](ITypeInfo2& extended, CUSTDATA* data) {
+                                  return extended.GetAllVarCustData(index, data);
+                              });
     bool const constant = variable->varkind == VAR_CONST;
     std::string text = indent + bracketed(list) + (constant ? "const " : "") +
                        typeText(type, variable->elemdescVar.tdesc) + " " +
@@ -196,13 +191,14 @@ std::string implementedText(ITypeInfo* type, UINT index, std::string const& inde
     auto const attributes = attributesOf(type);
     bool const annotated = attributes && attributes->typekind == TKIND_COCLASS;
     if (annotated)
-        addExtended(list, type, [&](ITypeInfo2* extended, CUSTDATA* data) {
-            return extended->GetAllImplTypeCustData(index, data);
-        });
+        addCustomData<ITypeInfo2>(list, type, IID_ITypeInfo2,
+                                  [&](ITypeInfo2& extended, CUSTDATA* data) {
+                                      return extended.GetAllImplTypeCustData(index, data);
+                                  });
     std::string const name = SUCCEEDED(result)
                                  ? referenceName(type, reference)
                                  : "<" + hexadecimal(static_cast<unsigned>(result), 8) + ">";
     return indent + "implements " + bracketed(list) + name + ";\n";
 }
 
-}  // namespace velk::tools
+}  // namespace velk::velkcom

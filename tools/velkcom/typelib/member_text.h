@@ -7,7 +7,7 @@
 
 #include <oleauto.h>
 
-namespace velk::tools {
+namespace velk::velkcom {
 
 /// Attributes, declaration and a closing remark with the vtable offset, each
 /// function on two lines indented by `indent`.
@@ -19,4 +19,4 @@ std::string variableText(ITypeInfo* type, UINT index, std::string const& indent)
 /// One implemented or inherited type.
 std::string implementedText(ITypeInfo* type, UINT index, std::string const& indent);
 
-}  // namespace velk::tools
+}  // namespace velk::velkcom

@@ -1,26 +1,33 @@
-#include "type_text.h"
+#include "typelib/type_text.h"
 
-#include "owners.h"
-#include "value_text.h"
+#include "text/names.h"
 
-namespace velk::tools {
+namespace velk::velkcom {
 namespace {
 
 // Deeper nesting than any compiler writes: a description that refers to
 // itself ends here.
 constexpr int deepest = 32;
 
-InterfaceOwner<ITypeLib> libraryOf(ITypeInfo* type) {
-    ITypeLib* library = nullptr;
+com::ComPtr<ITypeLib> libraryOf(ITypeInfo* type) {
+    com::ComPtr<ITypeLib> library;
     UINT index = 0;
-    if (FAILED(type->GetContainingTypeLib(&library, &index))) library = nullptr;
-    return InterfaceOwner<ITypeLib>(library);
+    if (FAILED(type->GetContainingTypeLib(library.put(), &index))) return {};
+    return library;
+}
+
+/// Fills a description where the call that hands it out succeeds.
+template <typename Description, typename Lender, typename Ask>
+Description lentBy(Lender* lender, Ask const& ask) {
+    Description description(lender);
+    if (FAILED(ask(description.put()))) *description.put() = nullptr;
+    return description;
 }
 
 std::string libraryName(ITypeLib* library) {
-    TextOwner name;
-    if (FAILED(library->GetDocumentation(-1, name.out(), nullptr, nullptr, nullptr))) return {};
-    return nameText(name.view());
+    com::Bstr name;
+    if (FAILED(library->GetDocumentation(-1, name.put(), nullptr, nullptr, nullptr))) return {};
+    return nameText(com::viewBstr(name));
 }
 
 bool sameLibrary(ITypeLib* left, ITypeLib* right) {
@@ -31,70 +38,8 @@ bool sameLibrary(ITypeLib* left, ITypeLib* right) {
 }
 
 std::string basicName(VARTYPE type) {
-    switch (type) {
-        case VT_EMPTY:
-            return "empty";
-        case VT_NULL:
-            return "null";
-        case VT_I2:
-            return "short";
-        case VT_I4:
-            return "long";
-        case VT_R4:
-            return "float";
-        case VT_R8:
-            return "double";
-        case VT_CY:
-            return "CURRENCY";
-        case VT_DATE:
-            return "DATE";
-        case VT_BSTR:
-            return "BSTR";
-        case VT_DISPATCH:
-            return "IDispatch*";
-        case VT_ERROR:
-            return "SCODE";
-        case VT_BOOL:
-            return "VARIANT_BOOL";
-        case VT_VARIANT:
-            return "VARIANT";
-        case VT_UNKNOWN:
-            return "IUnknown*";
-        case VT_DECIMAL:
-            return "DECIMAL";
-        case VT_I1:
-            return "char";
-        case VT_UI1:
-            return "unsigned char";
-        case VT_UI2:
-            return "unsigned short";
-        case VT_UI4:
-            return "unsigned long";
-        case VT_I8:
-            return "hyper";
-        case VT_UI8:
-            return "unsigned hyper";
-        case VT_INT:
-            return "int";
-        case VT_UINT:
-            return "unsigned int";
-        case VT_VOID:
-            return "void";
-        case VT_HRESULT:
-            return "HRESULT";
-        case VT_LPSTR:
-            return "LPSTR";
-        case VT_LPWSTR:
-            return "LPWSTR";
-        case VT_INT_PTR:
-            return "INT_PTR";
-        case VT_UINT_PTR:
-            return "UINT_PTR";
-        case VT_FILETIME:
-            return "FILETIME";
-        default:
-            return "type(" + hexadecimal(type) + ")";
-    }
+    char const* const declared = namesOf(type).declared;
+    return declared != nullptr ? declared : "type(" + hexadecimal(type) + ")";
 }
 
 std::string typeText(ITypeInfo* type, TYPEDESC const& description, int depth);
@@ -131,13 +76,32 @@ std::string typeText(ITypeInfo* type, TYPEDESC const& description, int depth) {
 
 }  // namespace
 
+com::LibraryAttributes attributesOf(ITypeLib* library) {
+    return lentBy<com::LibraryAttributes>(
+        library, [&](TLIBATTR** place) { return library->GetLibAttr(place); });
+}
+
+com::TypeAttributes attributesOf(ITypeInfo* type) {
+    return lentBy<com::TypeAttributes>(type,
+                                       [&](TYPEATTR** place) { return type->GetTypeAttr(place); });
+}
+
+com::FunctionDescription functionOf(ITypeInfo* type, UINT index) {
+    return lentBy<com::FunctionDescription>(
+        type, [&](FUNCDESC** place) { return type->GetFuncDesc(index, place); });
+}
+
+com::VariableDescription variableOf(ITypeInfo* type, UINT index) {
+    return lentBy<com::VariableDescription>(
+        type, [&](VARDESC** place) { return type->GetVarDesc(index, place); });
+}
+
 std::string referenceName(ITypeInfo* type, HREFTYPE reference) {
-    ITypeInfo* raw = nullptr;
-    HRESULT const result = type->GetRefTypeInfo(reference, &raw);
-    if (FAILED(result) || !raw) {
+    com::ComPtr<ITypeInfo> target;
+    HRESULT const result = type->GetRefTypeInfo(reference, target.put());
+    if (FAILED(result) || !target) {
         return "<" + hexadecimal(static_cast<unsigned>(result), 8) + ">";
     }
-    InterfaceOwner<ITypeInfo> const target(raw);
     auto const own = libraryOf(type);
     auto const other = libraryOf(target.get());
     std::string name = typeName(target.get());
@@ -150,11 +114,11 @@ std::string typeText(ITypeInfo* type, TYPEDESC const& description) {
 }
 
 std::string typeName(ITypeInfo* type) {
-    TextOwner name;
-    if (FAILED(type->GetDocumentation(MEMBERID_NIL, name.out(), nullptr, nullptr, nullptr))) {
+    com::Bstr name;
+    if (FAILED(type->GetDocumentation(MEMBERID_NIL, name.put(), nullptr, nullptr, nullptr))) {
         return {};
     }
-    return nameText(name.view());
+    return nameText(com::viewBstr(name));
 }
 
-}  // namespace velk::tools
+}  // namespace velk::velkcom

@@ -7,7 +7,15 @@
 
 #include <oleauto.h>
 
-namespace velk::tools {
+#include "com/owners.h"
+
+namespace velk::velkcom {
+
+/// What a library, a type or a member says of itself; empty where it does not.
+com::LibraryAttributes attributesOf(ITypeLib* library);
+com::TypeAttributes attributesOf(ITypeInfo* type);
+com::FunctionDescription functionOf(ITypeInfo* type, UINT index);
+com::VariableDescription variableOf(ITypeInfo* type, UINT index);
 
 /// The name of the type that `reference` stands for in `type`, preceded by the
 /// name of its library where that is another one; the result code in angle
@@ -20,4 +28,4 @@ std::string typeText(ITypeInfo* type, TYPEDESC const& description);
 /// The name of a type, empty where it has none.
 std::string typeName(ITypeInfo* type);
 
-}  // namespace velk::tools
+}  // namespace velk::velkcom

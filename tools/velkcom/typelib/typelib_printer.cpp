@@ -1,15 +1,14 @@
-#include "typelib_printer.h"
+#include "typelib/typelib_printer.h"
 
 #include <exception>
-#include <iostream>
 
-#include "attribute_text.h"
-#include "member_text.h"
-#include "owners.h"
-#include "type_text.h"
-#include "value_text.h"
+#include "text/names.h"
+#include "typelib/attribute_text.h"
+#include "typelib/member_text.h"
+#include "typelib/type_text.h"
+#include "typelib/value_text.h"
 
-namespace velk::tools {
+namespace velk::velkcom {
 namespace {
 
 std::string versionText(unsigned major, unsigned minor) {
@@ -32,12 +31,9 @@ AttributeList typeAttributeList(ITypeInfo* type, TYPEATTR const& attributes) {
                        versionText(attributes.wMajorVerNum, attributes.wMinorVerNum)};
     for (auto& flag : typeFlagNames(attributes.wTypeFlags)) list.push_back(std::move(flag));
     addDocumentation(list, type, MEMBERID_NIL);
-    ITypeInfo2* raw = nullptr;
-    if (SUCCEEDED(type->QueryInterface(IID_ITypeInfo2, reinterpret_cast<void**>(&raw)))) {
-        InterfaceOwner<ITypeInfo2> const extended(raw);
-        CUSTDATA data{};
-        if (SUCCEEDED(raw->GetAllCustData(&data))) addCustomData(list, data);
-    }
+    addCustomData<ITypeInfo2>(list, type, IID_ITypeInfo2, [](ITypeInfo2& extended, CUSTDATA* data) {
+        return extended.GetAllCustData(data);
+    });
     return list;
 }
 
@@ -58,29 +54,27 @@ void printOneView(ITypeInfo* type, TYPEATTR const& attributes, std::ostream& out
 // A dual interface hands out its other view as implemented type -1.
 void printOtherView(ITypeInfo* type, std::ostream& out) {
     HREFTYPE reference = 0;
+    com::ComPtr<ITypeInfo> view;
     if (FAILED(type->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference))) return;
-    ITypeInfo* raw = nullptr;
-    if (FAILED(type->GetRefTypeInfo(reference, &raw))) return;
-    InterfaceOwner<ITypeInfo> const view(raw);
-    auto const attributes = attributesOf(raw);
+    if (FAILED(type->GetRefTypeInfo(reference, view.put()))) return;
+    auto const attributes = attributesOf(view.get());
     if (!attributes) return;
     out << "    // its other view\n";
-    printOneView(raw, *attributes, out);
+    printOneView(view.get(), *attributes, out);
 }
 
 void printType(ITypeLib* library, UINT index, std::ostream& out) {
     out << "\n    // type " << index << "\n";
-    ITypeInfo* raw = nullptr;
-    HRESULT const result = library->GetTypeInfo(index, &raw);
+    com::ComPtr<ITypeInfo> type;
+    HRESULT const result = library->GetTypeInfo(index, type.put());
     if (FAILED(result)) {
         out << "    // unreadable: " << hexadecimal(static_cast<unsigned>(result), 8) << "\n";
         return;
     }
-    InterfaceOwner<ITypeInfo> const type(raw);
-    auto const attributes = attributesOf(raw);
+    auto const attributes = attributesOf(type.get());
     if (!attributes) return;
-    printOneView(raw, *attributes, out);
-    if (attributes->wTypeFlags & TYPEFLAG_FDUAL) printOtherView(raw, out);
+    printOneView(type.get(), *attributes, out);
+    if (attributes->wTypeFlags & TYPEFLAG_FDUAL) printOtherView(type.get(), out);
 }
 
 AttributeList libraryAttributeList(ITypeLib* library, TLIBATTR const& attributes) {
@@ -89,53 +83,46 @@ AttributeList libraryAttributeList(ITypeLib* library, TLIBATTR const& attributes
                        "lcid(" + hexadecimal(attributes.lcid, 4) + ")"};
     for (auto& flag : libraryFlagNames(attributes.wLibFlags)) list.push_back(std::move(flag));
     addDocumentation(list, library);
-    ITypeLib2* raw = nullptr;
-    if (SUCCEEDED(library->QueryInterface(IID_ITypeLib2, reinterpret_cast<void**>(&raw)))) {
-        InterfaceOwner<ITypeLib2> const extended(raw);
-        CUSTDATA data{};
-        if (SUCCEEDED(raw->GetAllCustData(&data))) addCustomData(list, data);
-    }
+    addCustomData<ITypeLib2>(list, library, IID_ITypeLib2, [](ITypeLib2& extended, CUSTDATA* data) {
+        return extended.GetAllCustData(data);
+    });
     return list;
 }
 
-void printLibrary(ITypeLib* library, std::ostream& out) {
+}  // namespace
+
+void printTypeLibrary(ITypeLib* library, std::ostream& out) {
     auto const attributes = attributesOf(library);
-    TextOwner name;
-    if (FAILED(library->GetDocumentation(-1, name.out(), nullptr, nullptr, nullptr))) {
+    com::Bstr name;
+    if (FAILED(library->GetDocumentation(-1, name.put(), nullptr, nullptr, nullptr))) {
         out << "// the library has no readable name\n";
     }
     if (attributes) {
         out << "[" << joined(libraryAttributeList(library, *attributes)) << "]\nlibrary "
-            << nameText(name.view()) << " {  // " << systemName(attributes->syskind) << "\n";
+            << nameText(com::viewBstr(name)) << " {  // " << systemName(attributes->syskind)
+            << "\n";
     }
     UINT const count = library->GetTypeInfoCount();
     for (UINT i = 0; i < count; ++i) printType(library, i, out);
     out << "};\n";
 }
 
-}  // namespace
-
 int printTypeLibrary(std::filesystem::path const& file, std::ostream& out, std::ostream& errors) {
     try {
         auto const native = file.string<OLECHAR>();
-        ITypeLib* raw = nullptr;
-        HRESULT const result = LoadTypeLibEx(native.c_str(), REGKIND_NONE, &raw);
-        if (FAILED(result) || !raw) {
-            errors << "cannot load the type library " << file.string() << ": "
+        com::ComPtr<ITypeLib> library;
+        HRESULT const result = LoadTypeLibEx(native.c_str(), REGKIND_NONE, library.put());
+        if (FAILED(result) || !library) {
+            errors << "velkcom: cannot load the type library " << file.string() << ": "
                    << hexadecimal(static_cast<unsigned>(result), 8) << "\n";
             return 1;
         }
-        InterfaceOwner<ITypeLib> const library(raw);
-        printLibrary(raw, out);
+        printTypeLibrary(library.get(), out);
         return 0;
     } catch (std::exception const& error) {
-        errors << "cannot print the type library: " << error.what() << "\n";
+        errors << "velkcom: cannot print the type library: " << error.what() << "\n";
         return 1;
     }
 }
 
-int printTypeLibrary(std::filesystem::path const& file, std::ostream& out) {
-    return printTypeLibrary(file, out, std::cerr);
-}
-
-}  // namespace velk::tools
+}  // namespace velk::velkcom

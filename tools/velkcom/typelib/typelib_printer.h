@@ -4,7 +4,11 @@
 #include <filesystem>
 #include <ostream>
 
-namespace velk::tools {
+#include <windows.h>
+
+#include <oleauto.h>
+
+namespace velk::velkcom {
 
 /// Prints everything that the type library in `file` says, in the manner of
 /// an interface description: identifiers, versions, flags, help, members with
@@ -19,7 +23,7 @@ namespace velk::tools {
 /// @return 0, or 1 when the library cannot be loaded
 int printTypeLibrary(std::filesystem::path const& file, std::ostream& out, std::ostream& errors);
 
-/// The same with the errors on the standard error stream.
-int printTypeLibrary(std::filesystem::path const& file, std::ostream& out);
+/// The same of a library that is already loaded.
+void printTypeLibrary(ITypeLib* library, std::ostream& out);
 
-}  // namespace velk::tools
+}  // namespace velk::velkcom

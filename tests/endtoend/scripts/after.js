@@ -1,0 +1,2 @@
+
+if (failures === 0) WScript.Echo("all " + checks + " checks passed");

@@ -1,0 +1,2 @@
+
+If failures = 0 Then WScript.Echo "all " & checks & " checks passed"
