@@ -120,7 +120,8 @@ TEST(FacadeCalls, AnswerAsTheTableSays) {
         if (code == DISP_E_EXCEPTION) {
             text = "exception " + told(velk::com::ExceptionInfo(info).get());
         } else {
-            EXPECT_EQ(std::memcmp(&info, &untouched, sizeof info), 0) << "a record without failure";
+            EXPECT_TRUE(info.wCode == untouched.wCode && info.bstrSource == untouched.bstrSource)
+                << "a record without failure";
         }
         text += result.notation() == "I4:3" ? "" : ' ' + result.notation();
         text += callsOf(*host.get());
