@@ -34,7 +34,7 @@ class Pool {
             case 4:
                 return mzComVariantC::createSymbolRef(texts[choice % 3]);
             case 5:
-                return static_cast<int>(choice % 5);
+                return static_cast<int>(choice % 40) - 1;
             default:
                 return texts[choice % std::size(texts)];
         }
@@ -68,7 +68,7 @@ void expectSame(T const& got, T const& expected, std::string const& what) {
 
 template <class Machine>
 void search() {
-    searchOperations(400, 200, [](auto const& operations, std::string& log) {
+    searchOperations(200, 500, [](auto const& operations, std::string& log) {
         long long const before = mzLiveCountTotal();
         {
             Machine machine(log);
@@ -92,8 +92,11 @@ std::string keyText(mzComVariantC const& value, bool folds = false) {
             return 'o' + std::to_string(reinterpret_cast<std::uintptr_t>(object.iface()));
         case mzTypeEmpty:
             return "empty";
-        default:
-            return described(std::abs(value.getDouble()));  // NaN and 0 have signs
+        default: {
+            // Zeros and NaNs are equal whatever their signs.
+            double const number = value.getDouble() + 0.0;
+            return described(std::isnan(number) ? std::abs(number) : number);
+        }
     }
 }
 
@@ -102,9 +105,10 @@ class DictionaryMachine {
     explicit DictionaryMachine(std::string& log) : log_(log) {}
 
     void step(Operation const& operation) {
-        static constexpr char const* names[] = {
-            "add",    "add",   "add",   "add",  "set",  "set",  "key",   "key", "remove",
-            "remove", "modes", "clear", "walk", "next", "next", "begin", "?",   "?"};
+        static constexpr char const* names[] = {"add",    "add",    "add",   "add",    "add",
+                                                "set",    "key",    "key",   "remove", "remove",
+                                                "remove", "remove", "modes", "clear",  "walk",
+                                                "next",   "next",   "next",  "begin",  "?"};
         std::string const name = names[operation.kind % std::size(names)];
         mzComVariantC const key = pool_.value(operation.place),
                             wanted = operation.size % 4 == 0 ? key : pool_.value(operation.size),
@@ -129,7 +133,7 @@ class DictionaryMachine {
         } else if (name == "modes") {
             setModes(static_cast<int>(operation.place % 4) - 1);
         } else if (name == "clear") {
-            if (size < 5) return;
+            if (operation.place % 8 != 0) return;
             expectSame(dictionary_->delAll(), 1, name);
             entries_.clear();
         } else if (name == "?") {

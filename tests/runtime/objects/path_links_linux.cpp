@@ -25,8 +25,10 @@ TEST_F(ScriptTable, PathLinks) {
     }
     fs::create_symlink("file", folder / "near");
     fs::create_symlink("/", folder / "far");
-    fs::create_directories(folder / "inner");
-    fs::create_directory_symlink("..", folder / "inner" / "up");
+    for (char const* name : {"inner", "links"}) {
+        fs::create_directory(folder / name);
+        fs::create_directory_symlink("..", folder / name / "up");
+    }
     objects_["odd"] = objectOf("path " + (folder / "a\\b").string());
 
     check("runtime/path_links.tsv");
