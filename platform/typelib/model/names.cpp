@@ -62,12 +62,7 @@ LibraryIndex::LibraryIndex(LibraryModel const& model) : typeCount_(model.types.s
     for (std::size_t i = 0; i < model.types.size(); ++i) {
         auto const& type = model.types[i];
         auto const add = [&](Text name, MEMBERID member) {
-            if (name.empty()) return;
-            auto& list = byName_[folded(name)];
-            // Accessors of one property are one occurrence.
-            bool const known =
-                !list.empty() && list.back().type == i && list.back().member == member;
-            if (!known) list.push_back({i, member, name});
+            if (!name.empty()) byName_[folded(name)].push_back({i, member, name});
         };
         add(type.name, MEMBERID_NIL);
         for (auto const& function : type.functions) add(function.name, function.id);

@@ -20,7 +20,8 @@ ComPtr<IUnknown> dispatchOver(Recorder& recorder, ITypeInfo& type, IUnknown* out
 
 // The arguments of a row: values, "&" before those that are passed by reference
 // and "&&" before a reference to a VARIANT; `other` is an object, "I4[1 2]" an
-// array. "put=" and "2=" before a value name it by its DISPID.
+// array, "&null" and "&&null" are references to nothing. "put=" and "2=" before a
+// value name it by its DISPID.
 class Arguments {
   public:
     Arguments(std::string const& cell, Recorder& other) : other_(other) {
@@ -56,6 +57,8 @@ class Arguments {
         if (token == "other") {
             value.vt = VT_UNKNOWN;
             value.punkVal = &other_;
+        } else if (token.ends_with("&null")) {
+            value.vt = VT_BYREF | (token[1] == '&' ? VARTYPE{VT_VARIANT} : VARTYPE{VT_I4});
         } else if (token.starts_with("I4[")) {
             auto& cell = cells_.emplace_back();
             cell->vt = VT_ARRAY | VT_I4;
