@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "com/utf.h"
-#include "text/result_text.h"
 #include "scratch_folder.h"
 #include "support/data_table.h"
+#include "text/result_text.h"
 #include "text/typed_value.h"
 
 namespace velk::velkcom::test {
@@ -157,6 +157,49 @@ TEST(Values, ShowArraysAndReferences) {
     EXPECT_EQ(resultText(value), "array(0..1, 1..0):[]");
     value.parray = nullptr;
     EXPECT_EQ(resultText(value), "array:none");
+}
+
+/// An object of the type that a library holds first, which counts for nothing.
+struct ObjectOf final : IDispatch {
+    explicit ObjectOf(OLECHAR const* file) { LoadTypeLibEx(file, REGKIND_NONE, library.put()); }
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo** out) override {
+        return library ? library->GetTypeInfo(0, out) : E_FAIL;
+    }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                                     UINT*) override {
+        return E_NOTIMPL;
+    }
+    com::ComPtr<ITypeLib> library;
+};
+
+// What a terminal would take for an order does not reach it.
+TEST(Values, OfObjectsShowTheNameOfTheirType) {
+    ScratchFolder const folder;
+    auto bytes = folder.bytesOf(VELKCOM_SMALL_LIBRARY);
+    std::string const name = "IDispatch";
+    ASSERT_NE(bytes.find(name), bytes.npos);
+    for (char const sign : {'D', '\x1b'}) {
+        bytes[bytes.find(name) + 1] = sign;
+        std::ofstream("odd.tlb", std::ios::binary) << bytes;
+        ObjectOf object(OLESTR("odd.tlb"));
+        VARIANT value{};
+        value.vt = VT_DISPATCH;
+        value.pdispVal = &object;
+        EXPECT_EQ(resultText(value), sign == 'D' ? "object:IDispatch" : "object:I?ispatch");
+    }
+    VARIANT value{};
+    value.vt = VT_DISPATCH;
+    ObjectOf unknown(OLESTR("none.tlb"));
+    EXPECT_EQ(resultText(value), "nothing");
+    value.pdispVal = &unknown;
+    EXPECT_EQ(resultText(value), "object");
 }
 
 TEST(Libraries, OfAModuleArePrintedByTheirNumbers) {
