@@ -5,6 +5,18 @@
 #include "com/error.h"
 
 namespace velk::com {
+namespace {
+
+/// Copying and converting call foreign objects, which may throw.
+template <typename Function>
+HRESULT guarded(Function function) noexcept {
+    try {
+        return function();
+    }
+    VELK_COM_CATCH
+}
+
+}  // namespace
 
 void closeHeldVariant(VARIANT& value) noexcept {
     try {
@@ -44,14 +56,16 @@ Bstr makeBstr(TextView text) {
 
 // Not every system's header says that the source stays as it is.
 HRESULT copyVariant(VARIANT const& source, VARIANT& target) noexcept {
-    HRESULT const code = VariantCopy(&target, const_cast<VARIANT*>(&source));
+    HRESULT const code =
+        guarded([&] { return VariantCopy(&target, const_cast<VARIANT*>(&source)); });
     // Some systems leave the source's pointers behind then.
     if (FAILED(code)) target = VARIANT{};
     return code;
 }
 
 HRESULT copyReferredTo(VARIANT const& source, Variant& result) noexcept {
-    HRESULT const code = VariantCopyInd(result.put(), const_cast<VARIANT*>(&source));
+    HRESULT const code =
+        guarded([&] { return VariantCopyInd(result.put(), const_cast<VARIANT*>(&source)); });
     if (FAILED(code)) *result.address() = VARIANT{};
     return code;
 }
@@ -63,7 +77,8 @@ Variant copyVariant(VARIANT const& source) {
 }
 
 HRESULT changeType(VARIANT const& source, VARTYPE type, Variant& result) noexcept {
-    return VariantChangeType(result.put(), const_cast<VARIANT*>(&source), 0, type);
+    return guarded(
+        [&] { return VariantChangeType(result.put(), const_cast<VARIANT*>(&source), 0, type); });
 }
 
 }  // namespace velk::com

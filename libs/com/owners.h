@@ -77,7 +77,8 @@ HRESULT copyVariant(VARIANT const& source, VARIANT& target) noexcept;
 HRESULT copyReferredTo(VARIANT const& source, Variant& result) noexcept;
 
 /// `VariantChangeType` of `source` with flags 0, into `result`; `result` is
-/// empty when it fails.
+/// empty when it fails, as it does when an object throws that is asked for its
+/// default value.
 HRESULT changeType(VARIANT const& source, VARTYPE type, Variant& result) noexcept;
 
 /// The text that a task-memory block holds, up to its NUL.

@@ -236,7 +236,9 @@ class MemberCall {
     }
 
     void takeResult(VARTYPE returnedType, NativeValue const& returned, VARIANT* result) {
-        if (!result) return;
+        // What the caller does not want is given up.
+        Value unwanted;
+        if (!result) result = unwanted.get();
         VariantInit(result);
         if (result_) {
             result_->takeResult(*result);
