@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 
 namespace velk::test {
 namespace {
@@ -277,15 +276,38 @@ std::string notationOf(VARIANT const& value) {
     return nothing ? name : name + ':' + contentOf(value, *found);
 }
 
+// Surrogates that stand alone are three bytes, as in the tables.
 std::basic_string<OLECHAR> wide(std::string_view utf8) {
-    return std::filesystem::path(std::u8string(utf8.begin(), utf8.end())).string<OLECHAR>();
+    std::basic_string<OLECHAR> text;
+    while (!utf8.empty()) {
+        auto const first = static_cast<unsigned char>(utf8[0]);
+        std::size_t const length = first < 0x80 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+        unsigned sign = length == 1 ? first : first & (0x7F >> length);
+        for (std::size_t i = 1; i < length && i < utf8.size(); ++i)
+            sign = sign << 6 | (static_cast<unsigned char>(utf8[i]) & 0x3F);
+        if (sign >= 0x10000) {
+            text += static_cast<OLECHAR>(0xD7C0 + (sign >> 10));
+            sign = 0xDC00 | (sign & 0x3FF);
+        }
+        text += static_cast<OLECHAR>(sign);
+        utf8.remove_prefix(std::min(length, utf8.size()));
+    }
+    return text;
 }
 
 std::string narrow(OLECHAR const* text, std::size_t length) {
-    auto const utf8 = std::filesystem::path(length == 0 ? std::basic_string<OLECHAR>()
-                                                        : std::basic_string<OLECHAR>(text, length))
-                          .u8string();
-    return std::string(utf8.begin(), utf8.end());
+    std::string utf8;
+    for (std::size_t i = 0; i < length; ++i) {
+        unsigned sign = text[i];
+        bool const pair = i + 1 < length && sign >> 10 == 0x36 && text[i + 1] >> 10 == 0x37;
+        if (pair) sign = 0x10000 + ((sign & 0x3FF) << 10) + (text[++i] & 0x3FF);
+        int const more = sign < 0x80 ? 0 : sign < 0x800 ? 1 : sign < 0x10000 ? 2 : 3;
+        constexpr unsigned char heads[] = {0, 0xC0, 0xE0, 0xF0};
+        utf8 += static_cast<char>(heads[more] | sign >> (6 * more));
+        for (int left = more; left > 0; --left)
+            utf8 += static_cast<char>(0x80 | (sign >> (6 * (left - 1)) & 0x3F));
+    }
+    return utf8;
 }
 
 std::string resultName(HRESULT result) {
