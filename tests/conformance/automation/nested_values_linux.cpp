@@ -54,6 +54,18 @@ TEST(NestedValues, AreCopiedAndClearedAtAnyDepth) {
     }
 }
 
+TEST(NestedValues, AnObjectMayBeItsOwnDefaultValue) {
+    FakeDispatch object;
+    VARIANT self{};
+    self.vt = VT_DISPATCH;
+    self.pdispVal = &object;
+    object.defaultValue = [&](VARIANT* value) { return VariantCopy(value, &self); };
+    VARIANT result{};
+    EXPECT_EQ(VariantChangeType(&result, &self, 0, VT_I4), DISP_E_TYPEMISMATCH);
+    EXPECT_GT(object.calls, 1);
+    EXPECT_EQ(object.references, 1U);
+}
+
 /// An object that works with arrays of its own whenever it is counted.
 class BusyObject final : public FakeDispatch {
   public:

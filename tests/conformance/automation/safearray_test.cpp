@@ -302,25 +302,5 @@ TEST(SafeArray, RefusesWhatIsNoneAndBoundsThatItHasNot) {
     EXPECT_EQ(SafeArrayDestroy(array), S_OK);
 }
 
-// Whoever made the memory of an array frees it: here the elements are only given up.
-TEST(SafeArray, ForeignMemoryIsNotFreed) {
-    FakeDispatch object;
-    SAFEARRAY* copy = nullptr;
-    IUnknown* elements[2] = {&object, nullptr};
-    object.AddRef();
-    SAFEARRAY array{};
-    array.cDims = 1;
-    array.cbElements = sizeof(IUnknown*);
-    array.fFeatures = FADF_STATIC | FADF_UNKNOWN;
-    array.rgsabound[0] = {2, 0};
-    array.pvData = elements;
-    ASSERT_EQ(SafeArrayCopy(&array, &copy), S_OK);
-    EXPECT_EQ(object.references, 3U);
-    EXPECT_EQ(SafeArrayDestroy(copy), S_OK);
-    EXPECT_EQ(SafeArrayDestroyData(&array), S_OK);
-    EXPECT_EQ(object.references, 1U);
-    EXPECT_EQ(elements[0], nullptr);
-}
-
 }  // namespace
 }  // namespace velk::test

@@ -1,5 +1,6 @@
 // Arrays whose data has gone, or has never come: bounds without elements behind
-// them. Other systems hand out addresses near null, or stop the process.
+// them; and arrays in memory of others. Other systems hand out addresses near
+// null, or stop the process.
 #include <gtest/gtest.h>
 
 #include "support/fake_objects.h"
@@ -70,6 +71,28 @@ TEST(BytesWithoutData, AreZeroesAsText) {
     ASSERT_EQ(VariantChangeType(&value, &value, 0, VT_BSTR), S_OK);
     EXPECT_EQ(std::string(reinterpret_cast<char*>(value->bstrVal), 3), std::string(3, '\0'));
     EXPECT_EQ(SysStringByteLen(value->bstrVal), 3U);
+}
+
+// Whoever made the memory of an array frees it: here the elements are only given up.
+TEST(ForeignMemory, IsNotFreed) {
+    FakeDispatch object;
+    SAFEARRAY* copy = nullptr;
+    IUnknown* elements[2] = {&object, nullptr};
+    object.AddRef();
+    SAFEARRAY array{};
+    array.cDims = 1;
+    array.cbElements = sizeof(IUnknown*);
+    array.fFeatures = FADF_AUTO | FADF_UNKNOWN;
+    array.rgsabound[0] = {2, 0};
+    array.pvData = elements;
+    ASSERT_EQ(SafeArrayCopy(&array, &copy), S_OK);
+    EXPECT_EQ(object.references, 3U);
+    EXPECT_EQ(SafeArrayDestroy(copy), S_OK);
+    SAFEARRAYBOUND longer{3, 0};
+    EXPECT_EQ(SafeArrayRedim(&array, &longer), E_INVALIDARG);
+    EXPECT_EQ(SafeArrayDestroy(&array), S_OK);
+    EXPECT_EQ(object.references, 1U);
+    EXPECT_EQ(elements[0], nullptr);
 }
 
 INSTANTIATE_TEST_SUITE_P(Types, WithoutData,
