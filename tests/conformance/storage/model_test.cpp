@@ -347,7 +347,7 @@ TEST(CompoundFile, IsAsItsModelSays) {
                                           {"commit", &Session::commit},
                                           {"revert", &Session::revert},
                                           {"reopen", &Session::reopen}}};
-    searchOperations(60, 150, [&](std::vector<Operation> const& drawn, std::string& log) {
+    searchOperations(30, 150, [&](std::vector<Operation> const& drawn, std::string& log) {
         Session session;
         for (Operation const& each : drawn) operations.run(session, each, log);
         for (unsigned const way : {0U, 1U}) session.reopen({0, 0, way, 0});
