@@ -24,8 +24,8 @@ Text nameOf(unsigned number) {
 
 /// Around the sizes of small sectors, of sectors and of the largest small stream.
 std::size_t sizeOf(unsigned number) {
-    constexpr std::size_t sizes[] = {0,   1,    63,   64,   65,   100,  511,   512,  513,
-                                     700, 4095, 4096, 4097, 5000, 9000, 20000, 70000};
+    constexpr std::size_t sizes[] = {0,    1,    63,   64,   65,   511,  512,  513,   700,  2000,
+                                     3000, 3900, 4095, 4096, 4097, 5000, 9000, 20000, 70000};
     return sizes[number % std::size(sizes)];
 }
 
@@ -136,7 +136,7 @@ class Session {
         if (!other.stream) return;
         ULONG done = 0;
         expectCode(other.stream->Write("x", 1, &done), STG_E_ACCESSDENIED, "write to read-only");
-        expectModel(content(*other.stream.get()) == found->second.bytes, "another content");
+        expectContent(found->second, *other.stream.get());
     }
 
     void destroy(Operation const& operation) {
@@ -303,14 +303,21 @@ class Session {
         expectModel(status.grfStateBits == place.node->stateBits, "other state bits");
     }
 
+    static void expectContent(Node const& node, IStream& stream) {
+        std::string read(node.bytes.size() + 1, 0);
+        ULONG done = 0;
+        seek(stream, 0);
+        HRESULT const code = stream.Read(read.data(), static_cast<ULONG>(read.size()), &done);
+        read.resize(done);
+        expectModel(SUCCEEDED(code) && read == node.bytes, "another content");
+    }
+
     static void expectAll(Place const& place) {
         expectElements(place);
         for (auto& [name, child] : place.node->children) {
             auto const inner = elementOf(place, name);
             if (!child.isStream) expectAll(inner);
-            if (child.isStream) {
-                expectModel(content(*inner.handle->stream.get()) == child.bytes, "other content");
-            }
+            if (child.isStream) expectContent(child, *inner.handle->stream.get());
         }
     }
 
@@ -340,7 +347,7 @@ TEST(CompoundFile, IsAsItsModelSays) {
                                           {"commit", &Session::commit},
                                           {"revert", &Session::revert},
                                           {"reopen", &Session::reopen}}};
-    searchOperations(80, 150, [&](std::vector<Operation> const& drawn, std::string& log) {
+    searchOperations(30, 150, [&](std::vector<Operation> const& drawn, std::string& log) {
         Session session;
         for (Operation const& each : drawn) operations.run(session, each, log);
         for (unsigned const way : {0U, 1U}) session.reopen({0, 0, way, 0});

@@ -328,7 +328,7 @@ TEST(PropertySets, AreAsTheirModelSays) {
                                           {"destroy", &Session::destroy},
                                           {"enumerate", &Session::enumerate},
                                           {"reopen", &Session::reopen}}};
-    searchOperations(60, 120, [&](std::vector<Operation> const& drawn, std::string& log) {
+    searchOperations(40, 120, [&](std::vector<Operation> const& drawn, std::string& log) {
         Session session;
         for (Operation const& each : drawn) operations.run(session, each, log);
         session.reopen({});
