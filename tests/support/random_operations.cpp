@@ -17,7 +17,7 @@ unsigned numberFrom(char const* variable, unsigned otherwise) {
 
 std::vector<Operation> draw(unsigned length, unsigned seed) {
     std::mt19937 random(seed);
-    auto const number = [&] { return static_cast<unsigned>(random()); };
+    auto const number = [&] { return static_cast<unsigned>(random() % 10000); };
     std::vector<Operation> operations(length);
     for (auto& each : operations) each = {number(), number(), number(), number()};
     return operations;
