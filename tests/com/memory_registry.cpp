@@ -1,7 +1,6 @@
 #include "memory_registry.h"
 
 #include <algorithm>
-#include <iterator>
 
 #include "com/utf.h"
 
@@ -24,24 +23,13 @@ std::string pathOf(KeyPath const& key) {
     return names.empty() ? root : root + "\\" + names;
 }
 
-/// The keys below one, which follow it.
-template <typename Keys>
-auto endOfTree(Keys& keys, typename Keys::iterator key) {
-    std::string const prefix = key->first + "\\";
-    return std::find_if(std::next(key), keys.end(), [&](auto const& entry) {
-        auto const start = entry.first.substr(0, prefix.size());
-        return !std::ranges::equal(start, prefix, {}, lowered, lowered);
-    });
-}
-
 }  // namespace
 
-// The separator comes before every other character, so that what is below a key
-// follows it.
-bool MemoryRegistry::IgnoringCase::operator()(std::string const& left,
-                                              std::string const& right) const noexcept {
+bool MemoryRegistry::ByKey::operator()(std::string const& left,
+                                       std::string const& right) const noexcept {
     auto const rank = [](char unit) {
-        return unit == '\\' ? 0 : 1 + static_cast<unsigned char>(lowered(unit));
+        return unit == 0 || unit == '\\' ? unit != 0
+                                         : 2 + static_cast<unsigned char>(lowered(unit));
     };
     return std::ranges::lexicographical_compare(left, right, {}, rank, rank);
 }
@@ -53,65 +41,62 @@ LSTATUS MemoryRegistry::permit() {
     return ERROR_SUCCESS;
 }
 
-LSTATUS MemoryRegistry::write(KeyPath const& key, Keys::iterator& found) {
+LSTATUS MemoryRegistry::write(std::string const& path) {
     if (LSTATUS const refused = permit()) return refused;
-    std::string const path = pathOf(key);
     // The predefined keys are always there.
-    if (path.find('\\') == path.npos) keys_.try_emplace(path);
-    found = keys_.find(path);
-    return found == keys_.end() ? ERROR_FILE_NOT_FOUND : ERROR_SUCCESS;
+    if (path.find('\\') == path.npos) entries_.try_emplace(path);
+    return entries_.contains(path) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
 }
 
 LSTATUS MemoryRegistry::createKey(KeyPath const& key) {
     if (LSTATUS const refused = permit()) return refused;
-    std::string const path = pathOf(key);
+    std::string const path = pathOf(key) + "\\";
     for (auto end = path.find('\\'); end != path.npos; end = path.find('\\', end + 1))
-        keys_.try_emplace(path.substr(0, end));
-    keys_.try_emplace(path);
+        entries_.try_emplace(path.substr(0, end));
     return ERROR_SUCCESS;
 }
 
 LSTATUS MemoryRegistry::setValue(KeyPath const& key, std::basic_string<OLECHAR> const& name,
                                  DWORD type, std::span<BYTE const> data) {
-    Keys::iterator found;
-    LSTATUS const status = write(key, found);
-    if (status == ERROR_SUCCESS) found->second[toUtf8(name)] = shown(type, data);
+    LSTATUS const status = write(pathOf(key));
+    if (status == ERROR_SUCCESS) entries_[pathOf(key) + '\0' + toUtf8(name)] = shown(type, data);
     return status;
 }
 
 LSTATUS MemoryRegistry::deleteValue(KeyPath const& key, std::basic_string<OLECHAR> const& name) {
-    Keys::iterator found;
-    if (LSTATUS const status = write(key, found)) return status;
-    return found->second.erase(toUtf8(name)) != 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+    if (LSTATUS const status = write(pathOf(key))) return status;
+    bool const wasThere = entries_.erase(pathOf(key) + '\0' + toUtf8(name)) != 0;
+    return wasThere ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+}
+
+bool MemoryRegistry::hasSubkeys(std::string const& path) const {
+    return entries_.lower_bound(path + '\\') != entries_.lower_bound(path + '\1');
 }
 
 LSTATUS MemoryRegistry::hasSubkeys(KeyPath const& key, bool& result) {
-    auto const found = keys_.find(pathOf(key));
-    if (found == keys_.end()) return ERROR_FILE_NOT_FOUND;
-    result = endOfTree(keys_, found) != std::next(found);
-    return ERROR_SUCCESS;
+    result = hasSubkeys(pathOf(key));
+    return entries_.contains(pathOf(key)) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
 }
 
 LSTATUS MemoryRegistry::deleteKey(KeyPath const& key) {
-    Keys::iterator found;
-    if (LSTATUS const status = write(key, found)) return status;
-    if (endOfTree(keys_, found) != std::next(found)) return ERROR_ACCESS_DENIED;
-    keys_.erase(found);
-    return ERROR_SUCCESS;
+    if (hasSubkeys(pathOf(key))) return ERROR_ACCESS_DENIED;
+    return deleteTree(key);
 }
 
 LSTATUS MemoryRegistry::deleteTree(KeyPath const& key) {
-    Keys::iterator found;
-    if (LSTATUS const status = write(key, found)) return status;
-    keys_.erase(found, endOfTree(keys_, found));
-    return ERROR_SUCCESS;
+    std::string const path = pathOf(key);
+    LSTATUS const status = write(path);
+    if (status == ERROR_SUCCESS)
+        entries_.erase(entries_.find(path), entries_.lower_bound(path + '\1'));
+    return status;
 }
 
 RegistryTable MemoryRegistry::table() const {
     RegistryTable table;
-    for (auto const& [path, values] : keys_) {
-        table[path] = "";
-        for (auto const& [name, value] : values) table[path + ":" + name] = value;
+    for (auto const& [path, value] : entries_) {
+        std::string entry = path;
+        std::ranges::replace(entry, '\0', ':');
+        table[entry] = value;
     }
     return table;
 }

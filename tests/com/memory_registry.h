@@ -30,18 +30,20 @@ class MemoryRegistry final : public Registry {
     std::uint64_t writes = 0;
 
   private:
-    struct IgnoringCase {
+    /// Without ASCII case; what belongs to a key, and what is below it, follow it.
+    struct ByKey {
         bool operator()(std::string const& left, std::string const& right) const noexcept;
     };
-    /// Values as shown() shows them.
-    using Values = std::map<std::string, std::string, IgnoringCase>;
-    using Keys = std::map<std::string, Values, IgnoringCase>;
+    /// "ROOT\path" to nothing for keys, and with NUL and a name to what shown()
+    /// makes of it for values.
+    using Entries = std::map<std::string, std::string, ByKey>;
 
     LSTATUS permit();
-    /// Permits a write, and finds the values of the key that it is for.
-    LSTATUS write(KeyPath const& key, Keys::iterator& found);
+    /// Permits a write to a key that is there.
+    LSTATUS write(std::string const& path);
+    bool hasSubkeys(std::string const& path) const;
 
-    Keys keys_;
+    Entries entries_;
 };
 
 }  // namespace velk::com::test
