@@ -1,72 +1,83 @@
 // Many calls of each kind. What a single one of them leaves behind shows in
 // the counters of the host, of the native layer and of the server.
 
-#include "host/diagnostics.h"
+#include <functional>
+
+#include "support/leaks.h"
 #include "support/script_test.h"
 
 namespace {
 
 using namespace velk::test;
 
-constexpr int calls = 100000;
-// Each of these asks the registry.
-constexpr int creations = 1000;
+class CallLeaks : public ScriptTest {};
 
-class CallLeaks : public ScriptTest {
-  protected:
-    /// Makes the call again and again; the first one may leave caches.
-    template <class Call>
-    void repeat(char const* what, Call const& call, int times = calls) {
-        call();
-        long long const hostBefore = mzLiveCountTotal();
-        long const serverBefore = server_->liveObjects();
-        for (int i = 0; i < times; ++i) call();
-        EXPECT_EQ(mzLiveCountTotal(), hostBefore) << what;
-        EXPECT_EQ(server_->liveObjects(), serverBefore) << what;
-    }
+struct Row {
+    char const* what;
+    int times;
+    std::function<void()> call;
 };
 
 TEST_F(CallLeaks, CallsOfEveryKindLeaveNothingBehind) {
+    // Some ask the registry, or describe a type anew.
+    constexpr int many = 20000;
+    constexpr int few = 1000;
     auto const object = sample();
     auto const objectValue = valueOf(object);
     RecordingHolder const host;
     auto const held = variable(5);
-    auto const array =
-        dispatchIn(callHost(object.iface(), "MakeCube", mzCallMethod, {2, 2, 2}).result);
-    auto const point =
-        dispatchIn(callHost(object.iface(), "MakePoint", mzCallMethod, {3, 4}).result);
-    repeat("numbers", [&] { callHost(object.iface(), "Add", mzCallMethod, {1, 2}); });
-    repeat("texts", [&] { callHost(object.iface(), "EchoBstr", mzCallMethod, {"text"}); });
-    repeat("native objects",
-           [&] { callHost(object.iface(), "EchoDispatch", mzCallMethod, {objectValue}); });
-    repeat("host objects", [&] {
-        callHost(object.iface(), "EchoDispatch", mzCallMethod, {host.asValue()});
-        host->forgetCalls();
-    });
-    repeat("references", [&] { callHost(object.iface(), "ChangeVariant", mzCallMethod, {held}); });
-    repeat("elements", [&] { callHost(array.iface(), "", mzCallMethod, {1, 1, 1}); });
-    repeat("fields", [&] { callHost(point.iface(), "", mzCallMethod, {"x"}); });
-    repeat("unknown members", [&] { callHost(object.iface(), "Missing", mzCallMethod); });
-    repeat("wrong arguments", [&] {
-        callHost(object.iface(), "Add", mzCallMethod, {"x", objectValue});
-    });
-    repeat("failures", [&] {
-        callHost(object.iface(), "Fail", mzCallMethod, {-1, "source", "text", "help", 1});
-    });
-}
-
-TEST_F(CallLeaks, ObjectsMadeAndDroppedLeaveNothingBehind) {
-    auto const object = sample();
-    auto const createOne = [&] {
-        callHost(adapter_.iface(), "CreateObject", mzCallMethod, {"VelkTest.Sample"});
+    auto const made = [&](char const* member, std::initializer_list<mzComVariantC> arguments) {
+        return dispatchIn(callHost(object.iface(), member, mzCallMethod, arguments).result);
     };
-    repeat("objects", createOne, creations);
-    auto const makeRecord = [&] { callHost(object.iface(), "MakePoint", mzCallMethod, {3, 4}); };
-    repeat("records", makeRecord, creations);
-    auto const point =
-        dispatchIn(callHost(object.iface(), "MakePoint", mzCallMethod, {3, 4}).result);
-    repeat("copies of records", [&] { callHost(point.iface(), "Copy", mzCallMethod); });
-    repeat("arrays", [&] { callHost(object.iface(), "MakeCube", mzCallMethod, {2, 2, 2}); });
+    auto const array = made("MakeCube", {2, 2, 2});
+    auto const point = made("MakePoint", {3, 4});
+    Row const rows[] = {
+        {"numbers", many,
+         [&] {
+             callText(object, "Add", {1, 2});
+         }},
+        {"texts", many, [&] { callText(object, "EchoBstr", {"text"}); }},
+        {"native objects", many, [&] { callText(object, "EchoDispatch", {objectValue}); }},
+        {"host objects", many,
+         [&] {
+             callText(object, "EchoDispatch", {host.asValue()});
+             host->forgetCalls();
+         }},
+        {"references", many, [&] { callText(object, "ChangeVariant", {held}); }},
+        {"elements", many,
+         [&] {
+             callText(array, "", {1, 1, 1});
+         }},
+        {"fields", many, [&] { callText(point, "", {"x"}); }},
+        {"unknown members", many, [&] { callText(object, "Missing"); }},
+        {"wrong arguments", many,
+         [&] {
+             callText(object, "Add", {"x", objectValue});
+         }},
+        {"failures", many,
+         [&] {
+             callText(object, "Fail", {-1, "source", "text", "help", 1});
+         }},
+        {"objects", few, [&] { callText(adapter_, "CreateObject", {"VelkTest.Sample"}); }},
+        {"records", few,
+         [&] {
+             made("MakePoint", {3, 4});
+         }},
+        {"copies of records", many, [&] { callText(point, "Copy"); }},
+        {"arrays", many,
+         [&] {
+             made("MakeCube", {2, 2, 2});
+         }},
+    };
+    for (auto const& row : rows) {
+        // The first call may leave caches.
+        row.call();
+        std::string const before = thingsAlive();
+        long const serverBefore = server_->liveObjects();
+        for (int i = 0; i < row.times; ++i) row.call();
+        EXPECT_EQ(thingsAlive(), before) << row.what;
+        EXPECT_EQ(server_->liveObjects(), serverBefore) << row.what;
+    }
 }
 
 }  // namespace

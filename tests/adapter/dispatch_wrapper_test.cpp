@@ -8,6 +8,7 @@
 #include "VelkQXTProxy/variant_wrapper.h"
 #include "conversions.h"
 #include "host/module_singleton.h"
+#include "support/data_table.h"
 #include "support/host_calls.h"
 #include "support/native_values.h"
 #include "support/scripted_dispatch.h"
@@ -57,46 +58,25 @@ void fillException(EXCEPINFO& info, SCODE code) {
     info.scode = code;
 }
 
-struct FailureRow {
-    char const* name;
-    HRESULT status;
-    bool fillsInfo;
-    SCODE scode;
-    UINT wrongArgument;
-    char const* expected;
-};
-
-constexpr FailureRow failureRows[] = {
-    {"count", DISP_E_BADPARAMCOUNT, false, 0, 0, "wrong number of arguments"},
-    {"member", DISP_E_MEMBERNOTFOUND, false, 0, 0, "Member 'Member' not found"},
-    {"member with details", DISP_E_MEMBERNOTFOUND, true, 5, 0,
-     "Exception (Member 'Member' not found): Source:Description:5"},
-    {"type of the first of three", DISP_E_TYPEMISMATCH, false, 0, 2,
-     "Argument mismatch at position :3"},
-    {"argument beyond all bounds", DISP_E_TYPEMISMATCH, false, 0, 0xDEADBEEF,
-     "Argument mismatch at position :-559038736"},
-    {"exception", DISP_E_EXCEPTION, true, static_cast<SCODE>(0x80004005), 0,
-     "Exception:Source:Description:80004005"},
-    {"exception without details", DISP_E_EXCEPTION, false, 0, 0, "Exception:::0"},
-    {"omitted", DISP_E_PARAMNOTOPTIONAL, false, 0, 0, "A required parameter was omitted"},
-    {"another failure", E_FAIL, false, 0, 0, "unknown exception :0x80004005"},
-    {"no success", S_FALSE, false, 0, 0, "unknown exception :0x1"},
-};
+unsigned long numberOf(std::string const& cell) {
+    return cell.empty() ? 0 : std::stoul(cell, nullptr, 0);
+}
 
 TEST_F(DispatchWrapper, EachFailureHasItsText) {
-    for (auto const& row : failureRows) {
+    expectTable("bridge/dispatch_failures.tsv", [](DataRow const& row) {
         ScriptedDispatch native([&row](NativeCallArguments& call) {
-            if (row.fillsInfo) fillException(*call.exception, row.scode);
-            *call.wrongArgument = row.wrongArgument;
+            if (!row["filled"].empty())
+                fillException(*call.exception, static_cast<SCODE>(numberOf(row["filled"])));
+            *call.wrongArgument = static_cast<UINT>(numberOf(row["argument"]));
             call.result->vt = VT_I4;
-            return row.status;
+            return static_cast<HRESULT>(numberOf(row["status"]));
         });
         auto const outcome = callMember(native);
-        EXPECT_EQ(outcome.code, mzFailure) << row.name;
-        EXPECT_EQ(outcome.text(), std::string("Invoke DSP: ") + row.expected) << row.name;
-        EXPECT_EQ(outcome.result.getType(), mzTypeEmpty) << row.name;
-        EXPECT_EQ(native.references(), 0U) << row.name;
-    }
+        EXPECT_EQ(outcome.code, mzFailure);
+        EXPECT_EQ(outcome.result.getType(), mzTypeEmpty);
+        EXPECT_EQ(native.references(), 0U);
+        return outcome.text();
+    });
 }
 
 TEST_F(DispatchWrapper, KeepsWhatTheFailureTold) {
@@ -136,36 +116,14 @@ TEST_F(DispatchWrapper, ServersThatThrowFailLikeOthers) {
               "ok text unknown exception");
 }
 
-struct KindRow {
-    char const* name;
-    unsigned kind;
-    char const* expected;  // the native call, or how the host call ended
-};
-
-constexpr KindRow kindRows[] = {
-    {"Member", 1, "member 1 flags 3 (I4 8)"},
-    {"Member", 2, "member 1 flags 2 (I4 8)"},
-    {"Member", 4, "member 1 flags 4 (I4 8) named -3"},
-    {"Member", 3, "member 1 flags 2 (I4 8)"},
-    {"Member", 5, "member 1 flags 4 (I4 8) named -3"},
-    {"Member", 6, "member 1 flags 4 (I4 8) named -3"},
-    {"Member", 0, "member 1 flags 0 (I4 8)"},
-    {"", 1, "member 0 flags 3 (I4 8)"},
-    {"", 0, "member 0 flags 0 (I4 8)"},
-    {"", 2, "failed"},
-    {"", 4, "failed"},
-    {"", 3, "failed"},
-    {"Unknown", 1, "Invoke DSP: Member 'Unknown' not found"},
-    {"Unknown", 4, "Invoke DSP: Member 'Unknown' not found"},
-};
-
+// The native call, or how the host call ended without one.
 TEST_F(DispatchWrapper, CallKinds) {
-    for (auto const& row : kindRows) {
+    expectTable("bridge/dispatch_kinds.tsv", [](DataRow const& row) {
         ScriptedDispatch native;
-        auto const outcome = callMember(native, {8}, row.kind, row.name);
-        EXPECT_EQ(native.lastCall().empty() ? outcome.text() : native.lastCall(), row.expected)
-            << "'" << row.name << "' " << row.kind;
-    }
+        auto const outcome = callMember(native, {8}, static_cast<unsigned>(numberOf(row["kind"])),
+                                        row["member"].c_str());
+        return native.lastCall().empty() ? outcome.text() : native.lastCall();
+    });
 }
 
 TEST_F(DispatchWrapper, PassesArgumentsLastFirst) {

@@ -1,7 +1,6 @@
 // Records of native libraries in host code.
 
-#include <vector>
-
+#include "support/cells.h"
 #include "support/expected_difference.h"
 #include "support/script_test.h"
 
@@ -36,22 +35,10 @@ class Records : public ScriptTest {
 };
 
 TEST_F(Records, FieldsAreReadAndWritten) {
-    expectDifference(System::wine8, "IRecordInfo::PutField is not implemented", [this] {
+    expectDifference("plain-record-fields", [this] {
         auto const point = make("Point");
-        EXPECT_EQ(callText(point, "", {"x"}), "ok integer 0");
-        EXPECT_EQ(put(point, "x", 3), "ok empty");
-        EXPECT_EQ(put(point, "y", "4"), "ok empty");
-        EXPECT_EQ(callText(point, "", {"x"}), "ok integer 3");
-        EXPECT_EQ(callText(point, "", {"y"}), "ok integer 4");
-        EXPECT_EQ(callText(point, "", {"z"}), "Invoke DSP: Failed to get field: z");
-        EXPECT_EQ(put(point, "z", 1), "Invoke DSP: Failed to put field: z");
-        EXPECT_EQ(put(point, "x", "no number"), "Invoke DSP: Failed to put field: x");
-        EXPECT_EQ(callText(point, ""), "ok empty") << "the default read comes first";
-        EXPECT_EQ(callText(point, "", {"x", 1}), "Invoke DSP: Invalid parameter count");
-        EXPECT_EQ(callHost(point.iface(), "vt", mzCallPropertyGet).text(),
-                  "Invoke DSP: Invalid parameter at position: 0");
-        EXPECT_EQ(callHost(point.iface(), "vt", mzCallPropertyGet, {"x"}).text(),
-                  "Invoke DSP: Invalid parameter count");
+        for (auto const& row : rowsOf("bridge/record_fields.tsv"))
+            EXPECT_EQ(callOfRow(point.iface(), row), row["expected"]) << row.place();
         auto const copy = dispatchIn(callHost(point.iface(), "Copy", mzCallMethod).result);
         put(copy, "x", 9);
         EXPECT_EQ(callText(point, "", {"x"}), "ok integer 3");
@@ -59,7 +46,7 @@ TEST_F(Records, FieldsAreReadAndWritten) {
 }
 
 TEST_F(Records, EveryTypeOfField) {
-    expectDifference(System::wine, "IRecordInfo::PutField is not implemented", [this] {
+    expectDifference("record-put-field", [this] {
         auto const person = make("Person");
         RecordingHolder const host;
         EXPECT_EQ(put(person, "name", "text"), "ok empty");
@@ -78,39 +65,23 @@ TEST_F(Records, EveryTypeOfField) {
 
 TEST_F(Records, CreationFailures) {
     auto const wrapper = create("comadapter.variantwrapper");
-    struct {
-        std::vector<mzComVariantC> arguments;
-        char const* expected;
-    } const rows[] = {
-        {{record, valueOf(create("scripting.dictionary")), "Point"},
-         "Invoke DSP: Failed to cast argument at position 1 to a dispatch wrapper => not a native "
-         "COM object"},
-        {{record, valueOf(create("comadapter.dspwrapper")), "Point"},
-         "Invoke DSP: Failed to retrieve the original dispatch from the dispatch wrapper"},
-        {{record, valueOf(object_), valueOf(object_)},
-         "Invoke DSP: Invalid parameter at position: 2"},
-        {{record, valueOf(object_), "Missing"},
-         "Invoke DSP: Failed to find a struct named Missing inside the type lib: Invalid name"},
-    };
-    for (auto const& row : rows) {
-        mzComVariantArrayC arguments;
-        for (auto const& argument : row.arguments) arguments << argument;
-        HostOutcome outcome;
-        outcome.code = wrapper->invokeByName("Create", mzCallMethod, arguments, outcome.result,
-                                             outcome.exception);
-        EXPECT_EQ(outcome.text(), row.expected);
+    auto const named = [](char const* name) { return [name] { return valueOf(create(name)); }; };
+    NamedValues const names = {{"dictionary", named("scripting.dictionary")},
+                               {"nobody", named("comadapter.dspwrapper")},
+                               {"sample", [this] { return valueOf(object_); }},
+                               {"faulty", [this] { return valueOf(native("VelkTest.Faulty")); }}};
+    expectTable("bridge/record_creation.tsv", [&](DataRow const& row) {
+        std::string const text = callOfRow(wrapper.iface(), row, names);
         EXPECT_EQ(callText(wrapper, "", {"x"}), "Invoke DSP: The underlying variant is not valid");
-    }
-    auto const withoutType = native("VelkTest.Faulty");
-    EXPECT_EQ(callText(wrapper, "Create", {record, valueOf(withoutType), "Point"}).substr(0, 76),
-              "Invoke DSP: Failed to get the type info object from the dispatch: 0x80004001");
+        return text;
+    });
 }
 
 TEST_F(Records, LooseGetsAnIdAndIsFilled) {
     for (int const x : {1, 2}) {
         auto const wrapper = create("comadapter.variantwrapper");
         EXPECT_EQ(callText(wrapper, "Create", {record, valueOf(object_), "Loose"}), "ok empty");
-        expectDifference(System::wine, "IRecordInfo::PutField is not implemented", [&] {
+        expectDifference("record-put-field", [&] {
             auto const put = [&](char const* field, int value) {
                 return callHost(wrapper.iface(), "", mzCallPropertyPut, {field, value}).text();
             };
@@ -147,22 +118,21 @@ TEST_F(Records, GivenByNativeObjects) {
 }
 
 TEST_F(Records, ChangedByReference) {
-    expectDifference(
-        System::wine, "references to records as arguments are not implemented", [this] {
-            auto const point = make("Point");
-            put(point, "x", 3);
-            auto const held = variable(valueOf(point));
-            EXPECT_EQ(callText(object_, "ChangePoint", {held}), "ok empty");
-            EXPECT_EQ(callText(point, "", {"x"}), "ok integer 0");
-            EXPECT_EQ(callText(point, "", {"y"}), "ok integer 3");
-            EXPECT_EQ(callText(object_, "ChangePoint", {valueOf(point)}).substr(0, 2), "ok");
-            EXPECT_EQ(callText(point, "", {"y"}), "ok integer 3")
-                << "a plain value is not written back";
-        });
+    expectDifference("records-in-calls", [this] {
+        auto const point = make("Point");
+        put(point, "x", 3);
+        auto const held = variable(valueOf(point));
+        EXPECT_EQ(callText(object_, "ChangePoint", {held}), "ok empty");
+        EXPECT_EQ(callText(point, "", {"x"}), "ok integer 0");
+        EXPECT_EQ(callText(point, "", {"y"}), "ok integer 3");
+        EXPECT_EQ(callText(object_, "ChangePoint", {valueOf(point)}).substr(0, 2), "ok");
+        EXPECT_EQ(callText(point, "", {"y"}), "ok integer 3")
+            << "a plain value is not written back";
+    });
 }
 
 TEST_F(Records, OutliveTheirLibrary) {
-    expectDifference(System::wine8, "IRecordInfo::PutField is not implemented", [this] {
+    expectDifference("plain-record-fields", [this] {
         auto const point = make("Point");
         put(point, "x", 3);
         object_.detach();

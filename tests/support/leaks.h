@@ -19,4 +19,10 @@ void addNativeLeakChecks();
 /// such as ending a runtime that holds on to things. Returns true.
 bool addTearDown(std::function<void()> action);
 
+/// Does what was added so.
+void tearDown();
+
+/// What the checks find alive now, "2 BSTRs, 1 records"; empty for nothing.
+std::string thingsAlive();
+
 }  // namespace velk::test

@@ -95,9 +95,11 @@ class ScriptedDispatch : public IDispatch {
             case VT_R8:
                 return "R8 " + std::to_string(value.dblVal);
             case VT_BYREF | VT_I4:
-                return "ref I4 " + std::to_string(*value.plVal);
+                return value.plVal ? "ref I4 " + std::to_string(*value.plVal) : "ref to nothing";
             case VT_BYREF | VT_VARIANT:
-                return "ref to " + describe(*value.pvarVal);
+                if (!value.pvarVal) return "ref to nothing";
+                return "ref to " +
+                       (value.pvarVal->vt & VT_BYREF ? "ref" : describe(*value.pvarVal));
             default:
                 return "type " + std::to_string(value.vt);
         }
