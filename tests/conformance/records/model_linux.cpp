@@ -321,6 +321,28 @@ TEST(RecordFields, ConvertWhatIsPut) {
     });
 }
 
+// Their sizes and places are those of this process.
+TEST(RecordFields, OfLibrariesFor32BitsStandAsHere) {
+    for (auto const& [type, fields] : recordFields) {
+        Record<void> const record(type.c_str());
+        for (auto const& field : fields) {
+            auto const known = notations.find(field.kind);
+            if (known == notations.end() || !field.lengths.empty()) continue;
+            Value value(known->second[0]);
+            EXPECT_EQ(record.info->PutField(INVOKE_PROPERTYPUT, record.get(),
+                                            wide(field.name).c_str(), &value),
+                      S_OK);
+        }
+        auto const other = recordNamed(type.c_str(), true);
+        VARIANT seen = record.value();
+        seen.pRecInfo = other.get();
+        EXPECT_EQ(notationOf(seen), record.notation());
+        ULONG size = 0, otherSize = 0;
+        EXPECT_EQ(record.info->GetSize(&size), other->GetSize(&otherSize));
+        EXPECT_EQ(size, otherSize) << type;
+    }
+}
+
 TEST(RecordFields, OfFixedArraysHaveTheirIndices) {
     Record<Grid> const grid("Grid");
     for (int row = 0; row < 4; ++row) {

@@ -1,20 +1,13 @@
 #include "records.h"
 
-#include <filesystem>
-
 #include <gtest/gtest.h>
 
 namespace velk::test {
 
-com::ComPtr<ITypeLib> loadRecords() {
+com::ComPtr<ITypeInfo> typeOfRecords(char const* name, bool bits32) {
     com::ComPtr<ITypeLib> library;
-    auto const path = std::filesystem::path(VELK_RECORDS_TLB).string<OLECHAR>();
+    auto const path = wide(bits32 ? VELK_RECORDS_TLB_32 : VELK_RECORDS_TLB);
     EXPECT_EQ(LoadTypeLibEx(path.c_str(), REGKIND_NONE, library.put()), S_OK);
-    return library;
-}
-
-com::ComPtr<ITypeInfo> typeOfRecords(char const* name) {
-    auto const library = loadRecords();
     for (UINT index = 0; index < library->GetTypeInfoCount(); ++index) {
         Value found;
         found->vt = VT_BSTR;
@@ -29,9 +22,10 @@ com::ComPtr<ITypeInfo> typeOfRecords(char const* name) {
     return {};
 }
 
-com::ComPtr<IRecordInfo> recordNamed(char const* name) {
+com::ComPtr<IRecordInfo> recordNamed(char const* name, bool bits32) {
     com::ComPtr<IRecordInfo> info;
-    EXPECT_EQ(GetRecordInfoFromTypeInfo(typeOfRecords(name).get(), info.put()), S_OK) << name;
+    EXPECT_EQ(GetRecordInfoFromTypeInfo(typeOfRecords(name, bits32).get(), info.put()), S_OK)
+        << name;
     return info;
 }
 

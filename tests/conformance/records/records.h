@@ -57,10 +57,10 @@ struct Spot {
     FLOAT y;
 };
 
-com::ComPtr<ITypeLib> loadRecords();
-/// A type by its name, which must be there.
-com::ComPtr<ITypeInfo> typeOfRecords(char const* name);
-com::ComPtr<IRecordInfo> recordNamed(char const* name);
+/// A type by its name, which must be there, from the library or its form for
+/// systems of 32 bits.
+com::ComPtr<ITypeInfo> typeOfRecords(char const* name, bool bits32 = false);
+com::ComPtr<IRecordInfo> recordNamed(char const* name, bool bits32 = false);
 
 /// One record of its own, destroyed at the end.
 template <typename Structure>
