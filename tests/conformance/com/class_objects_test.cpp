@@ -103,11 +103,13 @@ TEST_F(ClassObjects, TheEndOfComUnloadsTheModules) {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
 }
 
-TEST_F(ClassObjects, AnExpandablePathIsExpanded) {
+TEST_F(ClassObjects, AModuleThatOthersMayBeInStaysForAWhile) {
+    // By an expandable path.
     RegisteredClass const again(plainClass, path, OLESTR("Both"), HKEY_LOCAL_MACHINE,
                                 REG_EXPAND_SZ);
-    Found object;
-    EXPECT_EQ(create(plainClass, object), S_OK);
+    ASSERT_EQ(create(plainClass, *std::make_unique<Found>()), S_OK);
+    CoFreeUnusedLibraries();
+    EXPECT_TRUE(isLoaded());
 }
 
 TEST_F(ClassObjects, ThreadsMakeAndFreeAtTheSameTime) {

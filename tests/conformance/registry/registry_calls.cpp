@@ -176,7 +176,10 @@ std::string RegistryCalls::answer(std::string const& call) try {
     std::string verb, word, name, rest;
     words >> verb >> word >> name;
     std::getline(words >> std::ws, rest);
-    Target const key = target(repeated(word));
+    Target key = target(repeated(word));
+    for (auto count = verb == "deep" ? std::stoi(name) : 0; count > 0; --count) {
+        key.path += OLESTR("\\a");
+    }
     Text const wideName = name == "-" ? Text() : wide(repeated(name));
     // Works on the key itself, opened with these rights.
     auto const at = [&](REGSAM rights, auto const& use) {
@@ -186,10 +189,10 @@ std::string RegistryCalls::answer(std::string const& call) try {
             RegOpenKeyExW(key.base, key.path.c_str(), 0, rights, opened.target());
         return status == ERROR_SUCCESS ? std::string(use(opened)) : statusWord(status);
     };
-    if (verb == "make") {
+    if (verb == "make" || verb == "deep") {
         Key made;
         DWORD disposition = 0;
-        Text keyClass = wide(name);
+        Text keyClass = verb == "make" ? wide(name) : Text();
         LSTATUS const status =
             RegCreateKeyExW(key.base, key.path.c_str(), 0, keyClass.data(), 0, KEY_ALL_ACCESS,
                             nullptr, made.target(), &disposition);

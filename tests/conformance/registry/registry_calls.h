@@ -46,6 +46,7 @@ class Key {
 /// nine times x.
 ///
 ///   make KEY [CLASS]         new, or old
+///   deep KEY COUNT           makes so many keys, each below the one before
 ///   open KEY [RIGHT] [AS]    RIGHT: read, write, all, or most
 ///   close KEY
 ///   put KEY NAME VALUE       a value; NAME is - for the default one

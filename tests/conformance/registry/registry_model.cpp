@@ -26,7 +26,8 @@ int below(Random& random, std::size_t limit) {
 }
 
 ModelCall::Name drawName(Random& random) {
-    return {below(random, nameCount), random() % 3 == 0};
+    // Few most of the time, so that calls meet each other's keys.
+    return {below(random, random() % 4 == 0 ? nameCount : 2), random() % 3 == 0};
 }
 
 }  // namespace
@@ -188,8 +189,8 @@ bool RegistryModel::allows(ModelCall const& call) const {
 namespace {
 
 std::vector<ModelCall> drawCalls(unsigned seed, std::string const& roots, bool hasProcesses) {
-    constexpr char const* verbs[] = {"make", "make", "make",   "put",    "put",
-                                     "put",  "get",  "list",   "list",   "drop",
+    constexpr char const* verbs[] = {"make", "make", "make",   "put",    "put",  "get",
+                                     "get",  "list", "list",   "drop",   "open", "open",
                                      "open", "tree", "delete", "delete", "close"};
     constexpr char const* values[] = {
         "text", "3=", "3=00ff07", "4=01000000", "11=0102030405060708", "1=610062", "999=09", "öж"};
@@ -208,7 +209,7 @@ std::vector<ModelCall> drawCalls(unsigned seed, std::string const& roots, bool h
                             ? std::string(1, roots[random() % roots.size()])
                             : std::string("k") + static_cast<char>('0' + random() % 3);
             if (!model.allows(call)) continue;
-            for (auto length = random() % 4; length > 0; --length) {
+            for (auto length = random() % (call.base.size() > 1 ? 2 : 4); length > 0; --length) {
                 call.path.push_back(drawName(random));
             }
             bool const isRoot = roots.find(call.base) != roots.npos;
