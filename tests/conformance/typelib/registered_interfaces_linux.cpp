@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "shapes.h"
+#include "support/odd_files_linux.h"
 
 namespace velk::test {
 namespace {
@@ -21,10 +22,10 @@ Wide textAt(Wide const& below, OLECHAR const* value) {
     return status == ERROR_SUCCESS ? text : u"none";
 }
 
-void setText(Wide const& below, OLECHAR const* value, Wide const& text) {
+void setTextOf(Wide const& name, OLECHAR const* value, Wide const& text) {
     HKEY key = nullptr;
-    RegCreateKeyExW(HKEY_LOCAL_MACHINE, (interfaceKey + below).c_str(), 0, nullptr, 0, KEY_WRITE,
-                    nullptr, &key, nullptr);
+    RegCreateKeyExW(HKEY_LOCAL_MACHINE, name.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &key,
+                    nullptr);
     RegSetValueExW(key, value, 0, REG_SZ, reinterpret_cast<BYTE const*>(text.c_str()),
                    static_cast<DWORD>((text.size() + 1) * sizeof(OLECHAR)));
     RegCloseKey(key);
@@ -57,7 +58,7 @@ TEST(RegisteredInterfaces, KeepWhatOthersWrote) {
         ASSERT_EQ(RegisterTypeLib(library.get(), path.data(), nullptr), S_OK);
         ASSERT_EQ(textAt(u"\\TypeLib", nullptr), own);
         Wide const marshaller = textAt(u"\\ProxyStubClsid32", nullptr);
-        setText(row.key, row.value, row.text);
+        setTextOf(interfaceKey + row.key, row.value, row.text);
         EXPECT_EQ(UnRegisterTypeLib(shapesId(0x01), 1, 2, german, SYS_WIN64), S_OK);
         EXPECT_EQ(textAt(row.key, row.value), row.text) << row.what;
         EXPECT_EQ(textAt(u"\\ProxyStubClsid32", nullptr) == marshaller, row.ownStays) << row.what;
@@ -84,6 +85,20 @@ TEST(RegisteredInterfaces, GoWithTheLastLanguage) {
     EXPECT_EQ(UnRegisterTypeLib(shapesId(0x01), 1, 2, german, SYS_WIN64), S_OK);
     EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, interfaceKey.c_str(), 0, KEY_READ, &key),
               ERROR_FILE_NOT_FOUND);
+}
+
+// A registered path that depends on the current folder names no library, also
+// not when it goes.
+TEST(RegisteredInterfaces, AreNotToldByALibraryOfTheCurrentFolder) {
+    auto const library = loadShapes();
+    auto path = shapesPath();
+    ASSERT_EQ(RegisterTypeLib(library.get(), path.data(), nullptr), S_OK);
+    OddFiles const folder;
+    folder.copy(VELK_SHAPES_TLB, "x.tlb");
+    setTextOf(u"Software\\Classes\\TypeLib\\" + own + u"\\1.2\\407\\win64", nullptr, u"x.tlb");
+    EXPECT_EQ(UnRegisterTypeLib(shapesId(0x01), 1, 2, german, SYS_WIN64), S_OK);
+    EXPECT_EQ(textAt(u"\\TypeLib", nullptr), own);
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, interfaceKey.c_str());
 }
 
 }  // namespace
