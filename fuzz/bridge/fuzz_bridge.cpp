@@ -12,14 +12,16 @@ extern "C" char const* __asan_default_options() {
     return "detect_leaks=0";
 }
 
+static velk::test::hostile::Client* client;
+
+// It never ends: the sanitizers look for what is lost before the system does.
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     velk::test::addNativeLeakChecks();
+    client = new velk::test::hostile::Client(true);
     return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    // Never ends: the sanitizers look for what is lost before the system does.
-    static auto* const client = new velk::test::hostile::Client(true);
     std::string const left = client->run({data, size});
     if (!left.empty()) velk::test::hostile::complain("left behind", left);
     return 0;
