@@ -26,7 +26,8 @@ std::string descriptionOf(std::string const& type) {
         return "something is missing";
     }
     char text[64];
-    std::snprintf(text, sizeof text, ", %u bytes, %08x..%02x:", size, id.Data1, id.Data4[7]);
+    std::snprintf(text, sizeof text, ", %lu bytes, %08lx..%02x:", static_cast<unsigned long>(size),
+                  static_cast<unsigned long>(id.Data1), id.Data4[7]);
     std::string all = name.notation() + text;
     for (ULONG i = 0; i < count; ++i) {
         all += ' ' + narrow(names[i], SysStringLen(names[i]));
