@@ -12,7 +12,7 @@
 #include "com/owners.h"
 #include "host/host.h"
 #include "hostile/choices.h"
-#include "interfaces.h"
+#include "module/interfaces.h"
 
 namespace velk::test::hostile {
 
