@@ -123,7 +123,10 @@ TEST_F(Documents, ManyFilesAreListedInOrder) {
         EXPECT_TRUE(contains(line, "\"PageCount\", \"type\": \"VT_I4\", \"value\": 7}")) << line;
     }
     EXPECT_FALSE(std::getline(listed, line));
-    EXPECT_EQ(std::ranges::count(props({"list", "many", "a.doc"}), '\n'), files * 6);
+    auto const linesOf = [&](Arguments const& names) {
+        return std::ranges::count(props(names), '\n');
+    };
+    EXPECT_EQ(linesOf({"list", "many", "a.doc"}), files * linesOf({"list", "a.doc"}));
 }
 
 }  // namespace
