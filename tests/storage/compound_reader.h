@@ -2,6 +2,7 @@
 /// goes by the published layout alone, and reads on where a file is damaged.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <string>
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <memory>
 
 #include "hostile/puppets.h"
 #include "hostile/values.h"

@@ -1,6 +1,7 @@
 /// A program of the hostile client: bytes, each of them a choice.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>

@@ -2,6 +2,7 @@
 /// code as a program of bytes says, in any order, on several threads.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 

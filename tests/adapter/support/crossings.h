@@ -1,6 +1,7 @@
 /// Values of both sides in the cells of tables.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>

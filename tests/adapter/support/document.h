@@ -1,6 +1,7 @@
 /// Documents for the tests of property sets.
 #pragma once
 
+#include <algorithm>
 #include <random>
 
 #include <gtest/gtest.h>

@@ -1,5 +1,6 @@
 /// Names of modules and files as this system has them.
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <fstream>

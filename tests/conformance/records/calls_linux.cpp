@@ -5,6 +5,8 @@
 #include "records.h"
 #include "support/fake_objects.h"
 
+#include <algorithm>
+
 namespace velk::test {
 namespace {
 

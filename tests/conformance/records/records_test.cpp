@@ -7,6 +7,8 @@
 #include "support/expected_difference.h"
 #include "support/fake_objects.h"
 
+#include <algorithm>
+
 namespace velk::test {
 namespace {
 

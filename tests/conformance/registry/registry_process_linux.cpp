@@ -1,5 +1,6 @@
 #include "conformance/registry/registry_process.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <optional>
 
 #include "conformance/storage_properties/property_values.h"
 #include "support/expected_difference.h"

@@ -1,6 +1,7 @@
 // Late-bound calls by type information and through a standard dispatch, seen
 // from the object that is called.
 
+#include <algorithm>
 #include <deque>
 #include <vector>
 

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <sstream>
 
 #include <gtest/gtest.h>
