@@ -106,7 +106,7 @@ TEST(Printer, SaysWhyAFileCannotBePrinted) {
 // names of a module's functions into it: ours have numbers, Wine's no names.
 std::string standardTypes(std::string const& file) {
     std::string const text = printed(file);
-    static std::regex const entry(R"(, entry ([0-9]+|"#") of )");
+    static std::regex const entry(R"(, entry ([0-9]+|"\\?.") of )");
     return std::regex_replace(text.substr(text.find("library stdole")), entry, ", entry of ");
 }
 
