@@ -3,34 +3,24 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
-
 #include "host/creation.h"
-#include "servers/automation/support/automation_server.h"
 #include "support/host_calls.h"
-#include "support/loaded_module.h"
+#include "support/native_side.h"
 
 namespace velk::test {
 
 /// The module loaded, the server of the tests registered, and the script
 /// object that reaches native objects made.
-class ScriptTest : public testing::Test {
+class ScriptTest : public testing::Test, protected NativeSide {
   protected:
     void SetUp() override {
-        ASSERT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
-        module_.emplace();
-        server_.emplace();
-        ASSERT_EQ(server_->registration(), S_OK);
+        ASSERT_NO_FATAL_FAILURE(start());
         adapter_ = create("qxttools.comadapter");
         ASSERT_TRUE(adapter_.isValid());
     }
     void TearDown() override {
         adapter_.detach();
-        EXPECT_EQ(server_->liveObjects(), 0);
-        EXPECT_EQ(module_->canUnloadNow(), S_OK);
-        server_.reset();
-        module_.reset();
-        CoUninitialize();
+        end();
     }
 
     /// A host object by its script name.
@@ -50,8 +40,6 @@ class ScriptTest : public testing::Test {
     /// The path of the server's module, which carries its type library.
     static mzComStringC serverPath() { return mzComStringC(AutomationServer::path().c_str()); }
 
-    std::optional<LoadedModule> module_;
-    std::optional<AutomationServer> server_;
     mzComPtrT<mzIDispatch> adapter_;
 };
 
